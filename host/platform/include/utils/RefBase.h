@@ -1,0 +1,103 @@
+// Reference counting: RefBase, and wp<T>, the weak pointer. sp<T> is in StrongPointer.h.
+#pragma once
+
+#include <stdint.h>
+
+#include <atomic>
+
+#include <utils/StrongPointer.h>
+
+namespace android {
+
+// Derive virtually. The object deletes itself when its last strong reference goes, on whichever
+// thread drops it. Counts may be changed from any thread.
+class RefBase {
+  public:
+    // Both counts outlive the object for as long as weak references to it exist.
+    class weakref_type {
+      public:
+        void incWeak(const void* id);
+        void decWeak(const void* id);
+        // Takes a strong reference if one exists or none ever did.
+        bool attemptIncStrong(const void* id);
+
+      private:
+        friend class RefBase;
+        explicit weakref_type(RefBase* base) : mBase(base) {}
+
+        std::atomic<int32_t> mStrong;
+        std::atomic<int32_t> mWeak{0};
+        RefBase* const mBase;
+    };
+
+    void incStrong(const void* id) const;
+    void decStrong(const void* id) const;
+    weakref_type* createWeak(const void* id) const;
+    int32_t getStrongCount() const;
+
+    RefBase(const RefBase&) = delete;
+    RefBase& operator=(const RefBase&) = delete;
+
+  protected:
+    RefBase();
+    virtual ~RefBase();
+
+    // Called once, with the first strong reference, when the object is complete.
+    virtual void onFirstRef() {}
+    virtual void onLastStrongRef(const void* /*id*/) {}
+
+  private:
+    weakref_type* const mRefs;
+};
+
+// promote() gives a strong pointer while the object lives, null for ever after.
+template <typename T>
+class wp {
+  public:
+    wp() = default;
+    wp(T* other) : mPtr(other), mRefs(other ? other->createWeak(this) : nullptr) {}  // NOLINT
+    wp(const sp<T>& other) : wp(other.get()) {}                                      // NOLINT
+    wp(const wp<T>& other) : mPtr(other.mPtr), mRefs(other.mRefs) {
+        if (mRefs != nullptr) mRefs->incWeak(this);
+    }
+    template <typename U>
+    wp(const sp<U>& other) : wp(static_cast<T*>(other.get())) {}  // NOLINT
+    ~wp() { clear(); }
+
+    wp& operator=(const wp<T>& other) {
+        wp<T> copy(other);
+        T* ptr = mPtr;
+        RefBase::weakref_type* refs = mRefs;
+        mPtr = copy.mPtr;
+        mRefs = copy.mRefs;
+        copy.mPtr = ptr;
+        copy.mRefs = refs;
+        return *this;
+    }
+
+    sp<T> promote() const {
+        sp<T> result;
+        if (mRefs != nullptr && mRefs->attemptIncStrong(&result)) result.set_pointer(mPtr);
+        return result;
+    }
+
+    void clear() {
+        if (mRefs != nullptr) mRefs->decWeak(this);
+        mPtr = nullptr;
+        mRefs = nullptr;
+    }
+
+    // For comparing only: the object may be gone.
+    T* unsafe_get() const { return mPtr; }
+
+    // Two weak pointers are equal when they were made from the same object, living or not.
+    bool operator==(const wp<T>& other) const { return mRefs == other.mRefs; }
+    bool operator!=(const wp<T>& other) const { return mRefs != other.mRefs; }
+    bool operator==(const sp<T>& other) const { return mPtr == other.get(); }
+
+  private:
+    T* mPtr = nullptr;
+    RefBase::weakref_type* mRefs = nullptr;
+};
+
+}  // namespace android

@@ -1,0 +1,59 @@
+#include <utils/RefBase.h>
+
+namespace android {
+
+// A strong count of at least this much means that no strong reference was ever taken.
+static constexpr int32_t kNeverStrong = 1 << 28;
+
+void RefBase::weakref_type::incWeak(const void* /*id*/) {
+    mWeak.fetch_add(1, std::memory_order_relaxed);
+}
+
+void RefBase::weakref_type::decWeak(const void* /*id*/) {
+    if (mWeak.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
+}
+
+bool RefBase::weakref_type::attemptIncStrong(const void* id) {
+    int32_t count = mStrong.load(std::memory_order_relaxed);
+    while (count > 0 && count != kNeverStrong) {
+        if (mStrong.compare_exchange_weak(count, count + 1, std::memory_order_relaxed)) return true;
+    }
+    if (count <= 0) return false;
+    mBase->incStrong(id);
+    return true;
+}
+
+// The object itself counts as one weak reference to its counts, whatever strong ones there are.
+RefBase::RefBase() : mRefs(new weakref_type(this)) {
+    mRefs->mStrong.store(kNeverStrong, std::memory_order_relaxed);
+    mRefs->mWeak.store(1, std::memory_order_relaxed);
+}
+
+RefBase::~RefBase() {
+    mRefs->mStrong.store(0, std::memory_order_relaxed);
+    mRefs->decWeak(this);
+}
+
+void RefBase::incStrong(const void* /*id*/) const {
+    if (mRefs->mStrong.fetch_add(1, std::memory_order_relaxed) != kNeverStrong) return;
+    mRefs->mStrong.fetch_sub(kNeverStrong, std::memory_order_relaxed);
+    const_cast<RefBase*>(this)->onFirstRef();
+}
+
+void RefBase::decStrong(const void* id) const {
+    if (mRefs->mStrong.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+    const_cast<RefBase*>(this)->onLastStrongRef(id);
+    delete this;
+}
+
+RefBase::weakref_type* RefBase::createWeak(const void* id) const {
+    mRefs->incWeak(id);
+    return mRefs;
+}
+
+int32_t RefBase::getStrongCount() const {
+    const int32_t count = mRefs->mStrong.load(std::memory_order_relaxed);
+    return count >= kNeverStrong ? count - kNeverStrong : count;
+}
+
+}  // namespace android
