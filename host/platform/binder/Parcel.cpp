@@ -1,8 +1,12 @@
+#include <binder/BpBinder.h>
 #include <binder/Parcel.h>
 
 #include <string.h>
 
 #include <algorithm>
+#include <utility>
+
+#include "host/platform/binder/parcel_access.h"
 
 namespace android {
 
@@ -16,6 +20,7 @@ struct FlatBinder {
     uint64_t handle;
     uint64_t cookie;
 };
+static_assert(sizeof(FlatBinder) == host::kObjectSize, "as the device has it");
 static constexpr uint32_t kTypeBinder = 0x73622A85;
 static constexpr uint32_t kTypeHandle = 0x73682A85;
 static constexpr uint32_t kFlags = 0x113;  // accepts descriptors, priority 0x13
@@ -104,11 +109,18 @@ status_t Parcel::writeString16Vector(const std::vector<String16>& value) {
     return status;
 }
 
+// A local object is its address, a remote one the number that its owner gave it.
+static FlatBinder flatten(IBinder* binder) {
+    if (binder == nullptr) return {kTypeBinder, kFlags, 0, 0};
+    if (const BpBinder* proxy = binder->remoteBinder()) {
+        return {kTypeHandle, kFlags, proxy->id(), 0};
+    }
+    return {kTypeBinder, kFlags, 0, reinterpret_cast<uint64_t>(binder)};
+}
+
 status_t Parcel::writeStrongBinder(const sp<IBinder>& value) {
-    FlatBinder flat = {kTypeBinder, kFlags, 0, 0};
+    const FlatBinder flat = flatten(value.get());
     if (value != nullptr) {
-        flat.type = value->localBinder() != nullptr ? kTypeBinder : kTypeHandle;
-        flat.handle = reinterpret_cast<uint64_t>(value.get());
         const Object object = {mPosition, value};
         const auto at = std::lower_bound(
                 mObjects.begin(), mObjects.end(), object,
@@ -273,6 +285,16 @@ sp<IBinder> Parcel::readStrongBinder() const {
     sp<IBinder> value;
     readNullableStrongBinder(&value);
     return value;
+}
+
+void host::ParcelAccess::fill(Parcel* parcel, const uint8_t* data, size_t size,
+                              std::vector<Object> objects) {
+    parcel->setData(data, size);
+    parcel->mObjects = std::move(objects);
+    for (const Object& object : parcel->mObjects) {
+        const FlatBinder flat = flatten(object.binder.get());
+        memcpy(parcel->mData.data() + object.offset, &flat, sizeof(flat));
+    }
 }
 
 }  // namespace android

@@ -30,6 +30,7 @@ class BpBinder : public IBinder {
     status_t unlinkToDeath(const wp<DeathRecipient>& recipient, void* cookie = nullptr,
                            uint32_t flags = 0, wp<DeathRecipient>* outRecipient = nullptr) override;
     BpBinder* remoteBinder() override;
+    void onLastStrongRef(const void* id) override;
 
     // Host only. Tells every linked recipient, the first time it is called. No lock may be held.
     void sendObituary();

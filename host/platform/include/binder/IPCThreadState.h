@@ -15,7 +15,8 @@ class IPCThreadState {
     pid_t getCallingPid() const { return mCallingPid; }
     uid_t getCallingUid() const { return mCallingUid; }
 
-    // Both are packed as uid << 32 | pid. clear makes the identity this process's own.
+    // An identity is packed as uid << 32 | pid. clear makes it this process's own and returns the
+    // one before.
     int64_t clearCallingIdentity();
     void restoreCallingIdentity(int64_t token);
 

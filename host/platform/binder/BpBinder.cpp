@@ -1,0 +1,100 @@
+#include <binder/BpBinder.h>
+#include <binder/Parcel.h>
+
+#include <utility>
+
+#include "host/platform/binder/session.h"
+
+namespace android {
+
+BpBinder::BpBinder(std::shared_ptr<host::Session> session, uint64_t id)
+    : mSession(std::move(session)), mId(id) {}
+
+BpBinder::~BpBinder() = default;
+
+void BpBinder::onLastStrongRef(const void* /*id*/) {
+    mSession->proxyGone(this);
+}
+
+const String16& BpBinder::getInterfaceDescriptor() const {
+    static const String16& empty = *new String16();
+    {
+        std::lock_guard<std::mutex> guard(mLock);
+        if (mDescriptor.size() > 0) return mDescriptor;
+    }
+    Parcel data;
+    Parcel reply;
+    auto* const self = const_cast<BpBinder*>(this);
+    if (self->transact(INTERFACE_TRANSACTION, data, &reply) != OK) return empty;
+    const String16 descriptor = reply.readString16();
+    std::lock_guard<std::mutex> guard(mLock);
+    // Set once: callers hold references to it.
+    if (mDescriptor.size() == 0) mDescriptor = descriptor;
+    return mDescriptor;
+}
+
+bool BpBinder::isBinderAlive() const {
+    return mAlive.load(std::memory_order_relaxed);
+}
+
+status_t BpBinder::pingBinder() {
+    Parcel data;
+    Parcel reply;
+    status_t status = transact(PING_TRANSACTION, data, &reply);
+    int32_t answer = 0;
+    if (status == OK) status = reply.readInt32(&answer);
+    return status == OK ? answer : status;
+}
+
+status_t BpBinder::transact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) {
+    if (!isBinderAlive()) return DEAD_OBJECT;
+    const status_t status = mSession->transact(mId, code, data, reply, flags);
+    if (status == DEAD_OBJECT) mAlive.store(false, std::memory_order_relaxed);
+    return status;
+}
+
+status_t BpBinder::linkToDeath(const sp<DeathRecipient>& recipient, void* cookie, uint32_t flags) {
+    {
+        std::lock_guard<std::mutex> guard(mLock);
+        if (mObituarySent) return DEAD_OBJECT;
+        mLinks.push_back({recipient, cookie, flags});
+    }
+    // The session's end tells only the proxies that it finds.
+    if (mSession->ended()) mSession->postObituary(this);
+    return OK;
+}
+
+status_t BpBinder::unlinkToDeath(const wp<DeathRecipient>& recipient, void* cookie, uint32_t flags,
+                                 wp<DeathRecipient>* outRecipient) {
+    std::lock_guard<std::mutex> guard(mLock);
+    if (mObituarySent) return DEAD_OBJECT;
+    for (auto link = mLinks.begin(); link != mLinks.end(); ++link) {
+        const bool same = link->recipient == recipient ||
+                          (recipient.unsafe_get() == nullptr && link->cookie == cookie);
+        if (!same || link->flags != flags) continue;
+        if (outRecipient != nullptr) *outRecipient = link->recipient;
+        mLinks.erase(link);
+        return OK;
+    }
+    return NAME_NOT_FOUND;
+}
+
+void BpBinder::sendObituary() {
+    std::vector<Link> links;
+    {
+        std::lock_guard<std::mutex> guard(mLock);
+        mAlive.store(false, std::memory_order_relaxed);
+        mObituarySent = true;
+        links.swap(mLinks);
+    }
+    for (const Link& link : links) {
+        const sp<DeathRecipient> recipient = link.recipient.promote();
+        if (recipient != nullptr) recipient->binderDied(this);
+    }
+}
+
+BpBinder* BpBinder::remoteBinder() {
+    return this;
+}
+
+}  // namespace android

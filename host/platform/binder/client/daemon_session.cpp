@@ -1,0 +1,142 @@
+#include "host/platform/binder/client/daemon_session.h"
+
+#include <errno.h>
+#include <poll.h>
+#include <pthread.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "host/platform/binder/client/thread_connections.h"
+#include "host/platform/binder/socket.h"
+
+namespace android::host {
+
+// After a fork the child shares its parent's connections, and would take answers meant for it.
+static std::atomic<bool> gForked{false};
+
+static std::mutex& gLock = *new std::mutex;
+static std::shared_ptr<DaemonSession>& gCurrent = *new std::shared_ptr<DaemonSession>;
+static bool gEventsStarted = false;
+
+// Sends the packet that opens a connection and waits for the daemon's WELCOME.
+static bool introduce(int fd, const PacketHeader& header, PacketHeader* welcome) {
+    Packet packet;
+    if (sendPacket(fd, 0, header) != 0) return false;
+    if (receivePacket(fd, 0, &packet) != Received::PACKET) return false;
+    *welcome = packet.header;
+    return welcome->kind == PacketKind::WELCOME;
+}
+
+std::shared_ptr<DaemonSession> DaemonSession::current() {
+    static const int forkHandler = pthread_atfork(nullptr, nullptr, [] { gForked = true; });
+    if (gForked || forkHandler != 0) return nullptr;
+    std::lock_guard<std::mutex> guard(gLock);
+    if (gCurrent != nullptr && !gCurrent->daemonIsGone(0)) return gCurrent;
+    const int fd = connectToBoard();
+    if (fd < 0) return nullptr;
+    PacketHeader open = {};
+    open.kind = PacketKind::OPEN;
+    PacketHeader welcome;
+    if (!introduce(fd, open, &welcome)) {
+        close(fd);
+        return nullptr;
+    }
+    gCurrent = std::make_shared<DaemonSession>(fd, welcome.session, welcome.token);
+    if (gEventsStarted) gCurrent->spawnEventThread();
+    return gCurrent;
+}
+
+void DaemonSession::startEvents() {
+    std::lock_guard<std::mutex> guard(gLock);
+    if (gEventsStarted) return;
+    gEventsStarted = true;
+    if (gCurrent != nullptr) gCurrent->spawnEventThread();
+}
+
+static uid_t peerUid(int fd) {
+    ucred peer = {};
+    socklen_t size = sizeof(peer);
+    getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size);
+    return peer.uid;
+}
+
+DaemonSession::DaemonSession(int eventFd, uint64_t id, uint64_t token)
+    : mEventFd(eventFd), mId(id), mToken(token), mDaemonUid(peerUid(eventFd)) {}
+
+DaemonSession::~DaemonSession() {
+    close(mEventFd);
+}
+
+int DaemonSession::join(Lane lane) const {
+    const int fd = connectToBoard();
+    if (fd < 0) return fd;
+    PacketHeader header = {};
+    header.kind = PacketKind::JOIN;
+    header.code = static_cast<uint32_t>(lane);
+    header.session = mId;
+    header.token = mToken;
+    PacketHeader welcome;
+    if (introduce(fd, header, &welcome)) return fd;
+    close(fd);
+    return -ECONNREFUSED;
+}
+
+status_t DaemonSession::transact(uint64_t target, uint32_t code, const Parcel& data, Parcel* reply,
+                                 uint32_t flags) {
+    if (gForked) return INVALID_OPERATION;
+    if (ended()) return DEAD_OBJECT;
+    if (data.dataSize() > kMaxTransaction) return FAILED_TRANSACTION;
+    PacketHeader header = {};
+    header.kind = PacketKind::CALL;
+    header.target = target;
+    header.code = code;
+    header.flags = flags;
+    ThreadConnections& connections = ThreadConnections::self();
+    const int fd = connections.get(*this, target == 0 ? Lane::REGISTRY : Lane::CALL);
+    status_t result = OK;
+    if (fd >= 0 && exchange(fd, header, data, reply, &result)) return result;
+    connections.close();
+    // The daemon closes one connection alone only to refuse something. A process that dies closes
+    // one descriptor after the other.
+    constexpr int kAllClosedMs = 100;
+    return daemonIsGone(kAllClosedMs) ? DEAD_OBJECT : FAILED_TRANSACTION;
+}
+
+// False if the connection is of no use any more.
+bool DaemonSession::exchange(int fd, const PacketHeader& call, const Parcel& data, Parcel* reply,
+                             status_t* result) {
+    std::vector<PacketObject> objects;
+    *result = exportObjects(data, &objects);
+    if (*result != OK) return true;
+    const bool oneWay = (call.flags & IBinder::FLAG_ONEWAY) != 0;
+    const int sent =
+            sendPacket(fd, oneWay ? MSG_DONTWAIT : 0, call, objects, data.data(), data.dataSize());
+    if (sent != 0) takeBack(objects);
+    if (sent == -EAGAIN) *result = FAILED_TRANSACTION;
+    if (sent != 0 || oneWay) return sent == 0 || sent == -EAGAIN;
+
+    Packet packet;
+    if (receivePacket(fd, 0, &packet) != Received::PACKET) return false;
+    if (packet.header.kind != PacketKind::REPLY) return false;
+    Parcel unwanted;
+    *result = packet.header.status;
+    const status_t imported = importParcel(packet, reply != nullptr ? reply : &unwanted);
+    if (*result == OK) *result = imported;
+    return true;
+}
+
+bool DaemonSession::daemonIsGone(int waitMs) const {
+    pollfd event = {mEventFd, 0, 0};
+    return poll(&event, 1, waitMs) == 1 && (event.revents & POLLHUP) != 0;
+}
+
+bool DaemonSession::sendRelease(uint64_t id, uint64_t count) {
+    if (gForked) return false;
+    PacketHeader header = {};
+    header.kind = PacketKind::RELEASE;
+    header.target = id;
+    header.count = count;
+    return sendPacket(mEventFd, 0, header) == 0;
+}
+
+}  // namespace android::host

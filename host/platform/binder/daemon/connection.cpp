@@ -1,0 +1,152 @@
+#include "host/platform/binder/daemon/connection.h"
+
+#include <android/log.h>
+#include <binder/IPCThreadState.h>
+#include <errno.h>
+#include <unistd.h>
+
+#include <map>
+#include <mutex>
+
+#include "host/platform/binder/daemon/pool.h"
+#include "host/platform/binder/daemon/service_manager.h"
+
+namespace android::host {
+
+ClientSession::ClientSession(int eventFd, const ucred& peer, uint64_t id, uint64_t token)
+    : eventFd(eventFd), peer(peer), id(id), token(token) {}
+
+ClientSession::~ClientSession() {
+    close(eventFd);
+}
+
+status_t ClientSession::transact(uint64_t target, uint32_t code, const Parcel& data,
+                                 Parcel* /*reply*/, uint32_t flags) {
+    if ((flags & IBinder::FLAG_ONEWAY) == 0) return INVALID_OPERATION;
+    if (data.dataSize() > kMaxTransaction) return FAILED_TRANSACTION;
+    if (ended()) return DEAD_OBJECT;
+    std::vector<PacketObject> objects;
+    const status_t status = exportObjects(data, &objects);
+    if (status != OK) return status;
+    PacketHeader header = {};
+    header.kind = PacketKind::CALL;
+    header.target = target;
+    header.code = code;
+    header.flags = flags;
+    const int sent =
+            sendPacket(eventFd, MSG_DONTWAIT, header, objects, data.data(), data.dataSize());
+    if (sent == 0) return OK;
+    takeBack(objects);
+    return sent == -EPIPE || sent == -ECONNRESET ? DEAD_OBJECT : FAILED_TRANSACTION;
+}
+
+void ClientSession::postObituary(const sp<BpBinder>& proxy) {
+    Pool::self().postObituary(proxy);
+}
+
+bool ClientSession::sendRelease(uint64_t id, uint64_t count) {
+    PacketHeader header = {};
+    header.kind = PacketKind::RELEASE;
+    header.target = id;
+    header.count = count;
+    return sendPacket(eventFd, MSG_DONTWAIT, header) == 0;
+}
+
+// How many connections each client process has.
+class ConnectionCounts {
+  public:
+    bool add(pid_t pid) {
+        std::lock_guard<std::mutex> guard(mLock);
+        int& count = mCounts[pid];
+        if (count >= kMaxPerProcess) return false;
+        ++count;
+        return true;
+    }
+    void remove(pid_t pid) {
+        std::lock_guard<std::mutex> guard(mLock);
+        const auto entry = mCounts.find(pid);
+        if (--entry->second == 0) mCounts.erase(entry);
+    }
+
+  private:
+    static constexpr int kMaxPerProcess = 256;
+
+    std::mutex mLock;
+    std::map<pid_t, int> mCounts;
+};
+
+static ConnectionCounts& connectionCounts() {
+    static ConnectionCounts& counts = *new ConnectionCounts;
+    return counts;
+}
+
+std::unique_ptr<Connection> Connection::admit(int fd) {
+    ucred peer;
+    socklen_t size = sizeof(peer);
+    if (getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0 ||
+        !connectionCounts().add(peer.pid)) {
+        close(fd);
+        return nullptr;
+    }
+    return std::unique_ptr<Connection>(new Connection(fd, peer));
+}
+
+Connection::~Connection() {
+    connectionCounts().remove(peer.pid);
+    if (!isEvent) close(fd);
+}
+
+void Connection::complain(const char* what) const {
+    __android_log_print(ANDROID_LOG_WARN, "binder", "pid %d, uid %u: %s; connection closed",
+                        peer.pid, peer.uid, what);
+}
+
+bool Connection::reply(status_t status, const Parcel& parcel) {
+    std::vector<PacketObject> objects;
+    if (status >= 0) {
+        const status_t exported = parcel.dataSize() > kMaxTransaction
+                                          ? FAILED_TRANSACTION
+                                          : session->exportObjects(parcel, &objects);
+        if (exported != OK) status = FAILED_TRANSACTION;
+    }
+    PacketHeader header = {};
+    header.kind = PacketKind::REPLY;
+    header.status = status < 0 ? status : OK;
+    const size_t size = status < 0 ? 0 : parcel.dataSize();
+    const int sent = sendPacket(fd, MSG_DONTWAIT, header, objects, parcel.data(), size);
+    if (sent != 0) session->takeBack(objects);
+    return sent == 0;
+}
+
+static int64_t packedIdentity(uid_t uid, pid_t pid) {
+    return static_cast<int64_t>(uint64_t{uid} << 32 | static_cast<uint32_t>(pid));
+}
+
+status_t Connection::dispatch(const PacketHeader& call, const Parcel& data, Parcel* answer) {
+    sp<BBinder> target;
+    if (lane == Lane::CALL) {
+        target = session->find(call.target);
+    } else if (call.target == 0) {
+        target = ServiceManager::self();
+    }
+    if (target == nullptr) return FAILED_TRANSACTION;
+    IPCThreadState* const caller = IPCThreadState::self();
+    const int64_t before = packedIdentity(caller->getCallingUid(), caller->getCallingPid());
+    const bool oneWay = (call.flags & IBinder::FLAG_ONEWAY) != 0;
+    caller->restoreCallingIdentity(packedIdentity(peer.uid, oneWay ? 0 : peer.pid));
+    const status_t status = target->transact(call.code, data, answer, call.flags);
+    caller->restoreCallingIdentity(before);
+    return status;
+}
+
+bool Connection::run(const Packet& call) {
+    if (session->ended()) return false;
+    const PacketHeader header = call.header;
+    Parcel data;
+    Parcel answer;
+    status_t status = session->importParcel(call, &data);
+    if (status == OK) status = dispatch(header, data, &answer);
+    return (header.flags & IBinder::FLAG_ONEWAY) != 0 || reply(status, answer);
+}
+
+}  // namespace android::host

@@ -1,0 +1,65 @@
+// The daemon's end of one connection, and what runs the calls that arrive on it.
+#pragma once
+
+#include <sys/socket.h>
+#include <sys/types.h>
+
+#include <memory>
+
+#include "host/platform/binder/session.h"
+
+namespace android::host {
+
+// A client process, from its event connection's start to its end.
+class ClientSession : public Session {
+  public:
+    // Keeps the descriptor of the event connection, and closes it with the last reference to the
+    // session: its number is not reused while a thread may still send.
+    ClientSession(int eventFd, const ucred& peer, uint64_t id, uint64_t token);
+    ~ClientSession() override;
+
+    // One-way calls only, never blocking: INVALID_OPERATION for others, FAILED_TRANSACTION when
+    // the client does not keep up with its events.
+    status_t transact(uint64_t target, uint32_t code, const Parcel& data, Parcel* reply,
+                      uint32_t flags) override;
+    void postObituary(const sp<BpBinder>& proxy) override;
+
+    const int eventFd;
+    const ucred peer;
+    const uint64_t id;
+    const uint64_t token;
+
+  protected:
+    bool sendRelease(uint64_t id, uint64_t count) override;
+};
+
+// Owned by the one thread, or the one epoll, that has it. Closing is destroying.
+struct Connection {
+    // Counts against the client process's limit until it is destroyed; null if that is reached, or
+    // if the kernel does not say who is there. Takes the descriptor in every case.
+    static std::unique_ptr<Connection> admit(int fd);
+    ~Connection();
+
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    // Runs a CALL that arrived here, on this thread, and sends its reply. False if the connection
+    // is to be closed.
+    bool run(const Packet& call);
+    // Logs that a packet was not one, with what the client is.
+    void complain(const char* what) const;
+
+    const int fd;
+    const ucred peer;
+    bool isEvent = false;
+    Lane lane = Lane::CALL;
+    std::shared_ptr<ClientSession> session;
+
+  private:
+    Connection(int fd, const ucred& peer) : fd(fd), peer(peer) {}
+
+    status_t dispatch(const PacketHeader& call, const Parcel& data, Parcel* answer);
+    bool reply(status_t status, const Parcel& parcel);
+};
+
+}  // namespace android::host

@@ -1,0 +1,83 @@
+// The daemon's role in the binder: it owns the board's socket and serves.
+#include <android/log.h>
+#include <binder/IPCThreadState.h>
+#include <binder/ProcessState.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <host/board_directory.h>
+#include <string.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "host/platform/binder/daemon/pool.h"
+#include "host/platform/binder/daemon/registry.h"
+#include "host/platform/binder/socket.h"
+
+namespace android {
+
+using tarq::host::boardDirectory;
+using tarq::host::boardPath;
+
+[[noreturn]] static void fail(const char* what, const char* why) {
+    __android_log_print(ANDROID_LOG_FATAL, "binder", "%s: %s", what, why);
+    _exit(1);
+}
+
+// A board is opened to other users by making run/ accessible to them.
+static bool boardIsShared() {
+    struct stat run;
+    return stat(boardPath("run").c_str(), &run) == 0 && (run.st_mode & S_IXOTH) != 0;
+}
+
+// The socket of a daemon that was killed is in the way; that of a living one must stay.
+static int listenOnBoard() {
+    if (boardDirectory().empty()) {
+        fail("no board", "TARQ_BOARD is not set; scripts/run starts a board and the daemon");
+    }
+    const int other = host::connectToBoard();
+    if (other >= 0) fail(boardDirectory().c_str(), "another daemon serves this board");
+    const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    sockaddr_un address;
+    if (fd < 0 || !host::boardSocketAddress(&address)) {
+        fail(boardDirectory().c_str(), "the path of a board has at most 91 characters");
+    }
+    unlink(address.sun_path);
+    const bool shared = boardIsShared();
+    if (bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0 ||
+        chmod(address.sun_path, shared ? 0666 : 0600) != 0 || listen(fd, SOMAXCONN) != 0) {
+        fail(address.sun_path, strerror(errno));
+    }
+    if (shared && geteuid() == 0) {
+        __android_log_print(ANDROID_LOG_WARN, "binder",
+                            "shared board, daemon runs as root: local users with uid 0 or 1000 may "
+                            "run commands as root through the shell service");
+    }
+    return fd;
+}
+
+static void raiseDescriptorLimit() {
+    rlimit limit;
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+    limit.rlim_cur = limit.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+sp<ProcessState> ProcessState::self() {
+    static const sp<ProcessState>& state = *new sp<ProcessState>([] {
+        raiseDescriptorLimit();
+        host::Registry::start(listenOnBoard());
+        return new ProcessState;
+    }());
+    return state;
+}
+
+void ProcessState::startThreadPool() {
+    host::Pool::self().start();
+}
+
+void IPCThreadState::joinThreadPool(bool /*isMain*/) {
+    host::Pool::self().join();
+}
+
+}  // namespace android

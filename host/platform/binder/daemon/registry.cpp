@@ -1,0 +1,134 @@
+#include "host/platform/binder/daemon/registry.h"
+
+#include <android/log.h>
+#include <errno.h>
+#include <pthread.h>
+#include <sys/epoll.h>
+#include <sys/random.h>
+#include <unistd.h>
+
+#include <utility>
+
+#include "host/platform/binder/daemon/pool.h"
+
+namespace android::host {
+
+// How long accepting pauses when the process has no descriptor left.
+static constexpr int kPauseMs = 100;
+
+void Registry::start(int listener) {
+    auto* const registry = new Registry(listener);
+    pthread_t thread;
+    const auto body = [](void* self) -> void* { static_cast<Registry*>(self)->run(); };
+    if (pthread_create(&thread, nullptr, body, registry) != 0) abort();
+    pthread_detach(thread);
+}
+
+Registry::Registry(int listener) : mListener(listener), mEpoll(epoll_create1(EPOLL_CLOEXEC)) {
+    watch(EPOLL_CTL_ADD, mListener, nullptr);
+}
+
+void Registry::watch(int operation, int fd, void* what) {
+    epoll_event event = {};
+    event.events = EPOLLIN;
+    event.data.ptr = what;
+    epoll_ctl(mEpoll, operation, fd, &event);
+}
+
+void Registry::run() {
+    for (;;) {
+        epoll_event event;
+        const int count = epoll_wait(mEpoll, &event, 1, mAccepting ? -1 : kPauseMs);
+        if (count == 0) {
+            mAccepting = true;
+            watch(EPOLL_CTL_ADD, mListener, nullptr);
+        } else if (count == 1 && event.data.ptr == nullptr) {
+            acceptAll();
+        } else if (count == 1) {
+            receive(static_cast<Connection*>(event.data.ptr));
+        }
+    }
+}
+
+void Registry::acceptAll() {
+    for (;;) {
+        const int fd = accept4(mListener, nullptr, nullptr, SOCK_CLOEXEC);
+        if (fd < 0 && (errno == EMFILE || errno == ENFILE || errno == ENOMEM)) {
+            mAccepting = false;
+            epoll_ctl(mEpoll, EPOLL_CTL_DEL, mListener, nullptr);
+            __android_log_print(ANDROID_LOG_WARN, "binder", "no descriptor left for a connection");
+        }
+        if (fd < 0) return;
+        std::unique_ptr<Connection> connection = Connection::admit(fd);
+        if (connection != nullptr) watch(EPOLL_CTL_ADD, fd, connection.release());
+    }
+}
+
+void Registry::receive(Connection* connection) {
+    Packet packet;
+    const Received received = receivePacket(connection->fd, MSG_DONTWAIT, &packet);
+    if (received == Received::NOTHING) return;
+    if (received == Received::PACKET && handle(connection, packet)) return;
+    if (received != Received::CLOSED) connection->complain("malformed packet");
+    drop(connection);
+}
+
+bool Registry::handle(Connection* connection, const Packet& packet) {
+    const PacketHeader& header = packet.header;
+    if (connection->isEvent) {
+        return header.kind == PacketKind::RELEASE &&
+               connection->session->peerReleased(header.target, header.count);
+    }
+    if (connection->session != nullptr) {
+        return header.kind == PacketKind::CALL && connection->run(packet);
+    }
+    if (header.kind == PacketKind::OPEN) return openSession(connection);
+    return header.kind == PacketKind::JOIN && joinSession(connection, header);
+}
+
+static bool welcome(const Connection& connection) {
+    PacketHeader header = {};
+    header.kind = PacketKind::WELCOME;
+    header.session = connection.session->id;
+    header.token = connection.session->token;
+    return sendPacket(connection.fd, MSG_DONTWAIT, header) == 0;
+}
+
+bool Registry::openSession(Connection* connection) {
+    uint64_t token = 0;
+    if (getrandom(&token, sizeof(token), 0) != sizeof(token)) return false;
+    connection->session = std::make_shared<ClientSession>(connection->fd, connection->peer,
+                                                          mNextSession++, token);
+    connection->isEvent = true;
+    mSessions[connection->session->id] = connection->session;
+    return welcome(*connection);
+}
+
+// The process must be the session's. The user may have changed since: a call's is its connection's.
+bool Registry::joinSession(Connection* connection, const PacketHeader& join) {
+    const auto entry = mSessions.find(join.session);
+    if (entry == mSessions.end()) return false;
+    const std::shared_ptr<ClientSession>& session = entry->second;
+    if (session->token != join.token || session->peer.pid != connection->peer.pid) return false;
+    if (join.code > static_cast<uint32_t>(Lane::REGISTRY)) return false;
+    connection->session = session;
+    connection->lane = static_cast<Lane>(join.code);
+    if (!welcome(*connection)) return false;
+    if (connection->lane == Lane::CALL) {
+        epoll_ctl(mEpoll, EPOLL_CTL_DEL, connection->fd, nullptr);
+        Pool::self().add(std::unique_ptr<Connection>(connection));
+    }
+    return true;
+}
+
+void Registry::drop(Connection* connection) {
+    epoll_ctl(mEpoll, EPOLL_CTL_DEL, connection->fd, nullptr);
+    if (connection->isEvent) {
+        shutdown(connection->fd, SHUT_RDWR);
+        mSessions.erase(connection->session->id);
+        connection->session->end();
+    }
+    delete connection;
+}
+
+}  // namespace android::host

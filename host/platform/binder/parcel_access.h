@@ -1,0 +1,22 @@
+// What the transport needs of a parcel and nobody else may have.
+#pragma once
+
+#include <binder/Parcel.h>
+
+namespace android::host {
+
+// Bytes that a binder object takes in a parcel.
+constexpr size_t kObjectSize = 24;
+
+class ParcelAccess {
+  public:
+    using Object = Parcel::Object;
+
+    static const std::vector<Object>& objects(const Parcel& parcel) { return parcel.mObjects; }
+
+    // Makes the parcel hold what was received. objects stand by ascending offset within the data;
+    // their bytes there are rewritten to say what they are in this process.
+    static void fill(Parcel* parcel, const uint8_t* data, size_t size, std::vector<Object> objects);
+};
+
+}  // namespace android::host

@@ -1,0 +1,125 @@
+#include "host/platform/binder/session.h"
+
+#include <utility>
+
+#include "host/platform/binder/parcel_access.h"
+
+namespace android::host {
+
+uint64_t Session::countSent(const sp<BBinder>& object) {
+    std::lock_guard<std::mutex> guard(mLock);
+    const auto [entry, added] = mExportedIds.try_emplace(object.get(), mNextId);
+    if (added) mExported[mNextId++].object = object;
+    ++mExported[entry->second].sent;
+    return entry->second;
+}
+
+status_t Session::exportObjects(const Parcel& parcel, std::vector<PacketObject>* out) {
+    const auto& objects = ParcelAccess::objects(parcel);
+    if (objects.empty()) return OK;
+    if (objects.size() > kMaxObjects) return FAILED_TRANSACTION;
+    for (const auto& object : objects) {
+        const BpBinder* const proxy = object.binder->remoteBinder();
+        if (proxy != nullptr && proxy->session() != this) return INVALID_OPERATION;
+    }
+    out->reserve(objects.size());
+    for (const auto& object : objects) {
+        const auto offset = static_cast<uint32_t>(object.offset);
+        if (const BpBinder* proxy = object.binder->remoteBinder()) {
+            out->push_back({offset, Home::RECEIVER, proxy->id()});
+        } else {
+            out->push_back({offset, Home::SENDER, countSent(object.binder->localBinder())});
+        }
+    }
+    return OK;
+}
+
+void Session::takeBack(const std::vector<PacketObject>& objects) {
+    for (const PacketObject& object : objects) {
+        if (object.home == Home::SENDER) peerReleased(object.id, 1);
+    }
+}
+
+sp<IBinder> Session::takeReceived(const PacketObject& object) {
+    if (object.home == Home::RECEIVER) return find(object.id);
+    std::lock_guard<std::mutex> guard(mLock);
+    if (mImported.size() >= kMaxProxies && mImported.count(object.id) == 0) return nullptr;
+    Imported& entry = mImported[object.id];
+    ++entry.received;
+    sp<BpBinder> proxy = entry.proxy.promote();
+    if (proxy == nullptr) {
+        proxy = new BpBinder(shared_from_this(), object.id);
+        entry.proxy = proxy;
+    }
+    return proxy;
+}
+
+status_t Session::importParcel(const Packet& packet, Parcel* out) {
+    status_t status = OK;
+    std::vector<ParcelAccess::Object> objects;
+    objects.reserve(packet.header.objectCount);
+    for (uint32_t i = 0; i < packet.header.objectCount; ++i) {
+        const sp<IBinder> binder = takeReceived(packet.objects[i]);
+        if (binder == nullptr) {
+            status = FAILED_TRANSACTION;
+        } else {
+            objects.push_back({packet.objects[i].offset, binder});
+        }
+    }
+    ParcelAccess::fill(out, packet.data, packet.header.dataSize, std::move(objects));
+    return status;
+}
+
+sp<BBinder> Session::find(uint64_t id) {
+    std::lock_guard<std::mutex> guard(mLock);
+    const auto entry = mExported.find(id);
+    return entry != mExported.end() ? entry->second.object : nullptr;
+}
+
+bool Session::peerReleased(uint64_t id, uint64_t count) {
+    sp<BBinder> last;
+    std::lock_guard<std::mutex> guard(mLock);
+    const auto entry = mExported.find(id);
+    if (entry == mExported.end() || count > entry->second.sent) return false;
+    entry->second.sent -= count;
+    if (entry->second.sent == 0) {
+        last = std::move(entry->second.object);
+        mExportedIds.erase(last.get());
+        mExported.erase(entry);
+    }
+    return true;
+}
+
+void Session::proxyGone(BpBinder* proxy) {
+    uint64_t received = 0;
+    {
+        std::lock_guard<std::mutex> guard(mLock);
+        const auto entry = mImported.find(proxy->id());
+        // A newer proxy of the same object has taken the entry over, with its count.
+        if (entry == mImported.end() || entry->second.proxy.unsafe_get() != proxy) return;
+        received = entry->second.received;
+        mImported.erase(entry);
+    }
+    if (ended() || sendRelease(proxy->id(), received)) return;
+    // The count goes with the next release of this object.
+    std::lock_guard<std::mutex> guard(mLock);
+    mImported[proxy->id()].received += received;
+}
+
+void Session::end() {
+    std::unordered_map<uint64_t, Exported> exported;
+    std::vector<sp<BpBinder>> proxies;
+    {
+        std::lock_guard<std::mutex> guard(mLock);
+        if (mEnded.exchange(true, std::memory_order_acq_rel)) return;
+        exported.swap(mExported);
+        mExportedIds.clear();
+        for (const auto& [id, entry] : mImported) {
+            sp<BpBinder> proxy = entry.proxy.promote();
+            if (proxy != nullptr) proxies.push_back(std::move(proxy));
+        }
+    }
+    for (const sp<BpBinder>& proxy : proxies) postObituary(proxy);
+}
+
+}  // namespace android::host

@@ -1,0 +1,88 @@
+// One peer of this process, and the objects that the two have given each other.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <unordered_map>
+#include <vector>
+
+#include <binder/Binder.h>
+#include <binder/BpBinder.h>
+#include <binder/Parcel.h>
+
+#include "host/platform/binder/wire.h"
+
+namespace android::host {
+
+// References are counted transfers: the owner of an object counts how often it sent it, the peer
+// how often it received it. A release carries the peer's count, and the owner lets go when that
+// covers all it sent. So a release may cross a packet that carries the object once more.
+//
+// Any thread may call any method. No method calls foreign code with mLock held: what may be the
+// last reference to an object is dropped after it.
+class Session : public std::enable_shared_from_this<Session> {
+  public:
+    virtual ~Session() = default;
+
+    // Calls the peer's object. DEAD_OBJECT once the session has ended, FAILED_TRANSACTION for what
+    // does not fit into a packet.
+    virtual status_t transact(uint64_t target, uint32_t code, const Parcel& data, Parcel* reply,
+                              uint32_t flags) = 0;
+
+    bool ended() const { return mEnded.load(std::memory_order_acquire); }
+
+    // Numbers the objects of a parcel that is about to be sent and counts them as sent.
+    // INVALID_OPERATION if one belongs to another peer: nothing is counted then.
+    status_t exportObjects(const Parcel& parcel, std::vector<PacketObject>* out);
+    // Uncounts them, after a send that failed.
+    void takeBack(const std::vector<PacketObject>& objects);
+
+    // Fills a parcel from a packet. Every object of the packet is taken, and counted, whatever the
+    // result: FAILED_TRANSACTION for a number that this process does not know, or too many objects.
+    status_t importParcel(const Packet& packet, Parcel* out);
+
+    // This process's own object by its number; null if the peer has no reference to it.
+    sp<BBinder> find(uint64_t id);
+
+    // The peer has let go. False if it claims more than it was sent.
+    bool peerReleased(uint64_t id, uint64_t count);
+
+    // The last strong reference to a proxy of this session is going.
+    void proxyGone(BpBinder* proxy);
+
+    // The peer is gone: proxies are told, its references to this process's objects are dropped.
+    void end();
+
+    // Sends the obituary of one proxy of an ended session, soon and on a binder thread.
+    virtual void postObituary(const sp<BpBinder>& proxy) = 0;
+
+  protected:
+    // False if the peer cannot be told now.
+    virtual bool sendRelease(uint64_t id, uint64_t count) = 0;
+
+  private:
+    // How many of a peer's objects may be known here at once.
+    static constexpr size_t kMaxProxies = 4096;
+
+    struct Exported {
+        sp<BBinder> object;
+        uint64_t sent = 0;
+    };
+    struct Imported {
+        wp<BpBinder> proxy;
+        uint64_t received = 0;
+    };
+
+    uint64_t countSent(const sp<BBinder>& object);
+    sp<IBinder> takeReceived(const PacketObject& object);
+
+    std::atomic<bool> mEnded{false};
+    std::mutex mLock;
+    uint64_t mNextId = 1;  // 0 is the service manager, which is not counted
+    std::unordered_map<uint64_t, Exported> mExported;
+    std::unordered_map<BBinder*, uint64_t> mExportedIds;
+    std::unordered_map<uint64_t, Imported> mImported;
+};
+
+}  // namespace android::host

@@ -1,0 +1,93 @@
+#include "host/platform/binder/wire.h"
+
+#include <errno.h>
+#include <string.h>
+#include <sys/socket.h>
+#include <sys/uio.h>
+
+#include <memory>
+
+#include "host/platform/binder/parcel_access.h"
+
+namespace android::host {
+
+// Taken from the heap as it is: pages that no packet reaches are never touched.
+struct ReceiveBuffer {
+    alignas(PacketHeader) uint8_t bytes[kMaxPacket];
+};
+
+static uint8_t* receiveBuffer() {
+    static thread_local const std::unique_ptr<ReceiveBuffer> buffer(new ReceiveBuffer);
+    return buffer->bytes;
+}
+
+// Objects stand in ascending order, within the data, and do not overlap.
+static bool objectsFit(const Packet& packet) {
+    uint64_t free = 0;
+    for (uint32_t i = 0; i < packet.header.objectCount; ++i) {
+        const PacketObject& object = packet.objects[i];
+        if (object.home != Home::SENDER && object.home != Home::RECEIVER) return false;
+        if (object.offset < free || object.offset % 4 != 0) return false;
+        free = uint64_t{object.offset} + kObjectSize;
+        if (free > packet.header.dataSize) return false;
+    }
+    return true;
+}
+
+static bool parse(const uint8_t* bytes, size_t size, Packet* packet) {
+    PacketHeader& header = packet->header;
+    if (size < sizeof(header)) return false;
+    memcpy(&header, bytes, sizeof(header));
+    if (header.kind > PacketKind::RELEASE || header.objectCount > kMaxObjects) return false;
+    const size_t objectBytes = header.objectCount * sizeof(PacketObject);
+    if (size != sizeof(header) + objectBytes + header.dataSize) return false;
+    packet->objects = reinterpret_cast<const PacketObject*>(bytes + sizeof(header));
+    packet->data = bytes + sizeof(header) + objectBytes;
+    return objectsFit(*packet);
+}
+
+Received receivePacket(int fd, int flags, Packet* packet) {
+    uint8_t* const buffer = receiveBuffer();
+    ssize_t size;
+    do {
+        // With MSG_TRUNC the result is the packet's own size, also where the buffer was too small.
+        size = recv(fd, buffer, kMaxPacket, flags | MSG_TRUNC);
+    } while (size < 0 && errno == EINTR);
+    if (size < 0) {
+        return errno == EAGAIN || errno == EWOULDBLOCK ? Received::NOTHING : Received::CLOSED;
+    }
+    if (size == 0) return Received::CLOSED;
+    if (static_cast<size_t>(size) > kMaxPacket) return Received::MALFORMED;
+    return parse(buffer, static_cast<size_t>(size), packet) ? Received::PACKET
+                                                            : Received::MALFORMED;
+}
+
+static int sendAll(int fd, int flags, const iovec* parts, size_t count) {
+    msghdr message = {};
+    message.msg_iov = const_cast<iovec*>(parts);
+    message.msg_iovlen = count;
+    ssize_t sent;
+    do {
+        sent = sendmsg(fd, &message, flags | MSG_NOSIGNAL);
+    } while (sent < 0 && errno == EINTR);
+    return sent < 0 ? -errno : 0;
+}
+
+int sendPacket(int fd, int flags, const PacketHeader& header) {
+    const iovec part = {const_cast<PacketHeader*>(&header), sizeof(header)};
+    return sendAll(fd, flags, &part, 1);
+}
+
+int sendPacket(int fd, int flags, PacketHeader header, const std::vector<PacketObject>& objects,
+               const uint8_t* data, size_t dataSize) {
+    header.objectCount = static_cast<uint32_t>(objects.size());
+    header.dataSize = static_cast<uint32_t>(dataSize);
+    const iovec parts[] = {
+            {&header, sizeof(header)},
+            {const_cast<PacketObject*>(objects.data()), objects.size() * sizeof(PacketObject)},
+            {const_cast<uint8_t*>(data), dataSize},
+    };
+    return sendAll(fd, flags, parts, 3);
+}
+
+}  // namespace android::host

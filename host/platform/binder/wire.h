@@ -1,0 +1,85 @@
+// The packets between the daemon and its clients: one SOCK_SEQPACKET socket, run/binder.sock of the
+// board. Both ends run on one machine, so numbers are in its own byte order.
+//
+//   connection   who sends what, in this order
+//   event        client OPEN, daemon WELCOME; then the daemon sends CALL (one-way) and RELEASE, the
+//                client RELEASE. The session ends with this connection.
+//   call         client JOIN, daemon WELCOME; then CALL and, unless it is one-way, its REPLY. Each
+//                thread of the client that calls has one of its own.
+//   registry     as call, but for object 0 alone, the service manager: look-ups never wait for a
+//                free thread of the daemon's pool.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include <vector>
+
+namespace android::host {
+
+// The largest arguments or results of one call, in bytes. The kernel takes SOCK_SEQPACKET packets
+// up to 212,960 bytes with the default socket buffer.
+constexpr size_t kMaxTransaction = 192 * 1024;
+constexpr size_t kMaxObjects = 256;
+
+enum class PacketKind : uint32_t {
+    OPEN,     // no fields
+    JOIN,     // session, token; code: Lane
+    WELCOME,  // session, token
+    CALL,     // target, code, flags, objects, data
+    REPLY,    // status; objects and data unless it is negative
+    RELEASE,  // target, count
+};
+
+enum class Lane : uint32_t { CALL, REGISTRY };
+
+struct PacketHeader {
+    PacketKind kind;
+    uint32_t code;
+    uint32_t flags;
+    int32_t status;
+    union {
+        uint64_t target;  // the object's number at the receiver
+        uint64_t session;
+    };
+    union {
+        uint64_t count;  // how often the sender received the object since its last release
+        uint64_t token;  // known to the session's process only
+    };
+    uint32_t objectCount;
+    uint32_t dataSize;
+};
+static_assert(sizeof(PacketHeader) == 40, "no padding travels");
+
+enum class Home : uint32_t { SENDER, RECEIVER };
+
+// A binder object within the data, by the number that the process it lives in gave it.
+struct PacketObject {
+    uint32_t offset;
+    Home home;
+    uint64_t id;
+};
+
+constexpr size_t kMaxPacket =
+        sizeof(PacketHeader) + kMaxObjects * sizeof(PacketObject) + kMaxTransaction;
+
+// A received packet. It points into the thread's receive buffer, until the next receivePacket.
+struct Packet {
+    PacketHeader header;
+    const PacketObject* objects;
+    const uint8_t* data;
+};
+
+enum class Received { PACKET, NOTHING, CLOSED, MALFORMED };
+
+// flags: MSG_DONTWAIT or 0. A packet is handed over only if its lengths, kind and offsets fit.
+Received receivePacket(int fd, int flags, Packet* packet);
+
+// Sends a packet of a header alone. 0 or -errno; flags as above.
+int sendPacket(int fd, int flags, const PacketHeader& header);
+
+// Fills in the header's sizes and sends. data holds dataSize bytes.
+int sendPacket(int fd, int flags, PacketHeader header, const std::vector<PacketObject>& objects,
+               const uint8_t* data, size_t dataSize);
+
+}  // namespace android::host
