@@ -1,0 +1,38 @@
+// Calls of the echo service, as the tests, benchmarks and the peer program make them.
+#pragma once
+
+#include "tests/echo_service.h"
+
+namespace echo {
+
+inline android::sp<android::IBinder> find() {
+    return android::defaultServiceManager()->getService(kName);
+}
+
+// A call whose arguments are int32s and whose reply, if it has one, begins with an int32.
+inline android::status_t call(const android::sp<android::IBinder>& service, uint32_t code,
+                              const std::vector<int32_t>& arguments = {}, int32_t* out = nullptr) {
+    android::Parcel data;
+    android::Parcel reply;
+    for (const int32_t argument : arguments) data.writeInt32(argument);
+    const android::status_t status = service->transact(code, data, &reply);
+    if (status == android::OK && out != nullptr) *out = reply.readInt32();
+    return status;
+}
+
+inline int32_t ask(const android::sp<android::IBinder>& service, uint32_t code) {
+    int32_t answer = -1;
+    call(service, code, {}, &answer);
+    return answer;
+}
+
+// Whether the daemon knew the object already.
+inline bool keep(const android::sp<android::IBinder>& service,
+                 const android::sp<android::IBinder>& object) {
+    android::Parcel data;
+    android::Parcel reply;
+    data.writeStrongBinder(object);
+    return service->transact(KEEP, data, &reply) == android::OK && reply.readInt32() == 1;
+}
+
+}  // namespace echo

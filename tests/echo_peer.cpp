@@ -1,0 +1,72 @@
+// A client process of the echo service, for the tests that need one to be killed, stopped, another
+// user or forked. Says on standard output how far it is.
+#include <binder/ProcessState.h>
+#include <stdio.h>
+#include <string.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "tests/echo_client.h"
+
+using namespace android;
+
+// Prints what it is called with.
+class Printer : public BBinder {
+  protected:
+    status_t onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override {
+        if (code != 1) return BBinder::onTransact(code, data, reply, flags);
+        printf("fired %d\n", data.readInt32());
+        fflush(stdout);
+        return OK;
+    }
+};
+
+static void say(const char* text) {
+    puts(text);
+    fflush(stdout);
+}
+
+static void printCaller(const sp<IBinder>& service) {
+    Parcel data;
+    Parcel reply;
+    service->transact(echo::WHO, data, &reply);
+    const int32_t uid = reply.readInt32();
+    const bool ownPid = reply.readInt32() == getpid();
+    printf("uid %d, %s pid\n", uid, ownPid ? "own" : "foreign");
+    fflush(stdout);
+}
+
+// A child of fork shares the connections: it is refused, and the parent is served on.
+static int forkAndCall(const sp<IBinder>& service) {
+    printCaller(service);
+    const pid_t child = fork();
+    if (child == 0) _exit(echo::call(service, echo::WHO) == INVALID_OPERATION ? 0 : 1);
+    int status = -1;
+    waitpid(child, &status, 0);
+    say(status == 0 ? "child refused" : "child served");
+    printCaller(service);
+    return 0;
+}
+
+int main(int argc, char** argv) {
+    const std::string mode = argc > 1 ? argv[1] : "";
+    const sp<IBinder> service = echo::find();
+    if (service == nullptr) return 3;
+    if (mode == "fork") return forkAndCall(service);
+    if (mode == "who") {
+        printCaller(service);
+        if (argc > 2 && seteuid(static_cast<uid_t>(atoi(argv[2]))) == 0) printCaller(service);
+    } else if (mode == "keep") {
+        ProcessState::self()->startThreadPool();
+        echo::keep(service, new Printer);
+        say("kept");
+        for (;;) pause();
+    } else if (mode == "wait") {
+        say("waiting");
+        echo::call(service, echo::WAIT);
+        say("passed");
+    }
+    return 0;
+}

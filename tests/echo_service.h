@@ -1,0 +1,165 @@
+// The object that the platform's own tests, fuzzer and benchmarks call: it gives back, keeps and
+// calls what it is handed, and can be made to wait.
+#pragma once
+
+#include <binder/Binder.h>
+#include <binder/IPCThreadState.h>
+#include <binder/IServiceManager.h>
+#include <binder/Parcel.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <vector>
+
+namespace echo {
+
+inline const android::String16 kName("echo");
+constexpr uint32_t kOneWay = android::IBinder::FLAG_ONEWAY;
+
+enum Code : uint32_t {
+    ECHO = android::IBinder::FIRST_CALL_TRANSACTION,  // bytes -> the same bytes
+    SIZED,                                            // int32 size -> that many bytes
+    STATUS,                                           // int32 status -> that status
+    WHO,                                              // -> int32 uid, int32 pid
+    KEEP,     // binder -> int32 1 if it is one of those kept before; told of its death
+    LAST,     // -> the binder kept last
+    FORGET,   // drops all that is kept
+    FIRE,     // int32 n, int32 tag -> int32 accepted: n one-way calls to the last kept
+    DEATHS,   // -> int32 death notices so far
+    WAIT,     // returns when OPEN_GATE was called, counted as waiting until then
+    WAITING,  // -> int32 calls that wait
+    OPEN_GATE,
+    LIVING,  // -> int32 objects of class Living in the daemon
+    MAKE,    // -> a new object of class Living
+};
+
+// Counts its living instances.
+class Living : public android::BBinder {
+  public:
+    Living() { ++count(); }
+    ~Living() override { --count(); }
+    static std::atomic<int32_t>& count() {
+        static std::atomic<int32_t> instances{0};
+        return instances;
+    }
+};
+
+class EchoService : public android::BBinder {
+  public:
+    EchoService() : mMourner(new Mourner) {}
+
+  protected:
+    android::status_t onTransact(uint32_t code, const android::Parcel& data, android::Parcel* reply,
+                                 uint32_t flags) override {
+        switch (code) {
+            case ECHO:
+                return reply->setData(data.data(), data.dataSize());
+            case SIZED:
+                return reply->setDataSize(static_cast<uint32_t>(data.readInt32()) % (1u << 20));
+            case STATUS:
+                return data.readInt32();
+            case WHO:
+                reply->writeInt32(
+                        static_cast<int32_t>(android::IPCThreadState::self()->getCallingUid()));
+                return reply->writeInt32(android::IPCThreadState::self()->getCallingPid());
+            case WAIT:
+                return waitForGate();
+            case WAITING:
+                return reply->writeInt32(mWaiting);
+            case OPEN_GATE:
+                return openGate();
+            case LIVING:
+                return reply->writeInt32(Living::count());
+            case MAKE:
+                return reply->writeStrongBinder(new Living);
+            case DEATHS:
+                return reply->writeInt32(mMourner->deaths);
+            default:
+                return keeping(code, data, reply, flags);
+        }
+    }
+
+  private:
+    struct Mourner : public DeathRecipient {
+        void binderDied(const android::wp<android::IBinder>& /*who*/) override { ++deaths; }
+        std::atomic<int32_t> deaths{0};
+    };
+
+    android::status_t keeping(uint32_t code, const android::Parcel& data, android::Parcel* reply,
+                              uint32_t flags) {
+        switch (code) {
+            case KEEP:
+                return keep(data, reply);
+            case LAST:
+                return reply->writeStrongBinder(last());
+            case FORGET: {
+                std::vector<android::sp<android::IBinder>> dropped;
+                std::lock_guard<std::mutex> guard(mLock);
+                dropped.swap(mKept);
+                return android::OK;
+            }
+            case FIRE:
+                return fire(data, reply);
+            default:
+                return BBinder::onTransact(code, data, reply, flags);
+        }
+    }
+
+    android::status_t keep(const android::Parcel& data, android::Parcel* reply) {
+        android::sp<android::IBinder> binder;
+        const android::status_t status = data.readStrongBinder(&binder);
+        if (status != android::OK) return status;
+        bool known = false;
+        {
+            std::lock_guard<std::mutex> guard(mLock);
+            for (const auto& kept : mKept) known = known || kept == binder;
+            mKept.push_back(binder);
+        }
+        binder->linkToDeath(mMourner);
+        return reply->writeInt32(known ? 1 : 0);
+    }
+
+    android::sp<android::IBinder> last() {
+        std::lock_guard<std::mutex> guard(mLock);
+        return mKept.empty() ? nullptr : mKept.back();
+    }
+
+    android::status_t fire(const android::Parcel& data, android::Parcel* reply) {
+        const int32_t calls = data.readInt32();
+        android::Parcel call;
+        call.writeInt32(data.readInt32());
+        const android::sp<android::IBinder> target = last();
+        if (target == nullptr) return android::BAD_VALUE;
+        int32_t accepted = 0;
+        for (int32_t i = 0; i < calls; ++i) {
+            if (target->transact(1, call, nullptr, kOneWay) == android::OK) ++accepted;
+        }
+        return reply->writeInt32(accepted);
+    }
+
+    android::status_t waitForGate() {
+        std::unique_lock<std::mutex> guard(mLock);
+        ++mWaiting;
+        const int opened = mOpened;
+        mGate.wait(guard, [&] { return mOpened != opened; });
+        --mWaiting;
+        return android::OK;
+    }
+
+    android::status_t openGate() {
+        std::lock_guard<std::mutex> guard(mLock);
+        ++mOpened;
+        mGate.notify_all();
+        return android::OK;
+    }
+
+    const android::sp<Mourner> mMourner;
+    std::mutex mLock;
+    std::condition_variable mGate;
+    int mOpened = 0;
+    std::atomic<int32_t> mWaiting{0};
+    std::vector<android::sp<android::IBinder>> mKept;
+};
+
+}  // namespace echo

@@ -1,0 +1,378 @@
+// The binder between real processes: a daemon, this test as its client, and peers.
+#include <binder/ProcessState.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <memory>
+#include <thread>
+
+#include "tests/child_process.h"
+#include "tests/echo_client.h"
+#include "tests/temporary_directory.h"
+
+using namespace android;
+using echo::ask;
+using echo::call;
+
+class BinderTest : public ::testing::Test {
+  protected:
+    BinderTest() {
+        std::filesystem::create_directories(mBoard / "run");
+        allow(std::filesystem::perms::owner_all);
+        setenv("TARQ_BOARD", mBoard.path().c_str(), 1);
+        start();
+    }
+
+    void start(const std::vector<std::string>& arguments = {}) {
+        std::vector<std::string> command = {ECHO_DAEMON};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        mDaemon.reset();
+        mDaemon = std::make_unique<ChildProcess>(command);
+        ASSERT_EQ("ready", mDaemon->readLine());
+    }
+
+    void allow(std::filesystem::perms permissions) {
+        std::filesystem::permissions(mBoard.path(), permissions);
+        std::filesystem::permissions(mBoard / "run", permissions);
+    }
+
+    static std::unique_ptr<ChildProcess> peer(const std::vector<std::string>& arguments,
+                                              uid_t uid = getuid()) {
+        std::vector<std::string> command = {ECHO_PEER};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        return std::make_unique<ChildProcess>(command, std::vector<std::string>{}, uid);
+    }
+
+    int rawConnection() const {
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        const std::string path = mBoard / "run/binder.sock";
+        memcpy(address.sun_path, path.c_str(), path.size() + 1);
+        const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+        const auto* const where = reinterpret_cast<sockaddr*>(&address);
+        return connect(fd, where, sizeof(address)) == 0 ? fd : -1;
+    }
+
+    TemporaryDirectory mBoard;
+    std::unique_ptr<ChildProcess> mDaemon;
+};
+
+struct Recipient : public IBinder::DeathRecipient {
+    void binderDied(const wp<IBinder>& who) override {
+        last = who;
+        ++deaths;
+    }
+    std::atomic<int> deaths{0};
+    wp<IBinder> last;
+};
+
+TEST_F(BinderTest, bytes_go_and_come_back_up_to_the_limit) {
+    const sp<IBinder> service = echo::find();
+    ASSERT_TRUE(service);
+    for (const size_t size : {0, 4, 4096, 192 * 1024}) {
+        Parcel data;
+        Parcel reply;
+        std::string bytes(size, 'x');
+        if (size > 0) bytes[size / 2] = 'y';
+        data.write(bytes.data(), bytes.size());
+        EXPECT_EQ(OK, service->transact(echo::ECHO, data, &reply)) << size;
+        EXPECT_EQ(bytes, std::string(reinterpret_cast<const char*>(reply.data()), size));
+    }
+    Parcel tooLong;
+    Parcel reply;
+    tooLong.setDataSize(192 * 1024 + 4);
+    EXPECT_EQ(FAILED_TRANSACTION, service->transact(echo::ECHO, tooLong, &reply));
+    EXPECT_EQ(FAILED_TRANSACTION, call(service, echo::SIZED, {192 * 1024 + 4}));
+    EXPECT_EQ(OK, call(service, echo::SIZED, {192 * 1024}));
+    EXPECT_TRUE(service->isBinderAlive());
+}
+
+TEST_F(BinderTest, statuses_and_system_codes_are_those_of_a_binder) {
+    const sp<IBinder> service = echo::find();
+    for (const int32_t status : {-1, INT32_MIN, -74}) {
+        EXPECT_EQ(status, call(service, echo::STATUS, {status}));
+    }
+    EXPECT_EQ(OK, call(service, echo::STATUS, {7}));  // a positive one is lost
+    EXPECT_EQ(UNKNOWN_TRANSACTION, call(service, 99));
+    EXPECT_EQ(OK, service->pingBinder());
+    EXPECT_EQ(0u, service->getInterfaceDescriptor().size());
+    EXPECT_EQ(BAD_TYPE, call(service, IBinder::DUMP_TRANSACTION));
+    EXPECT_TRUE(service->isBinderAlive());
+}
+
+TEST_F(BinderTest, the_manager_looks_up_lists_and_lets_nobody_else_add) {
+    const sp<IServiceManager> manager = defaultServiceManager();
+    EXPECT_TRUE(manager->checkService(echo::kName));
+    EXPECT_FALSE(manager->checkService(String16("ech")));
+    const Vector<String16> names = manager->listServices();
+    ASSERT_EQ(2u, names.size());
+    EXPECT_TRUE(names[0] == echo::kName);  // the newest first
+    EXPECT_EQ(0u, manager->listServices(IServiceManager::DUMP_FLAG_PRIORITY_HIGH).size());
+    EXPECT_EQ(-1, manager->addService(String16("mine"), new BBinder));
+}
+
+TEST_F(BinderTest, one_object_is_one_proxy_and_comes_home_as_itself) {
+    const sp<IBinder> service = echo::find();
+    EXPECT_TRUE(service == echo::find());
+    const sp<IBinder> mine = new echo::Living;
+    EXPECT_FALSE(echo::keep(service, mine));
+    EXPECT_TRUE(echo::keep(service, mine)) << "the daemon saw two objects";
+    EXPECT_FALSE(echo::keep(service, new echo::Living));
+    EXPECT_FALSE(echo::keep(service, service)) << "the daemon's own";
+    Parcel data;
+    Parcel reply;
+    EXPECT_EQ(OK, service->transact(echo::LAST, data, &reply));
+    EXPECT_TRUE(reply.readStrongBinder() == service);
+    EXPECT_FALSE(echo::keep(service, mine) == false);
+    Parcel again;
+    EXPECT_EQ(OK, service->transact(echo::LAST, data, &again));
+    EXPECT_TRUE(again.readStrongBinder() == mine);
+}
+
+TEST_F(BinderTest, objects_live_as_long_as_the_other_side_holds_them) {
+    ProcessState::self()->startThreadPool();
+    const sp<IBinder> service = echo::find();
+    {
+        Parcel data;
+        Parcel reply;
+        ASSERT_EQ(OK, service->transact(echo::MAKE, data, &reply));
+        EXPECT_EQ(1, ask(service, echo::LIVING));
+    }
+    EXPECT_TRUE(eventually([&] { return ask(service, echo::LIVING) == 0; }));
+
+    echo::keep(service, new echo::Living);
+    EXPECT_EQ(1, echo::Living::count());
+    EXPECT_EQ(OK, call(service, echo::FORGET));
+    EXPECT_TRUE(eventually([] { return echo::Living::count() == 0; }));
+}
+
+TEST_F(BinderTest, a_callback_may_be_sent_again_while_it_is_let_go) {
+    ProcessState::self()->startThreadPool();
+    const sp<IBinder> service = echo::find();
+    const sp<IBinder> callback = new echo::Living;
+    std::atomic<int> failures{0};
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 4; ++thread) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < 2000; ++i) {
+                Parcel data;
+                Parcel reply;
+                data.writeStrongBinder(callback);
+                if (service->transact(echo::KEEP, data, &reply) != OK) ++failures;
+                if (call(service, echo::FORGET) != OK) ++failures;
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(0, failures);
+    EXPECT_FALSE(echo::keep(service, callback));
+    EXPECT_EQ(OK, call(service, echo::FIRE, {1, 1}));
+}
+
+TEST_F(BinderTest, callbacks_arrive_in_order_and_say_who_calls) {
+    struct Receiver : public BBinder {
+        status_t onTransact(uint32_t, const Parcel& data, Parcel*, uint32_t) override {
+            const IPCThreadState* caller = IPCThreadState::self();
+            if (caller->getCallingUid() != getuid() || caller->getCallingPid() != 0) return OK;
+            std::lock_guard<std::mutex> guard(lock);
+            values.push_back(data.readInt32());
+            return OK;
+        }
+        size_t count() {
+            std::lock_guard<std::mutex> guard(lock);
+            return values.size();
+        }
+        std::mutex lock;
+        std::vector<int32_t> values;
+    };
+    ProcessState::self()->startThreadPool();
+    const sp<IBinder> service = echo::find();
+    const sp<Receiver> receiver = new Receiver;
+    echo::keep(service, receiver);
+    for (int32_t i = 0; i < 100; ++i) ASSERT_EQ(OK, call(service, echo::FIRE, {1, i}));
+    ASSERT_TRUE(eventually([&] { return receiver->count() == 100; }));
+    EXPECT_TRUE(std::is_sorted(receiver->values.begin(), receiver->values.end()));
+}
+
+TEST_F(BinderTest, a_killed_client_is_noticed_once_for_each_link) {
+    const sp<IBinder> service = echo::find();
+    const auto victim = peer({"keep"});
+    ASSERT_EQ("kept", victim->readLine());
+    EXPECT_EQ(OK, call(service, echo::FIRE, {1, 5}));
+    EXPECT_EQ("fired 5", victim->readLine());
+    EXPECT_EQ(0, ask(service, echo::DEATHS));
+    victim->kill(SIGKILL);
+    EXPECT_TRUE(eventually([&] { return ask(service, echo::DEATHS) == 1; }));
+    int32_t accepted = -1;
+    EXPECT_EQ(OK, call(service, echo::FIRE, {3, 6}, &accepted));
+    EXPECT_EQ(0, accepted);
+    EXPECT_EQ(1, ask(service, echo::DEATHS));
+}
+
+TEST_F(BinderTest, a_killed_daemon_is_noticed_and_its_successor_found) {
+    ProcessState::self()->startThreadPool();
+    const sp<IBinder> service = echo::find();
+    const sp<Recipient> recipient = new Recipient;
+    const sp<Recipient> unlinked = new Recipient;
+    EXPECT_EQ(OK, service->linkToDeath(recipient));
+    EXPECT_EQ(OK, service->linkToDeath(unlinked));
+    EXPECT_EQ(OK, service->unlinkToDeath(unlinked));
+    EXPECT_EQ(NAME_NOT_FOUND, service->unlinkToDeath(unlinked));
+    std::thread inCall([&] { EXPECT_EQ(DEAD_OBJECT, call(service, echo::WAIT)); });
+    ASSERT_TRUE(eventually([&] { return ask(service, echo::WAITING) == 1; }));
+
+    mDaemon->kill(SIGKILL);
+    inCall.join();
+    EXPECT_TRUE(eventually([&] { return recipient->deaths == 1; }));
+    EXPECT_TRUE(recipient->last == service);
+    EXPECT_EQ(0, unlinked->deaths);
+    EXPECT_FALSE(service->isBinderAlive());
+    EXPECT_EQ(DEAD_OBJECT, call(service, echo::WHO));
+    EXPECT_EQ(DEAD_OBJECT, service->linkToDeath(recipient));
+
+    start();
+    const sp<IBinder> successor = echo::find();
+    ASSERT_TRUE(successor);
+    EXPECT_FALSE(successor == service);
+    EXPECT_EQ(OK, call(successor, echo::WHO));
+}
+
+TEST_F(BinderTest, a_client_killed_inside_its_own_call_costs_one_thread_at_most) {
+    const sp<IBinder> service = echo::find();
+    const auto victim = peer({"wait"});
+    ASSERT_TRUE(eventually([&] { return ask(service, echo::WAITING) == 1; }));
+    victim->kill(SIGKILL);
+    ASSERT_EQ(128 + SIGKILL, victim->wait());
+    EXPECT_EQ(1, ask(service, echo::WAITING));
+    EXPECT_EQ(OK, call(service, echo::OPEN_GATE));
+    EXPECT_TRUE(eventually([&] { return ask(service, echo::WAITING) == 0; }));
+    EXPECT_EQ(OK, call(service, echo::WHO));
+}
+
+TEST_F(BinderTest, the_callers_user_is_the_kernels_word) {
+    if (getuid() != 0) GTEST_SKIP() << "needs root to be other users";
+    allow(std::filesystem::perms(0755));
+    start();  // a board is opened when its daemon starts
+    EXPECT_EQ("uid 0, own pid", peer({"who"})->readLine());
+    EXPECT_EQ("uid 2000, own pid", peer({"who"}, 2000)->readLine());
+    const auto changing = peer({"who", "1000"});
+    EXPECT_EQ("uid 0, own pid", changing->readLine());
+    EXPECT_EQ("uid 1000, own pid", changing->readLine());
+}
+
+TEST_F(BinderTest, a_board_is_its_owners_unless_it_is_shared) {
+    if (getuid() != 0) GTEST_SKIP() << "needs root to be another user";
+    allow(std::filesystem::perms(0755));  // too late for the daemon that runs: its socket is closed
+    const pid_t stranger = fork();
+    if (stranger == 0) {
+        const bool refused = setuid(2000) == 0 && rawConnection() < 0 && errno == EACCES;
+        _exit(refused ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(stranger, &status, 0);
+    EXPECT_EQ(0, status);
+}
+
+TEST_F(BinderTest, a_child_of_fork_is_refused_and_its_parent_served_on) {
+    const auto forking = peer({"fork"});
+    EXPECT_EQ("uid " + std::to_string(getuid()) + ", own pid", forking->readLine());
+    EXPECT_EQ("child refused", forking->readLine());
+    EXPECT_EQ("uid " + std::to_string(getuid()) + ", own pid", forking->readLine());
+}
+
+TEST_F(BinderTest, a_stopped_client_delays_nobody_and_loses_only_its_own) {
+    const sp<IBinder> service = echo::find();
+    const auto stopped = peer({"keep"});
+    ASSERT_EQ("kept", stopped->readLine());
+    stopped->kill(SIGSTOP);
+    int32_t accepted = -1;
+    EXPECT_EQ(OK, call(service, echo::FIRE, {5000, 1}, &accepted));
+    EXPECT_GT(accepted, 0);
+    EXPECT_LT(accepted, 5000);
+    const auto other = peer({"keep"});
+    ASSERT_EQ("kept", other->readLine());
+    EXPECT_EQ(OK, call(service, echo::FIRE, {1, 2}, &accepted));
+    EXPECT_EQ(1, accepted);
+    EXPECT_EQ("fired 2", other->readLine());
+    stopped->kill(SIGCONT);
+    EXPECT_EQ("fired 1", stopped->readLine());
+}
+
+TEST_F(BinderTest, sixteen_stuck_calls_leave_a_thread_and_look_ups_need_none) {
+    const sp<IBinder> service = echo::find();
+    std::vector<std::thread> stuck;
+    const auto wait = [&] { EXPECT_EQ(DEAD_OBJECT, call(service, echo::WAIT)); };
+    for (int i = 0; i < 16; ++i) stuck.emplace_back(wait);
+    ASSERT_TRUE(eventually([&] { return ask(service, echo::WAITING) == 16; }));
+    for (int i = 0; i < 4; ++i) stuck.emplace_back(wait);
+    const auto other = peer({"keep"});  // finds the service, and waits with its call
+    for (int i = 0; i < 100; ++i) EXPECT_TRUE(defaultServiceManager()->checkService(echo::kName));
+    mDaemon->kill(SIGKILL);
+    for (std::thread& thread : stuck) thread.join();
+}
+
+TEST_F(BinderTest, before_the_pool_starts_look_ups_answer_and_calls_wait) {
+    mDaemon.reset();
+    // Standard input of the daemon is this test's: a pipe that it holds back.
+    int hold[2];
+    ASSERT_EQ(0, pipe2(hold, O_CLOEXEC));
+    const int before = dup(STDIN_FILENO);
+    dup2(hold[0], STDIN_FILENO);
+    start({"--hold"});
+    const sp<IBinder> service = echo::find();
+    ASSERT_TRUE(service);
+    std::atomic<bool> answered{false};
+    std::thread early([&] {
+        EXPECT_EQ(OK, call(service, echo::WHO));
+        answered = true;
+    });
+    for (int i = 0; i < 100; ++i) EXPECT_TRUE(defaultServiceManager()->checkService(echo::kName));
+    EXPECT_FALSE(answered);
+    EXPECT_EQ(1, write(hold[1], "\n", 1));
+    early.join();
+    dup2(before, STDIN_FILENO);
+}
+
+TEST_F(BinderTest, garbage_ends_its_connection_and_nothing_else) {
+    const sp<IBinder> service = echo::find();
+    for (int i = 0; i < 1000; ++i) {
+        const int fd = rawConnection();
+        std::string garbage(static_cast<size_t>(i % 97), static_cast<char>(i));
+        // The first packet of a session, then what a hostile client might follow it with.
+        if (i % 3 == 0) {
+            const std::string open(40, '\0');
+            EXPECT_EQ(40, send(fd, open.data(), open.size(), MSG_NOSIGNAL));
+            char welcome[40];
+            EXPECT_EQ(40, recv(fd, welcome, sizeof(welcome), 0));
+        }
+        send(fd, garbage.data(), garbage.size(), MSG_NOSIGNAL);
+        char byte;
+        if (!garbage.empty()) {
+            EXPECT_EQ(0, recv(fd, &byte, 1, 0)) << i;
+        }
+        close(fd);
+    }
+    EXPECT_EQ(OK, call(service, echo::WHO));
+}
+
+TEST_F(BinderTest, a_client_with_thousands_of_connections_is_held_to_its_share) {
+    const auto other = peer({"keep"});
+    ASSERT_EQ("kept", other->readLine());
+    std::vector<int> connections;
+    for (int i = 0; i < 3000; ++i) connections.push_back(rawConnection());
+    EXPECT_EQ("uid " + std::to_string(getuid()) + ", own pid", peer({"who"})->readLine());
+    for (const int fd : connections) close(fd);
+    const sp<IBinder> service = echo::find();
+    ASSERT_TRUE(service);
+    EXPECT_EQ(OK, call(service, echo::FIRE, {1, 9}));
+    EXPECT_EQ("fired 9", other->readLine());
+}
+
+TEST_F(BinderTest, a_second_daemon_leaves_the_first_alone) {
+    EXPECT_EQ(1, ChildProcess({ECHO_DAEMON}).wait());
+    EXPECT_EQ(OK, call(echo::find(), echo::WHO));
+    unsetenv("TARQ_BOARD");
+    EXPECT_EQ(1, ChildProcess({ECHO_DAEMON}).wait());
+}
