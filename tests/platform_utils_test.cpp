@@ -66,44 +66,48 @@ TEST(Strings, comparing_8_bit_text_ends_at_the_first_nul) {
                  (std::string(300, 'x') + "-7").c_str());
 }
 
+struct Counts {
+    std::atomic<int> alive{0};
+    std::atomic<int> firstRefs{0};
+};
+
 class Counted : public RefBase {
   public:
-    explicit Counted(std::atomic<int>* alive) : mAlive(alive) { ++*mAlive; }
-    int firstRefs() const { return mFirstRefs; }
+    explicit Counted(Counts* counts) : mCounts(counts) { ++mCounts->alive; }
+    bool isAlive() const { return mCounts->alive == 1; }
 
   protected:
-    ~Counted() override { --*mAlive; }
-    void onFirstRef() override { ++mFirstRefs; }
+    ~Counted() override { --mCounts->alive; }
+    void onFirstRef() override { ++mCounts->firstRefs; }
 
   private:
-    std::atomic<int>* const mAlive;
-    std::atomic<int> mFirstRefs{0};
+    Counts* const mCounts;
 };
 
 TEST(References, object_lives_until_its_last_strong_reference_goes) {
-    std::atomic<int> alive{0};
-    sp<Counted> first = new Counted(&alive);
-    EXPECT_EQ(first->firstRefs(), 1);
+    Counts counts;
+    sp<Counted> first = new Counted(&counts);
+    EXPECT_EQ(counts.firstRefs, 1);
     sp<RefBase> second = first;
     first = first.get();
-    EXPECT_EQ(first->firstRefs(), 1);
+    EXPECT_EQ(counts.firstRefs, 1);
     first.clear();
-    EXPECT_EQ(alive, 1);
+    EXPECT_EQ(counts.alive, 1);
     second = nullptr;
-    EXPECT_EQ(alive, 0);
+    EXPECT_EQ(counts.alive, 0);
 }
 
 TEST(References, promotion_works_before_the_first_strong_reference_and_never_after_the_last) {
-    std::atomic<int> alive{0};
-    const wp<Counted> weak = new Counted(&alive);
+    Counts counts;
+    const wp<Counted> weak = new Counted(&counts);
     sp<Counted> strong = weak.promote();
     ASSERT_TRUE(strong);
-    EXPECT_EQ(strong->firstRefs(), 1);
+    EXPECT_EQ(counts.firstRefs, 1);
     EXPECT_EQ(weak.promote(), strong);
 
     const wp<Counted> copy = weak;
     strong.clear();
-    EXPECT_EQ(alive, 0);
+    EXPECT_EQ(counts.alive, 0);
     EXPECT_FALSE(weak.promote());
     EXPECT_FALSE(copy.promote());
     EXPECT_EQ(copy, weak);
@@ -111,38 +115,44 @@ TEST(References, promotion_works_before_the_first_strong_reference_and_never_aft
 }
 
 TEST(References, promotion_that_races_the_last_release_gives_the_object_or_nothing) {
-    std::atomic<int> alive{0};
+    Counts counts;
     for (int round = 0; round < 300; ++round) {
-        sp<Counted> strong = new Counted(&alive);
+        sp<Counted> strong = new Counted(&counts);
         std::atomic<bool> started{false};
         std::vector<std::thread> promoters;
         for (int t = 0; t < 3; ++t) {
             promoters.emplace_back([&started, weak = wp<Counted>(strong)] {
                 while (!started) {
                 }
-                while (const sp<Counted> promoted = weak.promote()) {
-                    if (promoted->firstRefs() != 1) abort();
+                for (int i = 0; i < 100; ++i) {
+                    const sp<Counted> promoted = weak.promote();
+                    if (promoted && !promoted->isAlive()) abort();
                 }
             });
         }
         started = true;
         strong.clear();
         for (std::thread& promoter : promoters) promoter.join();
-        ASSERT_EQ(alive, 0);
+        ASSERT_EQ(counts.alive, 0);
     }
 }
 
 TEST(References, first_strong_references_that_race_announce_themselves_once) {
-    std::atomic<int> alive{0};
-    for (int round = 0; round < 300; ++round) {
-        const wp<Counted> weak = new Counted(&alive);
-        sp<Counted> mine;
-        std::thread other([&weak] { const sp<Counted> theirs = weak.promote(); });
-        mine = weak.promote();
+    Counts counts;
+    for (int round = 1; round <= 300; ++round) {
+        const wp<Counted> weak = new Counted(&counts);
+        std::atomic<int> waiting{2};
+        const auto promoteOnce = [&] {
+            --waiting;
+            while (waiting > 0) {
+            }
+            const sp<Counted> promoted = weak.promote();
+        };
+        std::thread other(promoteOnce);
+        promoteOnce();
         other.join();
-        EXPECT_TRUE(!mine || mine->firstRefs() == 1);
-        mine.clear();
-        ASSERT_EQ(alive, 0);
+        ASSERT_EQ(counts.alive, 0);
+        ASSERT_EQ(counts.firstRefs, round);
     }
 }
 

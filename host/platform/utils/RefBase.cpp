@@ -13,14 +13,19 @@ void RefBase::weakref_type::decWeak(const void* /*id*/) {
     if (mWeak.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
 }
 
-bool RefBase::weakref_type::attemptIncStrong(const void* id) {
+bool RefBase::weakref_type::attemptIncStrong(const void* /*id*/) {
     int32_t count = mStrong.load(std::memory_order_relaxed);
-    while (count > 0 && count != kNeverStrong) {
-        if (mStrong.compare_exchange_weak(count, count + 1, std::memory_order_relaxed)) return true;
+    while (count > 0) {
+        if (!mStrong.compare_exchange_weak(count, count + 1, std::memory_order_relaxed)) continue;
+        // The count is held before the object is touched: another thread may have taken the first
+        // reference and dropped it meanwhile.
+        if (count == kNeverStrong) {
+            mStrong.fetch_sub(kNeverStrong, std::memory_order_relaxed);
+            mBase->onFirstRef();
+        }
+        return true;
     }
-    if (count <= 0) return false;
-    mBase->incStrong(id);
-    return true;
+    return false;
 }
 
 // The object itself counts as one weak reference to its counts, whatever strong ones there are.
