@@ -7,6 +7,8 @@
 
 #include <map>
 #include <mutex>
+#include <set>
+#include <utility>
 
 #include "host/platform/binder/daemon/pool.h"
 #include "host/platform/binder/daemon/service_manager.h"
@@ -52,47 +54,48 @@ bool ClientSession::sendRelease(uint64_t id, uint64_t count) {
     return sendPacket(eventFd, MSG_DONTWAIT, header) == 0;
 }
 
-// How many connections each client process has.
-class ConnectionCounts {
+// The connections of each client process, and so how many it has. An epoll alone remembers where a
+// connection is, which a leak checker cannot see.
+class Connections {
   public:
-    bool add(pid_t pid) {
+    bool add(Connection* connection) {
         std::lock_guard<std::mutex> guard(mLock);
-        int& count = mCounts[pid];
-        if (count >= kMaxPerProcess) return false;
-        ++count;
-        return true;
+        std::set<Connection*>& ofProcess = mByProcess[connection->peer.pid];
+        if (ofProcess.size() >= kMaxPerProcess) return false;
+        return ofProcess.insert(connection).second;
     }
-    void remove(pid_t pid) {
+    void remove(Connection* connection) {
         std::lock_guard<std::mutex> guard(mLock);
-        const auto entry = mCounts.find(pid);
-        if (--entry->second == 0) mCounts.erase(entry);
+        const auto entry = mByProcess.find(connection->peer.pid);
+        entry->second.erase(connection);
+        if (entry->second.empty()) mByProcess.erase(entry);
     }
 
   private:
-    static constexpr int kMaxPerProcess = 256;
+    static constexpr size_t kMaxPerProcess = 256;
 
     std::mutex mLock;
-    std::map<pid_t, int> mCounts;
+    std::map<pid_t, std::set<Connection*>> mByProcess;
 };
 
-static ConnectionCounts& connectionCounts() {
-    static ConnectionCounts& counts = *new ConnectionCounts;
-    return counts;
+static Connections& allConnections() {
+    static Connections& connections = *new Connections;
+    return connections;
 }
 
 std::unique_ptr<Connection> Connection::admit(int fd) {
-    ucred peer;
+    ucred peer = {};
     socklen_t size = sizeof(peer);
-    if (getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0 ||
-        !connectionCounts().add(peer.pid)) {
+    if (getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) {
         close(fd);
         return nullptr;
     }
-    return std::unique_ptr<Connection>(new Connection(fd, peer));
+    std::unique_ptr<Connection> connection(new Connection(fd, peer));
+    return allConnections().add(connection.get()) ? std::move(connection) : nullptr;
 }
 
 Connection::~Connection() {
-    connectionCounts().remove(peer.pid);
+    allConnections().remove(this);
     if (!isEvent) close(fd);
 }
 

@@ -1,0 +1,100 @@
+// What a hostile client may put on its connections, against a whole daemon in this process: it has
+// to close a connection or answer, and to go on serving an honest client.
+//
+// Input: a byte that chooses the connection, then packets, each a 16-bit length and its bytes.
+#include <binder/ProcessState.h>
+#include <host/log_sink.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "host/platform/binder/socket.h"
+#include "host/platform/binder/wire.h"
+#include "tests/echo_service.h"
+
+using namespace android;
+using namespace android::host;
+
+// Without what would hold a thread or take long.
+class HarmlessEcho : public echo::EchoService {
+    status_t onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override {
+        if (code == echo::WAIT || code == echo::FIRE) return UNKNOWN_TRANSACTION;
+        return EchoService::onTransact(code, data, reply, flags);
+    }
+};
+
+static PacketHeader headerOf(PacketKind kind) {
+    PacketHeader header = {};
+    header.kind = kind;
+    return header;
+}
+
+static PacketHeader exchange(int fd, const PacketHeader& header) {
+    Packet answer;
+    if (sendPacket(fd, 0, header) != 0) abort();
+    if (receivePacket(fd, 0, &answer) != Received::PACKET) abort();
+    return answer.header;
+}
+
+// One client with a session: its event connection and one that joined it.
+struct Client {
+    explicit Client(Lane lane) : event(connectToBoard()), calls(connectToBoard()) {
+        if (event < 0 || calls < 0) abort();
+        PacketHeader join = exchange(event, headerOf(PacketKind::OPEN));
+        join.kind = PacketKind::JOIN;
+        join.code = static_cast<uint32_t>(lane);
+        exchange(calls, join);
+    }
+    ~Client() {
+        close(event);
+        close(calls);
+    }
+    const int event;
+    const int calls;
+};
+
+static void startDaemon() {
+    static std::string board = "/tmp/fuzz_packets.XXXXXX";
+    if (mkdtemp(board.data()) == nullptr || mkdir((board + "/run").c_str(), 0700) != 0) abort();
+    atexit([] { std::system(("rm -rf " + board).c_str()); });
+    setenv("TARQ_BOARD", board.c_str(), 1);
+    tarq::host::setLogSink([](int, const char*, const std::string&) {});
+    ProcessState::self()->startThreadPool();
+    defaultServiceManager()->addService(echo::kName, new HarmlessEcho);
+}
+
+static void sendAll(int fd, const uint8_t* data, size_t size) {
+    while (size > 2) {
+        size_t length = data[0] | (data[1] << 8);
+        data += 2;
+        size -= 2;
+        if (length > size) length = size;
+        if (send(fd, data, length, MSG_NOSIGNAL | MSG_DONTWAIT) < 0) return;
+        data += length;
+        size -= length;
+    }
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    static const bool started = (startDaemon(), true);
+    static const Client honest(Lane::REGISTRY);
+    if (!started || size == 0) return 0;
+    {
+        const Client client(data[0] % 4 == 0 ? Lane::CALL : Lane::REGISTRY);
+        const int stranger = connectToBoard();
+        const int fd = data[0] % 4 == 3 ? stranger : data[0] % 4 == 2 ? client.event : client.calls;
+        sendAll(fd, data + 1, size - 1);
+        shutdown(fd, SHUT_WR);
+        Packet answer;
+        while (receivePacket(fd, 0, &answer) == Received::PACKET) continue;
+        close(stranger);
+    }
+    PacketHeader ping = headerOf(PacketKind::CALL);
+    ping.code = IBinder::PING_TRANSACTION;
+    if (exchange(honest.calls, ping).status != OK) abort();
+    return 0;
+}
