@@ -16,26 +16,30 @@ using namespace android;
 using echo::ask;
 using echo::call;
 
+// One for all tests of this process: the library looks for its board once.
+static const TemporaryDirectory& board() {
+    static const TemporaryDirectory directory;
+    return directory;
+}
+
 class BinderTest : public ::testing::Test {
   protected:
     BinderTest() {
-        std::filesystem::create_directories(mBoard / "run");
+        std::filesystem::create_directories(board() / "run");
         allow(std::filesystem::perms::owner_all);
-        setenv("TARQ_BOARD", mBoard.path().c_str(), 1);
+        setenv("TARQ_BOARD", board().path().c_str(), 1);
         start();
     }
 
-    void start(const std::vector<std::string>& arguments = {}) {
-        std::vector<std::string> command = {ECHO_DAEMON};
-        command.insert(command.end(), arguments.begin(), arguments.end());
+    void start(const std::vector<std::string>& command = {ECHO_DAEMON}) {
         mDaemon.reset();
         mDaemon = std::make_unique<ChildProcess>(command);
         ASSERT_EQ("ready", mDaemon->readLine());
     }
 
     void allow(std::filesystem::perms permissions) {
-        std::filesystem::permissions(mBoard.path(), permissions);
-        std::filesystem::permissions(mBoard / "run", permissions);
+        std::filesystem::permissions(board().path(), permissions);
+        std::filesystem::permissions(board() / "run", permissions);
     }
 
     static std::unique_ptr<ChildProcess> peer(const std::vector<std::string>& arguments,
@@ -48,14 +52,13 @@ class BinderTest : public ::testing::Test {
     int rawConnection() const {
         sockaddr_un address = {};
         address.sun_family = AF_UNIX;
-        const std::string path = mBoard / "run/binder.sock";
+        const std::string path = board() / "run/binder.sock";
         memcpy(address.sun_path, path.c_str(), path.size() + 1);
         const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
         const auto* const where = reinterpret_cast<sockaddr*>(&address);
         return connect(fd, where, sizeof(address)) == 0 ? fd : -1;
     }
 
-    TemporaryDirectory mBoard;
     std::unique_ptr<ChildProcess> mDaemon;
 };
 
@@ -320,7 +323,7 @@ TEST_F(BinderTest, before_the_pool_starts_look_ups_answer_and_calls_wait) {
     ASSERT_EQ(0, pipe2(hold, O_CLOEXEC));
     const int before = dup(STDIN_FILENO);
     dup2(hold[0], STDIN_FILENO);
-    start({"--hold"});
+    start({ECHO_DAEMON, "--hold"});
     const sp<IBinder> service = echo::find();
     ASSERT_TRUE(service);
     std::atomic<bool> answered{false};
@@ -368,6 +371,17 @@ TEST_F(BinderTest, a_client_with_thousands_of_connections_is_held_to_its_share) 
     ASSERT_TRUE(service);
     EXPECT_EQ(OK, call(service, echo::FIRE, {1, 9}));
     EXPECT_EQ("fired 9", other->readLine());
+}
+
+TEST_F(BinderTest, a_daemon_without_a_descriptor_left_serves_those_it_has_and_recovers) {
+    start({"/bin/sh", "-c", "ulimit -n 32; exec " ECHO_DAEMON});
+    const sp<IBinder> service = echo::find();
+    EXPECT_EQ(OK, call(service, echo::WHO));
+    std::vector<int> connections;
+    for (int i = 0; i < 64; ++i) connections.push_back(rawConnection());
+    EXPECT_EQ(OK, call(service, echo::WHO));
+    for (const int fd : connections) close(fd);
+    EXPECT_EQ("uid " + std::to_string(getuid()) + ", own pid", peer({"who"})->readLine());
 }
 
 TEST_F(BinderTest, a_second_daemon_leaves_the_first_alone) {

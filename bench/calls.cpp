@@ -1,0 +1,116 @@
+// One client's calls beside the plainest round trip of packets of the same sizes, on one CPU.
+#include <binder/IServiceManager.h>
+#include <binder/Parcel.h>
+#include <com/tarq/hardwareInfo/IHardwareInfoService.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "bench/bench.h"
+#include "host/platform/binder/wire.h"
+
+namespace bench {
+
+using com::tarq::hardwareInfo::IHardwareInfoService;
+
+PingPong::PingPong(size_t requestSize, size_t replySize)
+    : mRequest(requestSize), mReply(replySize) {
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) abort();
+    mPeer = fork();
+    if (mPeer == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        close(ends[0]);
+        while (recv(ends[1], mRequest.data(), mRequest.size(), 0) > 0) {
+            send(ends[1], mReply.data(), mReply.size(), MSG_NOSIGNAL);
+        }
+        _exit(0);
+    }
+    close(ends[1]);
+    mFd = ends[0];
+}
+
+PingPong::~PingPong() {
+    close(mFd);
+    stop(mPeer);
+}
+
+void PingPong::roundTrip() {
+    send(mFd, mRequest.data(), mRequest.size(), MSG_NOSIGNAL);
+    if (recv(mFd, mReply.data(), mReply.size(), 0) <= 0) abort();
+}
+
+static android::sp<IHardwareInfoService> findService() {
+    return android::interface_cast<IHardwareInfoService>(
+            android::defaultServiceManager()->getService(IHardwareInfoService::descriptor));
+}
+
+static size_t packetSize(const android::Parcel& parcel) {
+    return sizeof(android::host::PacketHeader) + parcel.dataSize();
+}
+
+CallSizes setOtaTimestampSizes() {
+    android::Parcel request;
+    request.writeInterfaceToken(IHardwareInfoService::descriptor);
+    request.writeInt64(0);
+    android::Parcel reply;
+    reply.writeInt32(0);
+    return {packetSize(request), packetSize(reply)};
+}
+
+CallSizes getHardwareInfoSizes() {
+    android::Parcel request;
+    request.writeInterfaceToken(IHardwareInfoService::descriptor);
+    std::vector<android::String16> items;
+    bool result = false;
+    findService()->getHardwareInfo(&items, &result);
+    android::Parcel reply;
+    reply.writeInt32(0);
+    reply.writeBool(result);
+    reply.writeString16Vector(items);
+    return {packetSize(request), packetSize(reply)};
+}
+
+static void callTarqd(benchmark::State& state) {
+    const OneCpu cpu;
+    const Daemon daemon;
+    const auto service = findService();
+    timeEach(state, [&] {
+        if (!service->setOtaTimestamp(1).isOk()) abort();
+    });
+}
+
+static void hwinfoTarqd(benchmark::State& state) {
+    const OneCpu cpu;
+    const Daemon daemon;
+    const auto service = findService();
+    timeEach(state, [&] {
+        std::vector<android::String16> items;
+        bool result = false;
+        if (!service->getHardwareInfo(&items, &result).isOk() || items.size() != 11) abort();
+    });
+}
+
+static void floorOf(benchmark::State& state, const CallSizes& sizes) {
+    const OneCpu cpu;
+    PingPong pingPong(sizes.request, sizes.reply);
+    timeEach(state, [&] { pingPong.roundTrip(); });
+}
+
+static void callFloor(benchmark::State& state) {
+    floorOf(state, setOtaTimestampSizes());
+}
+
+static void hwinfoFloor(benchmark::State& state) {
+    const Daemon daemon;
+    floorOf(state, getHardwareInfoSizes());
+}
+
+BENCHMARK(callTarqd)->Name("call/tarqd")->Iterations(10000);
+BENCHMARK(callFloor)->Name("call/floor")->Iterations(10000);
+BENCHMARK(hwinfoTarqd)->Name("hwinfo/tarqd")->Iterations(3000);
+BENCHMARK(hwinfoFloor)->Name("hwinfo/floor")->Iterations(3000);
+
+}  // namespace bench

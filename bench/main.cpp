@@ -1,0 +1,59 @@
+// Runs the measurements and prints one line each: NAME RATIO. Lines with # say what was divided.
+#include <benchmark/benchmark.h>
+#include <stdio.h>
+#include <string.h>
+
+#include <map>
+#include <string>
+
+#include "bench/bench.h"
+
+namespace bench {
+
+// Collects the "value" of every repetition, and prints the ratio of the medians at the end.
+class RatioReporter : public benchmark::BenchmarkReporter {
+  public:
+    bool ReportContext(const Context& /*context*/) override { return true; }
+
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& run : runs) {
+            if (run.run_type != Run::RT_Iteration) continue;
+            mValues[run.run_name.function_name].push_back(run.counters.at("value"));
+        }
+    }
+
+    void Finalize() override {
+        for (const auto& [name, values] : mValues) {
+            const size_t slash = name.find("/tarqd");
+            if (slash == std::string::npos) continue;
+            const std::string what = name.substr(0, slash);
+            const double tarqd = median(values);
+            const double floor = median(mValues.at(what + "/floor"));
+            printf("# %s: %.1f beside %.1f\n%s %.3f\n", what.c_str(), tarqd, floor, what.c_str(),
+                   tarqd / floor);
+        }
+    }
+
+  private:
+    std::map<std::string, std::vector<double>> mValues;
+};
+
+}  // namespace bench
+
+int main(int argc, char** argv) {
+    if (argc > 1 && strcmp(argv[1], "worker") == 0) return bench::runWorker(argc, argv);
+    // Repetitions of a pair take turns, so that both see the same machine.
+    std::vector<char*> arguments(argv, argv + argc);
+    std::string defaults[] = {"--benchmark_repetitions=9",
+                              "--benchmark_enable_random_interleaving=true"};
+    for (std::string& argument : defaults) arguments.insert(arguments.begin() + 1, argument.data());
+    int count = static_cast<int>(arguments.size());
+    benchmark::Initialize(&count, arguments.data());
+    if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 2;
+
+    bench::Daemon::prepareBoard();
+    bench::RatioReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    bench::Daemon::removeBoard();
+    return 0;
+}

@@ -1,0 +1,149 @@
+// Processes, the board, and what they cost: start-up and memory.
+#include <binder/IServiceManager.h>
+#include <com/tarq/shell/IShellService.h>
+#include <fcntl.h>
+#include <signal.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "bench/bench.h"
+
+namespace bench {
+
+double median(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+pid_t spawn(const std::vector<std::string>& command, int* output) {
+    int ends[2] = {-1, -1};
+    if (output != nullptr && pipe2(ends, O_CLOEXEC) != 0) abort();
+    std::vector<char*> argv;
+    for (const std::string& word : command) argv.push_back(const_cast<char*>(word.c_str()));
+    argv.push_back(nullptr);
+    const pid_t pid = vfork();
+    if (pid == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (output != nullptr) dup2(ends[1], STDOUT_FILENO);
+        execv(argv[0], argv.data());
+        _exit(127);
+    }
+    if (output != nullptr) {
+        close(ends[1]);
+        *output = ends[0];
+    }
+    return pid;
+}
+
+void stop(pid_t pid) {
+    kill(pid, SIGKILL);
+    waitpid(pid, nullptr, 0);
+}
+
+OneCpu::OneCpu() {
+    sched_getaffinity(0, sizeof(mBefore), &mBefore);
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    for (int cpu = CPU_SETSIZE - 1; cpu >= 0 && CPU_COUNT(&one) == 0; --cpu) {
+        if (CPU_ISSET(cpu, &mBefore)) CPU_SET(cpu, &one);
+    }
+    sched_setaffinity(0, sizeof(one), &one);
+}
+
+OneCpu::~OneCpu() {
+    sched_setaffinity(0, sizeof(mBefore), &mBefore);
+}
+
+static std::string gBoard = "/tmp/tarqd-bench.XXXXXX";
+static pid_t gVirtualBoard = -1;
+
+void Daemon::prepareBoard() {
+    if (mkdtemp(gBoard.data()) == nullptr) abort();
+    int output = -1;
+    gVirtualBoard = spawn({VIRTUAL_BOARD, "serve", BOARD, gBoard}, &output);
+    char ready[16];
+    if (read(output, ready, sizeof(ready)) <= 0) exit(2);
+    setenv("TARQ_BOARD", gBoard.c_str(), 1);
+    setenv("TARQ_LOG", (gBoard + "/run/log").c_str(), 1);
+}
+
+void Daemon::removeBoard() {
+    stop(gVirtualBoard);
+    if (system(("rm -rf " + gBoard).c_str()) != 0) abort();
+}
+
+// Until the last of its services is found.
+static void awaitService() {
+    using com::tarq::shell::IShellService;
+    const auto manager = android::defaultServiceManager();
+    while (manager->checkService(IShellService::descriptor) == nullptr) usleep(20);
+}
+
+Daemon::Daemon() : mPid(spawn({TARQD})) {
+    awaitService();
+}
+
+Daemon::~Daemon() {
+    stop(mPid);
+}
+
+static void startTarqd(benchmark::State& state) {
+    std::vector<double> micros;
+    for (auto _ : state) {
+        const Clock::time_point start = Clock::now();
+        const Daemon daemon;
+        micros.push_back(microsSince(start));
+    }
+    state.counters["value"] = median(std::move(micros));
+}
+
+static void startFloor(benchmark::State& state) {
+    timeEach(state, [] { waitpid(spawn({EMPTY}), nullptr, 0); });
+}
+
+// VmRSS in kB.
+static double residentSize(pid_t pid) {
+    const std::string path = "/proc/" + std::to_string(pid) + "/status";
+    FILE* const file = fopen(path.c_str(), "re");
+    char line[256];
+    double size = 0;
+    while (file != nullptr && fgets(line, sizeof(line), file) != nullptr) {
+        if (sscanf(line, "VmRSS: %lf", &size) == 1) break;
+    }
+    if (file != nullptr) fclose(file);
+    return size;
+}
+
+static void rssTarqd(benchmark::State& state) {
+    const Daemon daemon;
+    for (auto _ : state) state.counters["value"] = residentSize(daemon.pid());
+}
+
+static void rssFloor(benchmark::State& state) {
+    const pid_t empty = spawn({EMPTY, "stay"});
+    for (auto _ : state) {
+        double before = -1;
+        double size = 0;
+        // It is there when it has stopped growing.
+        while (size != before || size < 1000) {
+            before = size;
+            usleep(5000);
+            size = residentSize(empty);
+        }
+        state.counters["value"] = size;
+    }
+    stop(empty);
+}
+
+BENCHMARK(startTarqd)->Name("start/tarqd")->Iterations(20);
+BENCHMARK(startFloor)->Name("start/floor")->Iterations(20);
+BENCHMARK(rssTarqd)->Name("rss/tarqd")->Iterations(1);
+BENCHMARK(rssFloor)->Name("rss/floor")->Iterations(1);
+
+}  // namespace bench
