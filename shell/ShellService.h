@@ -17,9 +17,10 @@ class ShellService : public BnShellService {
     ShellService();
 
     // Runs command with the system shell and appends to output, as one element, what it prints:
-    // its first 1023 bytes, up to the first zero byte. Standard error, the exit status and
-    // everything behind are lost. Anyone but root and system is refused with the transaction
-    // status -1, and so is a command that cannot be started.
+    // the first 1023 bytes, up to the first zero byte. What follows, standard error and the exit
+    // status are lost. A text that ends within a UTF-8 character, as the cut may make it, comes
+    // back empty. Anyone but root and system is refused with the transaction status -1; so is a
+    // command that cannot be started.
     //
     // May be called from any thread. There is no time limit: a command that does not end holds up
     // every later call. *result is set to 0 and means nothing.

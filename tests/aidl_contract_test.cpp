@@ -202,7 +202,7 @@ TEST_P(AidlMethod, bytes_of_request_and_reply) {
 
 TEST_P(AidlMethod, truncated_arguments_do_not_reach_it) {
     const Method& method = GetParam();
-    constexpr size_t word = 4 * 3;  // four bytes as text
+    constexpr size_t word = 12;  // four bytes as text
     for (size_t cut = 0; cut < method.arguments.size(); cut += word) {
         std::string reply;
         const std::string arguments = method.arguments.substr(0, cut);

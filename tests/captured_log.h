@@ -5,6 +5,7 @@
 
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 class CapturedLog {
@@ -24,7 +25,7 @@ class CapturedLog {
     // The entries since the last call.
     std::vector<std::string> take() {
         const std::lock_guard<std::mutex> guard(mLock);
-        return std::move(mEntries);
+        return std::exchange(mEntries, {});
     }
 
   private:

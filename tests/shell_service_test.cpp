@@ -7,7 +7,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <stdio.h>
-#include <string.h>
 #include <unistd.h>
 
 #include <functional>
@@ -183,8 +182,7 @@ TEST_F(ShellServiceTest, read_error_leaves_what_was_read) {
                 errno = EIO;
                 return -1;
             }
-            memcpy(buffer, "part", 4);
-            return 4;
+            return static_cast<ssize_t>(std::string("part").copy(buffer, 4));
         };
         return fopencookie(nullptr, "r", functions);
     };
