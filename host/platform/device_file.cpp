@@ -1,0 +1,20 @@
+#include "common/device_file.h"
+
+#include <host/board_directory.h>
+
+// The first component counts as a whole: "/devices" is not in "/dev".
+static bool isOnTheBoard(const std::string& path) {
+    static constexpr const char* kFolders[] = {"/sys", "/proc", "/dev", "/vendor", "/data"};
+    const std::string first = path.substr(0, path.find('/', 1));
+    for (const char* folder : kFolders) {
+        if (first == folder) return true;
+    }
+    return false;
+}
+
+std::string deviceFile(std::string path) {
+    if (!isOnTheBoard(path)) return path;
+    // Without a board there is nothing to open; above all not the host's own /sys or /dev.
+    if (tarq::host::boardDirectory().empty()) return "";
+    return tarq::host::boardPath("root" + path);
+}
