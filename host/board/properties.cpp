@@ -10,6 +10,7 @@
 #include <iterator>
 #include <string>
 #include <system_error>
+#include <vector>
 
 namespace tarq::board {
 
@@ -63,7 +64,9 @@ void loadProperties(const fs::path& defaults, const fs::path& board) {
     setenv("TARQ_BOARD", board.c_str(), 1);  // where property_set sets
     const fs::path savedProperties = board / "root/data/property";
     loadDefaults(defaults, savedProperties);
-    for (const fs::directory_entry& entry : fs::directory_iterator(savedProperties)) {
+    // Listed before the first is set: setting one writes it to the same directory.
+    const std::vector<fs::directory_entry> files(fs::directory_iterator(savedProperties), {});
+    for (const fs::directory_entry& entry : files) {
         const std::string key = entry.path().filename();
         if (!isPersistent(key)) continue;  // half written when its process was killed
         std::ifstream in(entry.path(), std::ios::binary);
