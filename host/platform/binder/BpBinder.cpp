@@ -60,7 +60,7 @@ status_t BpBinder::linkToDeath(const sp<DeathRecipient>& recipient, void* cookie
         mLinks.push_back({recipient, cookie, flags});
     }
     // The session's end tells only the proxies that it finds.
-    if (mSession->ended()) mSession->postObituary(this);
+    if (mSession->ended()) host::Session::sendObituaries({this});
     return OK;
 }
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "host/platform/binder/parcel_access.h"
+#include "host/platform/binder/thread.h"
 
 namespace android::host {
 
@@ -119,7 +120,14 @@ void Session::end() {
             if (proxy != nullptr) proxies.push_back(std::move(proxy));
         }
     }
-    for (const sp<BpBinder>& proxy : proxies) postObituary(proxy);
+    if (!proxies.empty()) sendObituaries(std::move(proxies));
+}
+
+void Session::sendObituaries(std::vector<sp<BpBinder>> proxies) {
+    const auto send = [proxies = std::move(proxies)] {
+        for (const sp<BpBinder>& proxy : proxies) proxy->sendObituary();
+    };
+    if (!startThread(send)) send();
 }
 
 }  // namespace android::host

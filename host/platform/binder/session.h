@@ -54,8 +54,8 @@ class Session : public std::enable_shared_from_this<Session> {
     // The peer is gone: proxies are told, its references to this process's objects are dropped.
     void end();
 
-    // Sends the obituary of one proxy of an ended session, soon and on a binder thread.
-    virtual void postObituary(const sp<BpBinder>& proxy) = 0;
+    // Sends the obituaries of proxies of an ended session, on a thread without a lock.
+    static void sendObituaries(std::vector<sp<BpBinder>> proxies);
 
   protected:
     // False if the peer cannot be told now.

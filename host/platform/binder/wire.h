@@ -6,8 +6,8 @@
 //                client RELEASE. The session ends with this connection.
 //   call         client JOIN, daemon WELCOME; then CALL and, unless it is one-way, its REPLY. Each
 //                thread of the client that calls has one of its own.
-//   registry     as call, but for object 0 alone, the service manager: look-ups never wait for a
-//                free thread of the daemon's pool.
+//   registry     as call, but for object 0 alone, the service manager: look-ups never wait behind
+//                calls.
 #pragma once
 
 #include <stddef.h>

@@ -24,7 +24,6 @@ class DaemonSession : public Session {
     // Object 0 is the service manager.
     status_t transact(uint64_t target, uint32_t code, const Parcel& data, Parcel* reply,
                       uint32_t flags) override;
-    void postObituary(const sp<BpBinder>& proxy) override;
 
     // Opens a connection for one thread's calls; -errno if the daemon does not take it.
     int join(Lane lane) const;

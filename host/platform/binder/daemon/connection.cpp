@@ -10,7 +10,6 @@
 #include <set>
 #include <utility>
 
-#include "host/platform/binder/daemon/pool.h"
 #include "host/platform/binder/daemon/service_manager.h"
 
 namespace android::host {
@@ -42,10 +41,6 @@ status_t ClientSession::transact(uint64_t target, uint32_t code, const Parcel& d
     return sent == -EPIPE || sent == -ECONNRESET ? DEAD_OBJECT : FAILED_TRANSACTION;
 }
 
-void ClientSession::postObituary(const sp<BpBinder>& proxy) {
-    Pool::self().postObituary(proxy);
-}
-
 bool ClientSession::sendRelease(uint64_t id, uint64_t count) {
     PacketHeader header = {};
     header.kind = PacketKind::RELEASE;
@@ -54,8 +49,8 @@ bool ClientSession::sendRelease(uint64_t id, uint64_t count) {
     return sendPacket(eventFd, MSG_DONTWAIT, header) == 0;
 }
 
-// The connections of each client process, and so how many it has. An epoll alone remembers where a
-// connection is, which a leak checker cannot see.
+// The connections of each client process, and so how many it has. The registry's are otherwise
+// known to its epoll alone, where a leak checker cannot see them.
 class Connections {
   public:
     bool add(Connection* connection) {

@@ -22,7 +22,6 @@ class ClientSession : public Session {
     // the client does not keep up with its events.
     status_t transact(uint64_t target, uint32_t code, const Parcel& data, Parcel* reply,
                       uint32_t flags) override;
-    void postObituary(const sp<BpBinder>& proxy) override;
 
     const int eventFd;
     const ucred peer;
@@ -33,7 +32,7 @@ class ClientSession : public Session {
     bool sendRelease(uint64_t id, uint64_t count) override;
 };
 
-// Owned by the one thread, or the one epoll, that has it. Closing is destroying.
+// Owned by the registry or, with Lane::CALL, by the thread that serves it. Closing is destroying.
 struct Connection {
     // Counts against the client process's limit until it is destroyed; null if that is reached, or
     // if the kernel does not say who is there. Takes the descriptor in every case.

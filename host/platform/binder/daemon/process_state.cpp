@@ -10,7 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "host/platform/binder/daemon/pool.h"
+#include "host/platform/binder/daemon/handlers.h"
 #include "host/platform/binder/daemon/registry.h"
 #include "host/platform/binder/socket.h"
 
@@ -73,11 +73,13 @@ sp<ProcessState> ProcessState::self() {
 }
 
 void ProcessState::startThreadPool() {
-    host::Pool::self().start();
+    host::addHandlers(host::kPoolHandlers);
 }
 
+// The calls run on their connections' threads: what a thread that joins adds is its share.
 void IPCThreadState::joinThreadPool(bool /*isMain*/) {
-    host::Pool::self().join();
+    host::addHandlers(1);
+    for (;;) pause();
 }
 
 }  // namespace android

@@ -2,14 +2,15 @@
 
 #include <android/log.h>
 #include <errno.h>
-#include <pthread.h>
+#include <stdlib.h>
 #include <sys/epoll.h>
 #include <sys/random.h>
 #include <unistd.h>
 
 #include <utility>
 
-#include "host/platform/binder/daemon/pool.h"
+#include "host/platform/binder/daemon/handlers.h"
+#include "host/platform/binder/thread.h"
 
 namespace android::host {
 
@@ -18,10 +19,7 @@ static constexpr int kPauseMs = 100;
 
 void Registry::start(int listener) {
     auto* const registry = new Registry(listener);
-    pthread_t thread;
-    const auto body = [](void* self) -> void* { static_cast<Registry*>(self)->run(); };
-    if (pthread_create(&thread, nullptr, body, registry) != 0) abort();
-    pthread_detach(thread);
+    if (!startThread([registry] { registry->run(); })) abort();
 }
 
 Registry::Registry(int listener) : mListener(listener), mEpoll(epoll_create1(EPOLL_CLOEXEC)) {
@@ -116,7 +114,7 @@ bool Registry::joinSession(Connection* connection, const PacketHeader& join) {
     if (!welcome(*connection)) return false;
     if (connection->lane == Lane::CALL) {
         epoll_ctl(mEpoll, EPOLL_CTL_DEL, connection->fd, nullptr);
-        Pool::self().add(std::unique_ptr<Connection>(connection));
+        serveOnThread(std::unique_ptr<Connection>(connection));
     }
     return true;
 }

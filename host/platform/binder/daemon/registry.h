@@ -1,6 +1,6 @@
 // The daemon's thread that owns the socket: it introduces connections, answers look-ups and sees
-// clients end. It never waits for anything but its descriptors, so neither a stuck pool nor a slow
-// client delays it.
+// clients end. It never waits for anything but its descriptors, so neither calls that hang nor a
+// slow client delay it.
 #pragma once
 
 #include <stdint.h>
