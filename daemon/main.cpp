@@ -3,12 +3,14 @@
 #include <binder/ProcessState.h>
 #include <stdint.h>
 
+#include "hardware_info/hardware_info_module.h"
 #include "shell/shell_module.h"
 
 // In the order in which their services appear to clients. Until the last has returned no call is
 // served, so a slow module holds up the ones behind it and every client. Nobody reads the results:
 // a module that fails says so in the log, and the others start all the same.
 static int32_t (*const kModules[])() = {
+        hardware_info_module,
         shell_module,
 };
 

@@ -67,8 +67,9 @@ TEST_P(DaemonStart, modules_register_in_order_whatever_the_manager_says) {
     events.clear();
     addResult = GetParam();
     EXPECT_EQ(tarqd_main(), 0);
-    EXPECT_THAT(events, testing::ElementsAre("binder", "com.tarq.shell.IShellService 8", "binder",
-                                             "pool", "main joins"));
+    EXPECT_THAT(events, testing::ElementsAre(
+                                "binder", "com.tarq.hardwareInfo.IHardwareInfoService 8",
+                                "com.tarq.shell.IShellService 8", "binder", "pool", "main joins"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Results, DaemonStart, testing::Values(OK, -1, DEAD_OBJECT));

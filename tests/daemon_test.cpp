@@ -78,7 +78,8 @@ TEST_F(DaemonTest, services_are_listed_newest_first) {
     for (const String16& name : android::defaultServiceManager()->listServices()) {
         names.emplace_back(String8(name).string());
     }
-    EXPECT_THAT(names, ElementsAre("com.tarq.shell.IShellService"));
+    EXPECT_THAT(names, ElementsAre("com.tarq.shell.IShellService",
+                                   "com.tarq.hardwareInfo.IHardwareInfoService"));
 }
 
 TEST_F(DaemonTest, commands_inherit_no_descriptor) {
