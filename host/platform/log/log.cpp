@@ -2,6 +2,7 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <host/log_sink.h>
+#include <pthread.h>
 #include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -71,17 +72,36 @@ Style styleOf(int priority) {
     }
 }
 
+// What the prefix of a thread's entries keeps for a while; asking each time would cost more than
+// all the rest of an entry but its write.
+struct ThreadState {
+    pid_t pid;
+    pid_t tid;
+    time_t second;
+    tm local;
+};
+
+ThreadState& threadState() {
+    static thread_local ThreadState state = {};
+    static const int forgetInChild = pthread_atfork(nullptr, nullptr, [] { state = {}; });
+    if (state.tid == 0 || forgetInChild != 0) state = {getpid(), gettid(), 0, {}};
+    return state;
+}
+
 std::string threadtimePrefix(char letter, const char* tag) {
     timespec now = {};
     clock_gettime(CLOCK_REALTIME, &now);
-    tm local = {};
-    localtime_r(&now.tv_sec, &local);
-    char date[32];
-    strftime(date, sizeof(date), "%m-%d %H:%M:%S", &local);
-
+    ThreadState& state = threadState();
+    const tm& local = state.local;
+    if (now.tv_sec != state.second) {
+        localtime_r(&now.tv_sec, &state.local);
+        state.second = now.tv_sec;
+    }
     char prefix[kPrefixSize];
-    snprintf(prefix, sizeof(prefix), "%s.%03ld %5d %5d %c %-8s: ", date, now.tv_nsec / 1000000,
-             getpid(), gettid(), letter, tag);
+    snprintf(prefix, sizeof(prefix),
+             "%02d-%02d %02d:%02d:%02d.%03ld %5d %5d %c %-8s: ", local.tm_mon + 1, local.tm_mday,
+             local.tm_hour, local.tm_min, local.tm_sec, now.tv_nsec / 1000000, state.pid, state.tid,
+             letter, tag);
     return prefix;
 }
 
