@@ -1,0 +1,22 @@
+// Which board a command is about.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tools/tarqctl/session.h"
+
+namespace tarq::tools {
+
+// The boards below the directory that run: somebody holds the lock on BOARD/run/lock. Sorted.
+std::vector<std::string> runningBoards(const std::string& directory);
+
+// The command that starts a board, after the error with which none could be reached.
+const char* howToStart(int error);
+
+// Settles on the board that was given or else the only one that the user runs, and makes it this
+// process's board. To be called before anything that reads properties or calls the daemon. Throws
+// a Failure when there is none, or more than one.
+void openBoard(Session& session);
+
+}  // namespace tarq::tools

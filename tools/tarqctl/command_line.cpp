@@ -1,0 +1,54 @@
+#include "tools/tarqctl/command_line.h"
+
+#include <CLI/App.hpp>
+
+namespace tarq::tools {
+
+// The command whose words are its own, options too.
+static const char kShell[] = "shell";
+
+// How many arguments the global option takes up with its value; 0 when it is no such option.
+static std::ptrdiff_t globalLength(const CLI::App& app, const std::string& argument) {
+    if (argument.empty() || argument[0] != '-') return 0;
+    const size_t equals = argument.find('=');
+    const CLI::Option* option = app.get_option_no_throw(argument.substr(0, equals));
+    if (option == nullptr) return 0;
+    return option->get_items_expected_min() == 0 || equals != std::string::npos ? 1 : 2;
+}
+
+// Behind "--" the parser takes the one word as it is, whatever it looks like. The user's own "--"
+// in front of a command line is dropped.
+static void addCommandLine(std::vector<std::string> rest, CommandLine* line) {
+    if (rest.empty()) return;
+    const bool asksForHelp = rest[0] == "--help" || rest[0] == "-h";
+    if (rest[0] == "--") rest.erase(rest.begin());
+    const std::string text = joined(rest);
+    if (!asksForHelp) line->arguments.emplace_back("--");
+    line->arguments.push_back(text);
+    line->words.push_back(text);
+}
+
+CommandLine splitCommandLine(const CLI::App& app, const std::vector<std::string>& arguments) {
+    CommandLine line;
+    for (auto next = arguments.begin(); next != arguments.end();) {
+        const std::ptrdiff_t length = std::min(globalLength(app, *next), arguments.end() - next);
+        if (*next == "--json") line.json = true;
+        if (length == 0) line.words.push_back(*next);
+        const auto end = next + std::max<std::ptrdiff_t>(length, 1);
+        line.arguments.insert(line.arguments.end(), next, end);
+        next = end;
+        if (line.words == std::vector<std::string>{kShell}) {
+            addCommandLine({next, arguments.end()}, &line);
+            break;
+        }
+    }
+    return line;
+}
+
+std::string joined(const std::vector<std::string>& words) {
+    std::string text;
+    for (size_t i = 0; i < words.size(); ++i) text += (i > 0 ? " " : "") + words[i];
+    return text;
+}
+
+}  // namespace tarq::tools

@@ -1,0 +1,26 @@
+// The words of the command line, before any of them is given its meaning.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace tarq::tools {
+
+struct CommandLine {
+    // What is left to parse. All that follows `shell` has become one word there.
+    std::vector<std::string> arguments;
+    // The command and its arguments without the global options, which stand on either side of it.
+    std::vector<std::string> words;
+    bool json = false;
+};
+
+// The global options are those that the app has.
+CommandLine splitCommandLine(const CLI::App& app, const std::vector<std::string>& arguments);
+
+std::string joined(const std::vector<std::string>& words);
+
+}  // namespace tarq::tools

@@ -1,0 +1,94 @@
+#include "tools/tarqctl/help.h"
+
+#include <iomanip>
+#include <sstream>
+#include <utility>
+#include <vector>
+
+namespace tarq::tools {
+
+static constexpr int kNames = 14;  // the width of the names' column
+
+using Rows = std::vector<std::pair<std::string, std::string>>;
+
+static bool isPositional(const CLI::Option* option) {
+    return option->get_positional();
+}
+
+static std::string usageOf(const CLI::Option& positional) {
+    const std::string name =
+            positional.get_name() + (positional.get_items_expected_max() > 1 ? "..." : "");
+    return positional.get_required() ? name : "[" + name + "]";
+}
+
+std::string usageOf(const CLI::App& app) {
+    std::string words;
+    for (const CLI::App* a = &app; a->get_parent() != nullptr; a = a->get_parent()) {
+        words = " " + a->get_name() + words;
+    }
+    for (const CLI::Option* option : app.get_options(isPositional)) {
+        words += " " + usageOf(*option);
+    }
+    if (!app.get_subcommands({}).empty()) words += " COMMAND";
+    return "usage: tarqctl [OPTIONS]" + words + "\n";
+}
+
+static Rows positionals(const CLI::App& app) {
+    Rows rows;
+    for (const CLI::Option* option : app.get_options(isPositional)) {
+        rows.emplace_back(option->get_name(), option->get_description());
+    }
+    return rows;
+}
+
+// The app's own options, then those of the apps above it, once each.
+static Rows options(const CLI::App& app) {
+    Rows rows;
+    for (const CLI::App* a = &app; a != nullptr; a = a->get_parent()) {
+        for (const CLI::Option* option : a->get_options()) {
+            const bool inherited = a != &app && option == a->get_help_ptr();
+            if (isPositional(option) || inherited) continue;
+            const std::string type = option->get_type_name();
+            rows.emplace_back(option->get_name(false, true) + (type.empty() ? "" : " " + type),
+                              option->get_description());
+        }
+    }
+    return rows;
+}
+
+static Rows subcommands(const CLI::App& app) {
+    Rows rows;
+    for (const CLI::App* command : app.get_subcommands({})) {
+        rows.emplace_back(command->get_name(), command->get_description());
+    }
+    return rows;
+}
+
+// The lines after the first stand below it, right of the names.
+static std::string indented(const std::string& lines) {
+    std::string text;
+    for (const char c : lines)
+        text += c == '\n' ? "\n" + std::string(kNames + 3, ' ') : std::string(1, c);
+    return text;
+}
+
+static void print(std::ostream& out, const char* title, const Rows& rows) {
+    if (rows.empty()) return;
+    out << "\n" << title << ":\n";
+    for (const auto& [left, right] : rows) {
+        out << "  " << std::left << std::setw(kNames) << left << " " << indented(right) << "\n";
+    }
+}
+
+std::string HelpFormatter::make_help(const CLI::App* app, std::string /*name*/,
+                                     CLI::AppFormatMode /*mode*/) const {
+    std::ostringstream out;
+    out << usageOf(*app) << "\n" << app->get_description() << "\n";
+    print(out, "commands", subcommands(*app));
+    print(out, "arguments", positionals(*app));
+    print(out, "options", options(*app));
+    out << "\nexample:\n  " << app->get_footer() << "\n";
+    return out.str();
+}
+
+}  // namespace tarq::tools

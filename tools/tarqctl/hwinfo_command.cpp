@@ -1,0 +1,49 @@
+#include <com/tarq/hardwareInfo/IHardwareInfoService.h>
+#include <CLI/App.hpp>
+#include <ostream>
+
+#include "tools/tarqctl/commands.h"
+#include "tools/tarqctl/daemon.h"
+#include "tools/tarqctl/print_json.h"
+
+namespace tarq::tools {
+
+using com::tarq::hardwareInfo::IHardwareInfoService;
+
+static std::vector<std::string> ask(Session& session) {
+    const Daemon daemon(session, "the daemon is still starting, or hangs");
+    std::vector<android::String16> items;
+    bool always = false;
+    daemon.expectOk(daemon.service<IHardwareInfoService>()->getHardwareInfo(&items, &always));
+    std::vector<std::string> texts;
+    for (const android::String16& item : items) texts.emplace_back(android::String8(item));
+    return texts;
+}
+
+static void printText(std::ostream& out, const std::vector<std::string>& items) {
+    for (const std::string& item : items) out << item + "\n" << std::flush;
+}
+
+// A value may hold a colon, a name cannot.
+static Json asJson(const std::vector<std::string>& items) {
+    Json peripherals = Json::object();
+    for (const std::string& item : items) {
+        const size_t colon = std::min(item.find(':'), item.size());
+        peripherals[item.substr(0, colon)] = item.substr(std::min(colon + 1, item.size()));
+    }
+    return {{"peripherals", peripherals}};
+}
+
+Run declareHwinfo(CLI::App& /*app*/) {
+    return [](Session& session) -> int {
+        const std::vector<std::string> items = ask(session);
+        if (session.json) {
+            printJson(session.out, asJson(items));
+        } else {
+            printText(session.out, items);
+        }
+        return kDone;
+    };
+}
+
+}  // namespace tarq::tools

@@ -1,0 +1,50 @@
+#include "tools/tarqctl/known_services.h"
+
+#include <com/tarq/hardwareInfo/IHardwareInfoService.h>
+#include <com/tarq/shell/IShellService.h>
+#include <cutils/properties.h>
+#include <string.h>
+#include <utils/String8.h>
+
+#include <algorithm>
+
+namespace tarq::tools {
+
+template <typename Interface>
+static std::string descriptor() {
+    return android::String8(Interface::descriptor).string();
+}
+
+const std::vector<KnownService>& knownServices() {
+    static const std::vector<KnownService>& services = *new std::vector<KnownService>{
+            {descriptor<com::tarq::hardwareInfo::IHardwareInfoService>(), nullptr},
+            {descriptor<com::tarq::shell::IShellService>(), nullptr},
+    };
+    return services;
+}
+
+bool isEnabled(const KnownService& service) {
+    if (service.enabledBy == nullptr) return true;
+    char value[PROPERTY_VALUE_MAX];
+    property_get(service.enabledBy, value, "");
+    return strcmp(value, "true") == 0;
+}
+
+std::string whyAbsent(const std::vector<KnownService>& services, const std::vector<bool>& present,
+                      size_t index) {
+    const KnownService& service = services[index];
+    if (!isEnabled(service)) {
+        return std::string("property ") + service.enabledBy + " is not \"true\"";
+    }
+    const bool passedOver = std::any_of(present.begin() + static_cast<std::ptrdiff_t>(index) + 1,
+                                        present.end(), [](bool later) { return later; });
+    if (service.enabledBy != nullptr) {
+        const std::string late =
+                std::string("property ") + service.enabledBy + " became \"true\" after the start";
+        return passedOver ? late : "the daemon is still starting, or " + late;
+    }
+    return passedOver ? "its registration was refused, see the log"
+                      : "the daemon is still starting";
+}
+
+}  // namespace tarq::tools

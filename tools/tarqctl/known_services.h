@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tarq::tools {
+
+struct KnownService {
+    std::string name;
+    const char* enabledBy;  // the property that must be "true" for it; null when it is always there
+};
+
+// In the order in which the daemon registers them.
+const std::vector<KnownService>& knownServices();
+
+// Reads the property that decides, as it is now.
+bool isEnabled(const KnownService& service);
+
+// Why services[index] may be absent, from what can be seen now: which of the services are present.
+// Registrations appear in their order, so an absent one behind which others stand was passed over.
+std::string whyAbsent(const std::vector<KnownService>& services, const std::vector<bool>& present,
+                      size_t index);
+
+}  // namespace tarq::tools

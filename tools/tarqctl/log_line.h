@@ -1,0 +1,24 @@
+// Lines of the log, as `logcat -v threadtime` writes them.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace tarq::tools {
+
+struct LogLine {
+    std::string time;  // "01-02 03:04:05.006", of the board
+    int pid;
+    int tid;
+    char priority;    // one of V D I W E F S ?
+    std::string tag;  // without the blanks that fill it up to eight characters
+    std::string text;
+};
+
+// Nothing if the line is of another shape: a reader passes such a line on as it is.
+std::optional<LogLine> parseLogLine(const std::string& line);
+
+// The escape sequence that the log itself uses for the priority; empty for the terminal's colour.
+const char* colourOf(char priority);
+
+}  // namespace tarq::tools

@@ -1,0 +1,25 @@
+// tarqctl: the command line for people.
+#include <signal.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <iostream>
+
+#include "tools/tarqctl/failure.h"
+#include "tools/tarqctl/tarqctl.h"
+
+static bool wantsColours() {
+    const char* noColour = getenv("NO_COLOR");
+    return isatty(STDOUT_FILENO) == 1 && (noColour == nullptr || *noColour == '\0');
+}
+
+int main(int argc, char** argv) {
+    // A reader that has had enough, such as head, ends the tool without a word, also where whoever
+    // started it ignores the signal.
+    signal(SIGPIPE, SIG_DFL);
+    const int code =
+            tarq::tools::runTarqctl({argv + 1, argv + argc}, wantsColours(), std::cout, std::cerr);
+    if (std::cout.flush()) return code;
+    std::cerr << "tarqctl: standard output: cannot be written\n";
+    return tarq::tools::kCouldNotAsk;
+}

@@ -1,0 +1,43 @@
+#include <com/tarq/hardwareInfo/IHardwareInfoService.h>
+#include <CLI/App.hpp>
+#include <charconv>
+
+#include "tools/tarqctl/commands.h"
+#include "tools/tarqctl/daemon.h"
+#include "tools/tarqctl/print_json.h"
+
+namespace tarq::tools {
+
+using com::tarq::hardwareInfo::IHardwareInfoService;
+
+// The whole text, without a plus sign or blanks. Empty when it is a number, else what is wrong.
+static std::string parse(const std::string& text, int64_t* value) {
+    const char* end = text.data() + text.size();
+    const std::from_chars_result result = std::from_chars(text.data(), end, *value);
+    if (result.ec == std::errc() && result.ptr == end) return "";
+    return "\"" + text + "\" is no decimal number of 64 bits, sign included";
+}
+
+static int send(Session& session, int64_t timestamp) {
+    {
+        const Daemon daemon(session, "the daemon is still starting, or hangs");
+        daemon.expectOk(daemon.service<IHardwareInfoService>()->setOtaTimestamp(timestamp));
+    }
+    if (session.json) printJson(session.out, Json::object());
+    return kDone;
+}
+
+Run declareOtaTime(CLI::App& app) {
+    const auto text = std::make_shared<std::string>();
+    int64_t ignored = 0;
+    app.add_option("N", *text, "in the unit of the board's timestamp file; 0 lets no package pass")
+            ->required()
+            ->check([ignored](const std::string& n) mutable { return parse(n, &ignored); });
+    return [text](Session& session) {
+        int64_t timestamp = 0;
+        parse(*text, &timestamp);
+        return send(session, timestamp);
+    };
+}
+
+}  // namespace tarq::tools

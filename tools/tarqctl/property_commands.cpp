@@ -1,0 +1,109 @@
+#include <cutils/properties.h>
+#include <host/log_sink.h>
+
+#include <CLI/App.hpp>
+#include <filesystem>
+#include <map>
+#include <ostream>
+
+#include "tools/tarqctl/board.h"
+#include "tools/tarqctl/commands.h"
+#include "tools/tarqctl/print_json.h"
+
+namespace tarq::tools {
+
+namespace fs = std::filesystem;
+
+using Properties = std::map<std::string, std::string>;
+
+static std::string get(const std::string& name, const std::string& fallback) {
+    char value[PROPERTY_VALUE_MAX];
+    property_get(name.c_str(), value, fallback.c_str());
+    return value;
+}
+
+// Every property is a file; one that begins with a dot is being written.
+static Properties all(const Session& session) {
+    Properties properties;
+    std::error_code error;
+    const fs::directory_iterator files(fs::path(session.board) / "run/properties", error);
+    if (error) {
+        throw session.failure("no_properties",
+                              session.board + "/run/properties: " + error.message(),
+                              howToStart(error.value()));
+    }
+    for (const fs::directory_entry& file : files) {
+        const std::string name = file.path().filename();
+        if (name[0] != '.') properties[name] = get(name, "");
+    }
+    return properties;
+}
+
+static void print(const Session& session, const Properties& properties, bool nameEach) {
+    if (session.json) {
+        printJson(session.out, {{"properties", properties}});
+        return;
+    }
+    for (const auto& [name, value] : properties) {
+        session.out << (nameEach ? "[" + name + "]: [" + value + "]\n" : value + "\n")
+                    << std::flush;
+    }
+}
+
+Run declareGetprop(CLI::App& app) {
+    const auto name = std::make_shared<std::string>();
+    const auto fallback = std::make_shared<std::string>();
+    app.add_option("NAME", *name, "only this property; nothing if it is missing or empty");
+    app.add_option("DEFAULT", *fallback, "what to print then");
+    return [name, fallback](Session& session) -> int {
+        openBoard(session);
+        if (name->empty()) {
+            print(session, all(session), true);
+        } else {
+            print(session, {{*name, get(*name, *fallback)}}, false);
+        }
+        return kDone;
+    };
+}
+
+// Sets the property. Empty, or why it was refused: the platform tells it in a log entry alone, with
+// the reason behind the property's name and value.
+static std::string refusal(const std::string& name, const std::string& value) {
+    if (value.size() >= PROPERTY_VALUE_MAX) {
+        return "the value has " + std::to_string(value.size()) + " bytes, 91 are allowed";
+    }
+    std::string entry;
+    host::setLogSink([&entry](int, const char*, const std::string& text) { entry = text; });
+    const bool done = property_set(name.c_str(), value.c_str()) == 0;
+    host::setLogSink({});
+    if (done) return "";
+    const std::string known = "\"" + name + "\" to \"" + value + "\": ";
+    const size_t at = entry.find(known);
+    return at == std::string::npos ? entry : entry.substr(at + known.size());
+}
+
+Run declareSetprop(CLI::App& app) {
+    const auto name = std::make_shared<std::string>();
+    const auto value = std::make_shared<std::string>();
+    app.add_option("NAME", *name,
+                   "A-Z a-z 0-9 _ - @ : and single dots between them; a ro. name is set only once")
+            ->required();
+    app.add_option("VALUE", *value,
+                   "at most 91 bytes of UTF-8; put -- before one that begins with a dash")
+            ->required();
+    return [name, value](Session& session) -> int {
+        openBoard(session);
+        const std::string why = refusal(*name, *value);
+        if (!why.empty()) {
+            const bool isSet = !get(*name, "").empty();
+            throw session.failure("refused", why,
+                                  isSet ? session.next("getprop " + shellQuoted(*name))
+                                        : "tarqctl setprop --help",
+                                  kServiceSaidNo);
+        }
+        if (session.json) printJson(session.out, Json::object());
+        return kDone;
+    };
+}
+
+}  // namespace tarq::tools

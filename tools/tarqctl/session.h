@@ -1,0 +1,35 @@
+#pragma once
+
+#include <chrono>
+#include <iosfwd>
+#include <string>
+
+#include "tools/tarqctl/failure.h"
+
+namespace tarq::tools {
+
+constexpr double kMaxTimeout = 86400;  // seconds
+
+// What a command is given to work with: the global options and where to print. Text is printed a
+// line or more at a time and flushed, so that a reader on a pipe sees it at once.
+struct Session {
+    std::ostream& out;
+    std::ostream& err;
+    bool coloured = false;  // out is a terminal that wants colours
+    bool json = false;
+    std::chrono::duration<double> timeout{10};
+    std::string board = {};  // as given; the board's directory once openBoard() has returned
+    std::string line = {};   // the command with its arguments, quoted for a shell
+
+    Failure failure(const std::string& code, const std::string& why, const std::string& hint,
+                    int exitCode = kCouldNotAsk) const {
+        return {code, line, why, hint, exitCode};
+    }
+    // "tarqctl --board DIR COMMAND", to be tried next on the same board.
+    std::string next(const std::string& command) const;
+};
+
+// The word as it is typed in a shell: as it is, or between single quotes.
+std::string shellQuoted(const std::string& word);
+
+}  // namespace tarq::tools

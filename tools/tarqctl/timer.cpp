@@ -1,0 +1,26 @@
+#include "tools/tarqctl/timer.h"
+
+namespace tarq::tools {
+
+using std::chrono::steady_clock;
+
+Timer::Timer(std::chrono::duration<double> delay, std::function<void()> expired)
+    : mExpired(std::move(expired)),
+      mThread(&Timer::wait, this,
+              steady_clock::now() + std::chrono::duration_cast<steady_clock::duration>(delay)) {}
+
+Timer::~Timer() {
+    {
+        const std::lock_guard<std::mutex> lock(mLock);
+        mStopped = true;
+    }
+    mChanged.notify_one();
+    mThread.join();
+}
+
+void Timer::wait(steady_clock::time_point deadline) {
+    std::unique_lock<std::mutex> lock(mLock);
+    if (!mChanged.wait_until(lock, deadline, [this] { return mStopped; })) mExpired();
+}
+
+}  // namespace tarq::tools

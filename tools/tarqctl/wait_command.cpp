@@ -1,0 +1,80 @@
+#include <CLI/App.hpp>
+#include <algorithm>
+#include <mutex>
+#include <thread>
+
+#include "tools/tarqctl/board.h"
+#include "tools/tarqctl/command_line.h"
+#include "tools/tarqctl/commands.h"
+#include "tools/tarqctl/daemon.h"
+#include "tools/tarqctl/known_services.h"
+#include "tools/tarqctl/print_json.h"
+
+namespace tarq::tools {
+
+namespace {
+
+// What is known when the time is up, which may come in the middle of a call.
+struct Progress {
+    std::mutex lock;
+    int error = 0;                     // of the last try to connect
+    std::vector<std::string> missing;  // not found so far
+};
+
+Failure notThereYet(const Session& session, Progress& progress) {
+    const std::lock_guard<std::mutex> lock(progress.lock);
+    if (progress.error != 0) {
+        Failure failure = notListening(session, progress.error);
+        failure.why += ", for " + seconds(session.timeout);
+        return failure;
+    }
+    return session.failure(
+            "timeout",
+            "not registered after " + seconds(session.timeout) + ": " + joined(progress.missing),
+            session.next("services"));
+}
+
+bool look(const Session& session, Progress& progress) {
+    const int error = connectToDaemon(session);
+    std::vector<std::string> missing = progress.missing;  // written by this thread only
+    const auto isRegistered = [](const std::string& name) {
+        return Daemon::find(android::String16(name.c_str())) != nullptr;
+    };
+    if (error == 0) {
+        missing.erase(std::remove_if(missing.begin(), missing.end(), isRegistered), missing.end());
+    }
+    const std::lock_guard<std::mutex> lock(progress.lock);
+    progress.error = error;
+    progress.missing = missing;
+    return missing.empty();
+}
+
+std::vector<std::string> enabledServices() {
+    std::vector<std::string> names;
+    for (const KnownService& service : knownServices()) {
+        if (isEnabled(service)) names.push_back(service.name);
+    }
+    return names;
+}
+
+}  // namespace
+
+Run declareWait(CLI::App& app) {
+    const auto names = std::make_shared<std::vector<std::string>>();
+    app.add_option("NAME", *names, "the services to wait for; all that are enabled by default");
+    return [names](Session& session) -> int {
+        openBoard(session);
+        Progress progress;
+        progress.missing = names->empty() ? enabledServices() : *names;
+        {
+            const TimeLimit limit(session, [&] { return notThereYet(session, progress); });
+            while (!look(session, progress)) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            }
+        }
+        if (session.json) printJson(session.out, Json::object());
+        return kDone;
+    };
+}
+
+}  // namespace tarq::tools
