@@ -37,6 +37,13 @@ static void fill(Parcel* parcel, const std::string& bytes) {
     parcel->setData(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
 }
 
+// Where a read goes whose value does not matter.
+template <typename T>
+static T& trash() {
+    static T value;
+    return value;
+}
+
 TEST(ParcelTest, items_have_libbinders_bytes) {
     const struct {
         std::function<void(Parcel*)> write;
@@ -76,59 +83,18 @@ TEST(ParcelTest, items_have_libbinders_bytes) {
     }
 }
 
-TEST(ParcelTest, reads_give_back_what_was_written) {
-    Parcel parcel;
-    parcel.writeInt32(1);
-    parcel.writeInt64(INT64_MIN);
-    parcel.writeBool(true);
-    parcel.writeString16(String16("grüße"));
-    parcel.writeInt32Vector({1, 2, 3});
-    parcel.writeString16Vector({String16("a"), String16("bc")});
-    const sp<IBinder> binder = new BBinder;
-    parcel.writeStrongBinder(binder);
-    parcel.setDataPosition(0);
-
-    EXPECT_EQ(1, parcel.readInt32());
-    EXPECT_EQ(INT64_MIN, parcel.readInt64());
-    EXPECT_TRUE(parcel.readBool());
-    EXPECT_TRUE(parcel.readString16() == String16("grüße"));
-    std::vector<int32_t> numbers;
-    EXPECT_EQ(OK, parcel.readInt32Vector(&numbers));
-    EXPECT_EQ((std::vector<int32_t>{1, 2, 3}), numbers);
-    std::vector<String16> texts;
-    EXPECT_EQ(OK, parcel.readString16Vector(&texts));
-    ASSERT_EQ(2u, texts.size());
-    EXPECT_TRUE(texts[1] == String16("bc"));
-    EXPECT_TRUE(parcel.readStrongBinder() == binder);
-    EXPECT_EQ(0u, parcel.dataAvail());
-}
-
 TEST(ParcelTest, failed_reads_say_why_and_where_they_stop) {
     using Read = std::function<status_t(const Parcel&)>;
-    const Read int32 = [](const Parcel& p) {
-        int32_t value;
-        return p.readInt32(&value);
-    };
-    const Read int64 = [](const Parcel& p) {
-        int64_t value;
-        return p.readInt64(&value);
-    };
-    const Read text = [](const Parcel& p) {
-        String16 value;
-        return p.readString16(&value);
-    };
+    const Read int32 = [](const Parcel& p) { return p.readInt32(&trash<int32_t>()); };
+    const Read int64 = [](const Parcel& p) { return p.readInt64(&trash<int64_t>()); };
+    const Read text = [](const Parcel& p) { return p.readString16(&trash<String16>()); };
     const Read numbers = [](const Parcel& p) {
-        std::vector<int32_t> value;
-        return p.readInt32Vector(&value);
+        return p.readInt32Vector(&trash<std::vector<int32_t>>());
     };
     const Read texts = [](const Parcel& p) {
-        std::vector<String16> value;
-        return p.readString16Vector(&value);
+        return p.readString16Vector(&trash<std::vector<String16>>());
     };
-    const Read object = [](const Parcel& p) {
-        sp<IBinder> value;
-        return p.readStrongBinder(&value);
-    };
+    const Read object = [](const Parcel& p) { return p.readStrongBinder(&trash<sp<IBinder>>()); };
     using namespace std::string_literals;
     const struct {
         const char* name;
