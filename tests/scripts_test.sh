@@ -109,4 +109,18 @@ refused "there are: demo_panel" "$TMPDIR" --board no_such_board true
 refused "usage: scripts/run" "$TMPDIR" --no-such-option
 nothing_left "refusals"
 
+# ---- packages are missing, and there is no network ----
+
+mkdir "$work/bin"
+fake() { # NAME BODY
+    printf '#!/bin/sh\n%s\n' "$2" >"$work/bin/$1"
+    chmod +x "$work/bin/$1"
+}
+fake dpkg-query "exit 1"
+fake apt-get "echo \"\$*\" >>'$work/apt'; exit 100"
+fake sudo 'shift; exec "$@"'
+PATH=$work/bin:$PATH
+refused "apt-get failed; what is missing: apt-get install g++ cmake" "$TMPDIR" true
+same "what was asked of apt-get" "update" "$(grep -ow 'update\|install' "$work/apt")"
+
 exit $((failures > 0))
