@@ -3,6 +3,7 @@
 
 #include "hardware_info/board_identity.h"
 #include "hardware_info/description_loader.h"
+#include "hardware_info/entire_file.h"
 #include "hardware_info/peripheral_list.h"
 #include "tests/hardware_board.h"
 
@@ -180,6 +181,20 @@ TEST_F(HardwareInfo, unreadable_file_is_one_error_line) {
     std::filesystem::create_directories(board() / ("root" + kPath));
     loadDescription(3, 5);
     EXPECT_EQ(logged(), Lines{kError + "Is a directory\n"});
+    std::filesystem::remove_all(board() / "root");
+}
+
+TEST_F(HardwareInfo, entire_file_or_nothing) {
+    std::string content(10000, 'x');  // more than is read at once, and bytes that end no text
+    content.replace(4000, 3, {'\0', '\xff', '\n'});
+    for (const std::string& bytes : {content, std::string("one line\n"), std::string()}) {
+        writeFile(board() / "root/proc/node", bytes);
+        EXPECT_EQ(readEntireFile("/proc/node"), std::vector<uint8_t>(bytes.begin(), bytes.end()));
+    }
+    EXPECT_TRUE(readEntireFile("/proc").empty());  // opens, but cannot be read
+    EXPECT_EQ(logged(), Lines{});
+    EXPECT_TRUE(readEntireFile("/proc/none").empty());
+    EXPECT_EQ(logged(), Lines{"W Unable to open file: /proc/none"});
     std::filesystem::remove_all(board() / "root");
 }
 
