@@ -3,8 +3,8 @@ package com.tarq.radiokey;
 import com.tarq.radiokey.IRadioKeyCallback;
 
 /**
- * The 433 MHz receiver for remote keys. Registered as SERVICE_NAME, and only on devices whose
- * property ro.vendor.433_check_enable is "true".
+ * The receiver for remote keys. Registered as SERVICE_NAME, and only on devices whose property
+ * ro.vendor.433_check_enable is "true".
  */
 interface IRadioKeyService {
     const String SERVICE_NAME = "radiokey_service";
