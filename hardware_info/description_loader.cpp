@@ -49,9 +49,10 @@ static void copyCut(const DescriptionText& text, char (&field)[SIZE]) {
 }
 
 static bool includesId(std::string ids, int32_t id) {
+    static constexpr char kSeparators[] = " ,*";
     char* rest = nullptr;
-    for (char* token = strtok_r(ids.data(), " ,*", &rest); token != nullptr;
-         token = strtok_r(nullptr, " ,*", &rest)) {
+    for (char* token = strtok_r(ids.data(), kSeparators, &rest); token != nullptr;
+         token = strtok_r(nullptr, kSeparators, &rest)) {
         if (atoi(token) == id) return true;
     }
     return false;

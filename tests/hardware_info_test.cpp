@@ -89,11 +89,12 @@ static const char* const kAttributes = "overlay_id='5' hw_version='V1'";
 TEST_F(HardwareInfo, description_of_the_boards_index_is_applied) {
     EXPECT_EQ(load(R"(<?xml version="1.0" encoding="utf-8"?>
 <hardware product="demo_panel">
+  <x><hardwre_info index="3"/></x>
   <hardwre_info index="3" overlay_id="1,5,7" hw_version="V1.2">
-    <hw Peripheral="tp">gt9xx</hw><other/>
+    <other/><hw Peripheral="tp">gt9xx</hw>
     <hw Peripheral="internal_camera"> gc5035 &amp; </hw>
   </hardwre_info>
-  <hardwre_info index="4"/><x><hardwre_info index="3"/></x><hardware_info index="3"/>
+  <hardwre_info index="4"/><hardware_info index="3"/>
 </hardware>)",
                    5),
               (Lines{"I isMatchoverlayId:1", found(5, "1,5,7", "V1.2")}));
@@ -112,7 +113,11 @@ TEST_F(HardwareInfo, later_variant_overwrites_earlier_one) {
 }
 
 TEST_F(HardwareInfo, overlay_ids_are_compared_as_numbers) {
-    EXPECT_EQ(load(variant("overlay_id=',*1 *5x' hw_version=''"), 5)[0], "I isMatchoverlayId:1");
+    for (const std::string ids : {"1 5", "1,5", "1*5", " ,*05x*"}) {
+        EXPECT_EQ(load(variant("overlay_id='" + ids + "' hw_version=''"), 5)[0],
+                  "I isMatchoverlayId:1")
+                << ids;
+    }
     EXPECT_EQ(load(variant("overlay_id='15' hw_version=''", "<hw Peripheral='tp'>a</hw>"), 5),
               (Lines{"I isMatchoverlayId:0",
                      "E ERR:index=3 is found,but  overlay id is not include, 5 in board,read 15",
