@@ -339,20 +339,6 @@ TEST(AidlHostile, null_strings_are_answered_with_an_exception) {
     }
 }
 
-TEST(AidlHostile, vector_counts_that_nothing_follows) {
-    const std::pair<const Interface&, uint32_t> cases[] = {{kRgbLeds, 8}, {kHardwareInfo, 2}};
-    for (const auto& [of, code] : cases) {
-        std::string reply;
-        EXPECT_EQ(send(of, code, token(of.descriptor) + "FF FF FF FF ", &reply), OK);
-        EXPECT_EQ(reply, kNullPointer);
-        for (const char* count : {"FF FF FF 7F ", "00 00 00 10 "}) {
-            EXPECT_EQ(send(of, code, token(of.descriptor) + count, &reply), BAD_VALUE);
-            EXPECT_EQ(reply, "");
-        }
-        EXPECT_EQ(called, "");
-    }
-}
-
 TEST(AidlConstants, key_service_is_registered_under_a_short_name) {
     EXPECT_EQ(IRadioKeyService::SERVICE_NAME(), String16("radiokey_service"));
 }

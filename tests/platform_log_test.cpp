@@ -127,7 +127,6 @@ const Entry kEntries[] = {
          "I t       : " + std::string(1023, 'x') + "\n"},
         {ANDROID_LOG_INFO, "t", std::string(1023, 'x') + "y",
          "I t       : " + std::string(1023, 'x') + "\n"},
-        {ANDROID_LOG_INFO, "t", std::string(2000, '\n'), repeat("I t       : \n", 1023)},
 };
 
 TEST(Log, every_line_of_an_entry_has_the_prefix_and_all_go_out_at_once) {
@@ -144,13 +143,6 @@ TEST(Log, every_line_of_an_entry_has_the_prefix_and_all_go_out_at_once) {
     for (size_t i = 0; i < writes.size(); ++i) {
         EXPECT_EQ(withoutStamp(writes[i]), kEntries[i].expected) << "entry " << i;
     }
-}
-
-TEST(Log, prefix_ends_after_127_bytes_whatever_the_tag) {
-    const auto writes = writesOf(
-            [] { __android_log_print(ANDROID_LOG_INFO, std::string(300, 'T').c_str(), "text"); });
-    ASSERT_EQ(writes.size(), 1u);
-    EXPECT_EQ(writes[0].size(), 127 + strlen("text\n"));
 }
 
 TEST(Log, file_is_appended_to_and_stays_out_of_commands) {

@@ -6,6 +6,8 @@
 #include <functional>
 #include <string>
 
+#include "tests/wire.h"
+
 using android::BAD_TYPE;
 using android::BAD_VALUE;
 using android::BBinder;
@@ -21,17 +23,7 @@ using android::String8;
 using android::UNEXPECTED_NULL;
 using android::UNKNOWN_ERROR;
 using android::binder::Status;
-
-static std::string hex(const Parcel& parcel) {
-    std::string text;
-    char byte[4];
-    for (size_t i = 0; i < parcel.dataSize(); ++i) {
-        snprintf(byte, sizeof(byte), "%02X ", parcel.data()[i]);
-        text += byte;
-    }
-    if (!text.empty()) text.pop_back();
-    return text;
-}
+using tarq::wire::hex;
 
 static void fill(Parcel* parcel, const std::string& bytes) {
     parcel->setData(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
@@ -79,7 +71,7 @@ TEST(ParcelTest, items_have_libbinders_bytes) {
     for (const auto& item : cases) {
         Parcel parcel;
         item.write(&parcel);
-        EXPECT_EQ(item.bytes, hex(parcel));
+        EXPECT_EQ(std::string(item.bytes) + " ", hex(parcel));
     }
 }
 

@@ -61,8 +61,8 @@ TEST_F(Properties, value_is_replaced_and_comes_back_byte_for_byte) {
     const std::string longest(91, 'v');
     for (const std::string& value :
          {std::string("1"), longest, std::string(" \n\xF0\x9F\x98\x80")}) {
-        EXPECT_EQ(property_set("b.value", value.c_str()), 0);
-        EXPECT_EQ(get("b.value"), value);
+        EXPECT_EQ(property_set("azAZ09_-@:.b", value.c_str()), 0);
+        EXPECT_EQ(get("azAZ09_-@:.b"), value);
     }
     EXPECT_THAT(mLog, IsEmpty());
 }
@@ -97,11 +97,6 @@ TEST_F(Properties, illegal_names_and_values_are_refused_with_a_reason) {
         EXPECT_EQ(get(name.c_str()), "default");
     }
     EXPECT_EQ(property_set(nullptr, "1"), -1);
-}
-
-TEST_F(Properties, every_legal_character_makes_a_name) {
-    EXPECT_EQ(property_set("azAZ09_-@:.x", "1"), 0);
-    EXPECT_EQ(get("azAZ09_-@:.x"), "1");
 }
 
 TEST_F(Properties, persistent_value_is_saved_and_set_even_when_it_cannot_be_saved) {
