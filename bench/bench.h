@@ -1,5 +1,6 @@
 // What the measurements share. Each is a pair of benchmarks, "NAME/tarqd" and "NAME/floor", that
-// report their "value"; main prints the ratio of the two medians.
+// report their "value"; main prints the ratio of the two medians. A third one, "NAME/VARIANT", is
+// told in a comment line.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -46,14 +47,14 @@ class OneCpu {
     cpu_set_t mBefore;
 };
 
-// The demo board, and on it a daemon that logs to a file as scripts/run lets it. In place before
-// the first benchmark, gone with the process.
+// A daemon on the demo board. It logs to a file, as scripts/run lets it, or nowhere.
 class Daemon {
   public:
+    // The board is in place from before the first daemon until after the last.
     static void prepareBoard();
     static void removeBoard();
 
-    Daemon();
+    explicit Daemon(bool logs = true);
     ~Daemon();
     pid_t pid() const { return mPid; }
 

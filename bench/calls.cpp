@@ -82,15 +82,24 @@ static void callTarqd(benchmark::State& state) {
     });
 }
 
-static void hwinfoTarqd(benchmark::State& state) {
-    const OneCpu cpu;
-    const Daemon daemon;
+static void getHardwareInfo(benchmark::State& state, const Daemon& /*runs*/) {
     const auto service = findService();
     timeEach(state, [&] {
         std::vector<android::String16> items;
         bool result = false;
         if (!service->getHardwareInfo(&items, &result).isOk() || items.size() != 11) abort();
     });
+}
+
+static void hwinfoTarqd(benchmark::State& state) {
+    const OneCpu cpu;
+    getHardwareInfo(state, Daemon());
+}
+
+// Where most of a call's time goes: twelve log entries, each a write.
+static void hwinfoUnlogged(benchmark::State& state) {
+    const OneCpu cpu;
+    getHardwareInfo(state, Daemon(false));
 }
 
 static void floorOf(benchmark::State& state, const CallSizes& sizes) {
@@ -111,6 +120,7 @@ static void hwinfoFloor(benchmark::State& state) {
 BENCHMARK(callTarqd)->Name("call/tarqd")->Iterations(10000);
 BENCHMARK(callFloor)->Name("call/floor")->Iterations(10000);
 BENCHMARK(hwinfoTarqd)->Name("hwinfo/tarqd")->Iterations(3000);
+BENCHMARK(hwinfoUnlogged)->Name("hwinfo/log to null")->Iterations(3000);
 BENCHMARK(hwinfoFloor)->Name("hwinfo/floor")->Iterations(3000);
 
 }  // namespace bench

@@ -24,13 +24,15 @@ class RatioReporter : public benchmark::BenchmarkReporter {
 
     void Finalize() override {
         for (const auto& [name, values] : mValues) {
-            const size_t slash = name.find("/tarqd");
-            if (slash == std::string::npos) continue;
-            const std::string what = name.substr(0, slash);
-            const double tarqd = median(values);
+            const std::string what = name.substr(0, name.find('/'));
+            const std::string variant = name.substr(what.size() + 1);
+            if (variant == "floor") continue;
+            const double value = median(values);
             const double floor = median(mValues.at(what + "/floor"));
-            printf("# %s: %.1f beside %.1f\n%s %.3f\n", what.c_str(), tarqd, floor, what.c_str(),
-                   tarqd / floor);
+            printf("# %s: %.1f beside %.1f\n", name.c_str(), value, floor);
+            const bool isMain = variant == "tarqd";
+            printf("%s%s %.3f\n", isMain ? "" : "# ", (isMain ? what : name).c_str(),
+                   value / floor);
         }
     }
 

@@ -70,7 +70,6 @@ void Daemon::prepareBoard() {
     char ready[16];
     if (read(output, ready, sizeof(ready)) <= 0) exit(2);
     setenv("TARQ_BOARD", gBoard.c_str(), 1);
-    setenv("TARQ_LOG", (gBoard + "/run/log").c_str(), 1);
 }
 
 void Daemon::removeBoard() {
@@ -85,7 +84,9 @@ static void awaitService() {
     while (manager->checkService(IShellService::descriptor) == nullptr) usleep(20);
 }
 
-Daemon::Daemon() : mPid(spawn({TARQD})) {
+Daemon::Daemon(bool logs) {
+    setenv("TARQ_LOG", logs ? (gBoard + "/run/log").c_str() : "/dev/null", 1);
+    mPid = spawn({TARQD});
     awaitService();
 }
 
