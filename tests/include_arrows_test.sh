@@ -14,7 +14,7 @@ forbid() {
 
 include='^ *# *include'
 modules='hardware_info|rgbleds|shell|radiokey|zigbee'
-platform='<(binder|utils|cutils|android|com/tarq/[A-Za-z]+)/[A-Za-z0-9_]+\.h>|<radiokey/radiokey\.h>'
+platform='<(binder|utils|cutils|android|com/tarq/[A-Za-z]+)/\w+\.h>|<radiokey/radiokey\.h>'
 standard='<(sys/|linux/)?[a-z0-9_]+(\.h)?>'  # tinyxml2 as well
 device=$(ls -d common daemon hardware_info rgbleds shell radiokey zigbee 2>/dev/null)
 
