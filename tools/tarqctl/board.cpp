@@ -21,6 +21,7 @@ static bool runs(const fs::path& board) {
     return held;
 }
 
+// Where scripts/run keeps the boards of a user, each in a directory of its own.
 static std::string usersBoards() {
     const char* temporary = getenv("TMPDIR");
     const fs::path parent = temporary != nullptr && *temporary != '\0' ? temporary : "/tmp";

@@ -2,6 +2,7 @@
 
 namespace tarq::tools {
 
+// In the order in which a newcomer needs them. The examples are carried out by a test.
 const std::vector<Command>& commands() {
     static const std::vector<Command>& table = *new std::vector<Command>{
             {"services", "Tells which services are registered, and why one may be absent.",

@@ -29,7 +29,7 @@ int connectToDaemon(const Session& session) {
     const std::string path = daemonSocket(session);
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof(address.sun_path)) return ENAMETOOLONG;
+    if (path.size() >= sizeof(address.sun_path)) return ENAMETOOLONG;  // no daemon can be there
     memcpy(address.sun_path, path.c_str(), path.size());
     const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
     if (fd < 0) return errno;
@@ -45,6 +45,7 @@ std::string seconds(std::chrono::duration<double> time) {
     return text.str();
 }
 
+// _exit: the main thread is in the middle of a call, and nothing it uses may be destroyed.
 static void endWith(const Session& session, const Failure& failure) {
     printFailure(failure, session.json, session.out, session.err);
     _exit(failure.exitCode);
@@ -96,6 +97,7 @@ sp<IBinder> Daemon::require(const String16& name) const {
     return service;
 }
 
+// The ways in which a call fails without the service having said anything.
 static std::string reason(const Status& status) {
     switch (status.transactionError()) {
         case android::DEAD_OBJECT:

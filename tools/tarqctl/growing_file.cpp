@@ -20,6 +20,8 @@ static bool sameFile(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
+// Emptied means shorter than what was read. A file that has been emptied and filled beyond that
+// since the last look cannot be told from one that has grown.
 int GrowingFile::reopenIfReplaced(const TakeLine& take) {
     struct stat opened = {};
     struct stat named = {};

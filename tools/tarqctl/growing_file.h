@@ -1,3 +1,4 @@
+// Following a log.
 #pragma once
 
 #include <functional>

@@ -33,6 +33,7 @@ std::string usageOf(const CLI::App& app) {
     return "usage: tarqctl [OPTIONS]" + words + "\n";
 }
 
+// What a command is given, in order.
 static Rows positionals(const CLI::App& app) {
     Rows rows;
     for (const CLI::Option* option : app.get_options(isPositional)) {
@@ -67,8 +68,10 @@ static Rows subcommands(const CLI::App& app) {
 // The lines after the first stand below it, right of the names.
 static std::string indented(const std::string& lines) {
     std::string text;
-    for (const char c : lines)
-        text += c == '\n' ? "\n" + std::string(kNames + 3, ' ') : std::string(1, c);
+    for (const char c : lines) {
+        text += c;
+        if (c == '\n') text.append(kNames + 3, ' ');
+    }
     return text;
 }
 
@@ -80,6 +83,7 @@ static void print(std::ostream& out, const char* title, const Rows& rows) {
     }
 }
 
+// The parser's own formatter begins with the description, and leaves out the global options.
 std::string HelpFormatter::make_help(const CLI::App* app, std::string /*name*/,
                                      CLI::AppFormatMode /*mode*/) const {
     std::ostringstream out;

@@ -1,4 +1,5 @@
 #include <com/tarq/hardwareInfo/IHardwareInfoService.h>
+// hwinfo: the daemon's list of parts, in its order and with nothing added.
 #include <CLI/App.hpp>
 #include <ostream>
 
@@ -13,7 +14,7 @@ using com::tarq::hardwareInfo::IHardwareInfoService;
 static std::vector<std::string> ask(Session& session) {
     const Daemon daemon(session, "the daemon is still starting, or hangs");
     std::vector<android::String16> items;
-    bool always = false;
+    bool always = false;  // the answer's own result is true whatever happened
     daemon.expectOk(daemon.service<IHardwareInfoService>()->getHardwareInfo(&items, &always));
     std::vector<std::string> texts;
     for (const android::String16& item : items) texts.emplace_back(android::String8(item));

@@ -38,13 +38,13 @@ std::string whyAbsent(const std::vector<KnownService>& services, const std::vect
     }
     const bool passedOver = std::any_of(present.begin() + static_cast<std::ptrdiff_t>(index) + 1,
                                         present.end(), [](bool later) { return later; });
+    std::string why = passedOver ? "" : "the daemon is still starting, or ";
+    why += "its registration was refused, see the log";
     if (service.enabledBy != nullptr) {
-        const std::string late =
-                std::string("property ") + service.enabledBy + " became \"true\" after the start";
-        return passedOver ? late : "the daemon is still starting, or " + late;
+        why += std::string(", or property ") + service.enabledBy +
+               " became \"true\" after the start";
     }
-    return passedOver ? "its registration was refused, see the log"
-                      : "the daemon is still starting";
+    return why;
 }
 
 }  // namespace tarq::tools

@@ -1,3 +1,4 @@
+// The services that the daemon may have. A new one is a row.
 #pragma once
 
 #include <string>

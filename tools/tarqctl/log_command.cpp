@@ -1,3 +1,4 @@
+// log [-f]: the file in which the board's daemon writes its log.
 #include <signal.h>
 #include <string.h>
 #include <unistd.h>
@@ -14,6 +15,7 @@
 
 namespace tarq::tools {
 
+// Lines of another shape, such as a sanitizer's report, have a text alone.
 static Json asJson(const std::string& line) {
     const std::optional<LogLine> parsed = parseLogLine(line);
     if (!parsed) return {{"text", line}};
@@ -36,10 +38,8 @@ static void print(const Session& session, const std::string& line) {
     }
 }
 
-// Every line has been flushed, so that there is nothing left to do at Ctrl-C. Without it the end
-// comes when nothing can be printed any more.
+// Without Ctrl-C the end comes when nothing can be printed any more.
 static void follow(const Session& session, GrowingFile& log, const GrowingFile::TakeLine& take) {
-    signal(SIGINT, [](int) { _exit(kDone); });
     while (session.out.good()) {
         log.read(take);
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
@@ -53,6 +53,8 @@ Run declareLog(CLI::App& app) {
         openBoard(session);
         const std::string path = session.board + "/run/log";
         const auto take = [&session](const std::string& line) { print(session, line); };
+        // Every line has been flushed, so that there is nothing left to do at Ctrl-C.
+        if (*following) signal(SIGINT, [](int) { _exit(kDone); });
         GrowingFile log(path);
         if (const int error = log.read(take)) {
             throw session.failure("no_log", path + ": " + strerror(error), howToStart(error));

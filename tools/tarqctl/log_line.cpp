@@ -21,6 +21,7 @@ std::optional<LogLine> parseLogLine(const std::string& line) {
         strchr("VDIWEFS?", parsed.priority) == nullptr) {
         return std::nullopt;
     }
+    // What follows the priority is looked at by hand: a tag may hold blanks, and be empty.
     const size_t start = static_cast<size_t>(tag) + 1;
     const size_t end = line.find(": ", start + kTagWidth);
     if (end == std::string::npos) return std::nullopt;

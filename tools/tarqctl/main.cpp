@@ -19,6 +19,7 @@ int main(int argc, char** argv) {
     signal(SIGPIPE, SIG_DFL);
     const int code =
             tarq::tools::runTarqctl({argv + 1, argv + argc}, wantsColours(), std::cout, std::cerr);
+    // What could not be printed was not done, whatever the daemon said.
     if (std::cout.flush()) return code;
     std::cerr << "tarqctl: standard output: cannot be written\n";
     return tarq::tools::kCouldNotAsk;

@@ -1,4 +1,5 @@
 #include <com/tarq/hardwareInfo/IHardwareInfoService.h>
+// ota-time N: kept by the daemon for all callers, until the next one.
 #include <CLI/App.hpp>
 #include <charconv>
 
@@ -18,6 +19,7 @@ static std::string parse(const std::string& text, int64_t* value) {
     return "\"" + text + "\" is no decimal number of 64 bits, sign included";
 }
 
+// The daemon takes any number and has nothing to say to it.
 static int send(Session& session, int64_t timestamp) {
     {
         const Daemon daemon(session, "the daemon is still starting, or hangs");

@@ -1,3 +1,4 @@
+// Output for programs: with --json, in place of the text.
 #pragma once
 
 #include <iosfwd>

@@ -1,5 +1,8 @@
+// getprop, setprop: on the board's files, so they need no daemon.
 #include <cutils/properties.h>
+#include <errno.h>
 #include <host/log_sink.h>
+#include <unistd.h>
 
 #include <CLI/App.hpp>
 #include <filesystem>
@@ -16,6 +19,7 @@ namespace fs = std::filesystem;
 
 using Properties = std::map<std::string, std::string>;
 
+// As on a device, nobody can tell a property that is empty from one that is missing.
 static std::string get(const std::string& name, const std::string& fallback) {
     char value[PROPERTY_VALUE_MAX];
     property_get(name.c_str(), value, fallback.c_str());
@@ -66,20 +70,33 @@ Run declareGetprop(CLI::App& app) {
     };
 }
 
-// Sets the property. Empty, or why it was refused: the platform tells it in a log entry alone, with
-// the reason behind the property's name and value.
-static std::string refusal(const std::string& name, const std::string& value) {
+struct Outcome {
+    bool done;
+    std::string said;  // why not, or what went wrong besides
+};
+
+// The platform gives its reasons in a log entry alone, behind the property's name and value.
+static Outcome set(const std::string& name, const std::string& value) {
     if (value.size() >= PROPERTY_VALUE_MAX) {
-        return "the value has " + std::to_string(value.size()) + " bytes, 91 are allowed";
+        return {false, "the value has " + std::to_string(value.size()) + " bytes, 91 are allowed"};
     }
     std::string entry;
     host::setLogSink([&entry](int, const char*, const std::string& text) { entry = text; });
     const bool done = property_set(name.c_str(), value.c_str()) == 0;
     host::setLogSink({});
-    if (done) return "";
     const std::string known = "\"" + name + "\" to \"" + value + "\": ";
     const size_t at = entry.find(known);
-    return at == std::string::npos ? entry : entry.substr(at + known.size());
+    return {done, at == std::string::npos ? entry : entry.substr(at + known.size())};
+}
+
+// The rules stand in the help; other users of a shared board may only read.
+static std::string hintAfterRefusal(const Session& session, const std::string& name) {
+    const std::string directory = session.board + "/run/properties";
+    if (access(directory.c_str(), W_OK) != 0 && errno == EACCES) {
+        return "sudo " + session.next(session.line);
+    }
+    const bool isSet = !get(name, "").empty();
+    return isSet ? session.next("getprop " + shellQuoted(name)) : "tarqctl setprop --help";
 }
 
 Run declareSetprop(CLI::App& app) {
@@ -93,14 +110,12 @@ Run declareSetprop(CLI::App& app) {
             ->required();
     return [name, value](Session& session) -> int {
         openBoard(session);
-        const std::string why = refusal(*name, *value);
-        if (!why.empty()) {
-            const bool isSet = !get(*name, "").empty();
-            throw session.failure("refused", why,
-                                  isSet ? session.next("getprop " + shellQuoted(*name))
-                                        : "tarqctl setprop --help",
+        const Outcome outcome = set(*name, *value);
+        if (!outcome.done) {
+            throw session.failure("refused", outcome.said, hintAfterRefusal(session, *name),
                                   kServiceSaidNo);
         }
+        if (!outcome.said.empty()) session.notice(outcome.said);
         if (session.json) printJson(session.out, Json::object());
         return kDone;
     };

@@ -1,3 +1,4 @@
+// services [NAME]: what is registered, and why the rest may not be.
 #include <CLI/App.hpp>
 #include <ostream>
 
@@ -20,10 +21,12 @@ bool isPresent(const std::string& name) {
     return Daemon::find(android::String16(name.c_str())) != nullptr;
 }
 
+// The last is looked up first. The other way round a start-up that goes on meanwhile would make one
+// look passed over: absent when it was asked for, and the next already there.
 std::vector<Found> findKnown() {
     const std::vector<KnownService>& services = knownServices();
-    std::vector<bool> present;
-    for (const KnownService& service : services) present.push_back(isPresent(service.name));
+    std::vector<bool> present(services.size());
+    for (size_t i = services.size(); i-- > 0;) present[i] = isPresent(services[i].name);
     std::vector<Found> found;
     for (size_t i = 0; i < services.size(); ++i) {
         found.push_back(
@@ -67,7 +70,7 @@ Run declareServices(CLI::App& app) {
     const auto name = std::make_shared<std::string>();
     app.add_option("NAME", *name, "only this service; exit code 1 if it is absent");
     return [name](Session& session) -> int {
-        const std::vector<Found> services = ask(session, *name);
+        const std::vector<Found> services = ask(session, *name);  // one, where one is named
         print(services, session);
         return name->empty() || services[0].present ? kDone : kServiceSaidNo;
     };

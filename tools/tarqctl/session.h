@@ -1,3 +1,4 @@
+// What a command works with.
 #pragma once
 
 #include <chrono>
@@ -10,8 +11,8 @@ namespace tarq::tools {
 
 constexpr double kMaxTimeout = 86400;  // seconds
 
-// What a command is given to work with: the global options and where to print. Text is printed a
-// line or more at a time and flushed, so that a reader on a pipe sees it at once.
+// The global options and where to print. Text is printed a line or more at a time and flushed, so
+// that a reader on a pipe sees it at once.
 struct Session {
     std::ostream& out;
     std::ostream& err;
@@ -25,6 +26,8 @@ struct Session {
                     int exitCode = kCouldNotAsk) const {
         return {code, line, why, hint, exitCode};
     }
+    // Tells on err what the user should know of a command that goes on, with or without --json.
+    void notice(const std::string& text) const;
     // "tarqctl --board DIR COMMAND", to be tried next on the same board.
     std::string next(const std::string& command) const;
 };

@@ -1,3 +1,4 @@
+// shell CMDLINE: runs in the daemon, as the daemon's user. How it ended is not told to anybody.
 #include <unistd.h>
 
 #include <com/tarq/shell/IShellService.h>
@@ -22,7 +23,14 @@ constexpr size_t kMaxOutput = 1023;
 
 constexpr uid_t kSystemUid = 1000;
 
-// A failure of another kind is left to the caller.
+constexpr char kWords[] =
+        "all words that follow, options too, joined by a space. The command\n"
+        "sees the host's real files. At most 1023 bytes of its output come\n"
+        "back; when they do not end with a whole character, none. Only root\n"
+        "and system (uid 1000) may.";
+
+// The daemon goes by the effective uid, and has one status for whatever keeps it from running a
+// command. A failure of another kind is left to the caller.
 void expectPermission(const Session& session, const Status& status) {
     if (status.transactionError() != android::PERMISSION_DENIED) return;
     const uid_t uid = geteuid();
@@ -35,19 +43,16 @@ void expectPermission(const Session& session, const Status& status) {
                           kServiceSaidNo);
 }
 
-void notice(const Session& session, const std::string& text) {
-    session.err << "tarqctl: " + session.line + ": " + text + "\n" << std::flush;
-}
-
 std::string ask(Session& session, const std::string& command) {
     const Daemon daemon(session,
                         "another command may be running, one runs at a time; or this one takes "
                         "longer, and still runs");
     const auto service = daemon.service<IShellService>();
     const std::chrono::seconds patience(2);
+    // To a user a command line that waits for its turn looks like one that hangs.
     const Timer stillWaiting(patience, [&] {
         if (session.timeout <= patience) return;
-        notice(session, "no answer after 2 s: another command may be running, waiting on");
+        session.notice("no answer after 2 s: another command may be running, waiting on");
     });
     std::vector<String16> output;
     int32_t meaningless = 0;
@@ -72,18 +77,12 @@ std::string checkUtf8(const std::string& command) {
 
 Run declareShell(CLI::App& app) {
     const auto command = std::make_shared<std::string>();
-    app.add_option("CMDLINE", *command,
-                   "all words that follow, options too, joined by a space. It sees the\nhost's "
-                   "real files. At "
-                   "most 1023 bytes of its output come back; when\nthey do not end with a whole "
-                   "character, none. Only for root and system\n(uid 1000).")
-            ->required()
-            ->check(checkUtf8);
+    app.add_option("CMDLINE", *command, kWords)->required()->check(checkUtf8);
     return [command](Session& session) -> int {
         const std::string output = ask(session, *command);
-        // Longer ones happen: each byte that is no UTF-8 comes back as two.
+        // Longer ones happen: a byte that is no UTF-8 may come back as two.
         if (output.size() >= kMaxOutput) {
-            notice(session, "no more than 1023 bytes of the output come back: it may be cut");
+            session.notice("no more than 1023 bytes of the output come back: it may be cut");
         }
         if (session.json) {
             printJson(session.out, {{"output", output}});

@@ -19,6 +19,7 @@ struct Parser {
     std::map<std::string, Run> runs;
 };
 
+// Written so that "nan" fails, which is neither less nor greater.
 std::string checkTimeout(const std::string& text) {
     double value = 0;
     const bool isNumber = CLI::detail::lexical_cast(text, value);
@@ -37,6 +38,7 @@ void declareGlobals(CLI::App& app, Session& session, double* timeout) {
             ->check(checkTimeout);
 }
 
+// The footer is where the help keeps its example.
 void declareCommands(Parser& parser) {
     for (const Command& command : commands()) {
         CLI::App* app = parser.app.add_subcommand(command.name, command.sentence);
@@ -49,6 +51,7 @@ void declare(Parser& parser, Session& session, double* timeout) {
     parser.app.formatter(std::make_shared<HelpFormatter>());
     parser.app.set_help_flag("-h,--help", "this text");
     parser.app.footer("tarqctl services");
+    // Global options are understood behind the command as well.
     parser.app.fallthrough();
     // Also keeps an argument that is called like a command from being taken for one.
     parser.app.require_subcommand(1);
@@ -62,6 +65,8 @@ std::string commandNames() {
     return names;
 }
 
+// The parser's word on the command's arguments is kept. It knows no good one for a command that is
+// missing or misspelt.
 Failure wrongUsage(const Parser& parser, const CommandLine& line, const Session& session,
                    const CLI::ParseError& error) {
     const std::string name = line.words.empty() ? "" : line.words[0];

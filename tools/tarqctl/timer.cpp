@@ -19,8 +19,13 @@ Timer::~Timer() {
 }
 
 void Timer::wait(steady_clock::time_point deadline) {
+    // The lock is held while it runs: the destructor waits, and its stop comes too late.
     std::unique_lock<std::mutex> lock(mLock);
-    if (!mChanged.wait_until(lock, deadline, [this] { return mStopped; })) mExpired();
+    const auto stopped = [this] { return mStopped; };
+    if (mChanged.wait_until(lock, deadline, stopped)) return;
+    mExpired();
+    // Stays until it is joined: the process may end before, and would leave an ended thread behind.
+    mChanged.wait(lock, stopped);
 }
 
 }  // namespace tarq::tools

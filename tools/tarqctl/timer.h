@@ -1,3 +1,4 @@
+// Something to do when another thing takes too long.
 #pragma once
 
 #include <chrono>

@@ -1,3 +1,4 @@
+// wait [NAME…]: until the daemon serves, also when it has not been started yet.
 #include <CLI/App.hpp>
 #include <algorithm>
 #include <mutex>
@@ -34,6 +35,8 @@ Failure notThereYet(const Session& session, Progress& progress) {
             session.next("services"));
 }
 
+// Asks for what is still missing; true when that is nothing. A name once found is not asked for
+// again, so that a daemon that comes up slowly is asked little.
 bool look(const Session& session, Progress& progress) {
     const int error = connectToDaemon(session);
     std::vector<std::string> missing = progress.missing;  // written by this thread only
@@ -49,6 +52,7 @@ bool look(const Session& session, Progress& progress) {
     return missing.empty();
 }
 
+// A service that its property switches off would never come.
 std::vector<std::string> enabledServices() {
     std::vector<std::string> names;
     for (const KnownService& service : knownServices()) {
@@ -64,7 +68,7 @@ Run declareWait(CLI::App& app) {
     app.add_option("NAME", *names, "the services to wait for; all that are enabled by default");
     return [names](Session& session) -> int {
         openBoard(session);
-        Progress progress;
+        Progress progress;  // outlives the time limit, which reads it
         progress.missing = names->empty() ? enabledServices() : *names;
         {
             const TimeLimit limit(session, [&] { return notThereYet(session, progress); });
