@@ -200,6 +200,11 @@ TEST_F(TarqctlE2e, only_root_and_system_may_run_commands) {
                                       mBoard.path() + " shell 'echo yes'\n");
         EXPECT_EQ(followHint(result.err).out, "yes\n");
     }
+    const Result foreign = Tool({"setprop", "a", "1"}, mBoard.path(), 2000, copy.c_str()).finish();
+    EXPECT_EQ(foreign.code, 1);
+    EXPECT_THAT(foreign.err, StartsWith("tarqctl: setprop a 1: Permission denied\nhint: sudo "));
+    EXPECT_EQ(followHint(foreign.err).code, 0);
+
     chmod((mBoard / "run").c_str(), 0700);
     const Result closed = Tool({"hwinfo"}, mBoard.path(), 2000, copy.c_str()).finish();
     EXPECT_EQ(closed.code, 2);
@@ -272,9 +277,9 @@ TEST_F(TarqctlE2e, output_that_nobody_takes_ends_the_tool) {
     for (int i = 0; i < 20000; ++i) lines += "line\n";
     writeFile(mBoard / "run/log", lines);
     const std::string log = TARQCTL " --board " + mBoard.path() + " log";
-    ChildProcess head(
-            {"sh", "-c",
-             "{ " + log + "; echo $? >&3; } 3>" + mBoard / "status" + " 2>&3 | head -n1"});
+    ChildProcess head({"sh", "-c",
+                       "trap '' PIPE; { " + log + "; echo $? >&3; } 3>" + mBoard / "status" +
+                               " 2>&3 | head -n1"});
     EXPECT_EQ(head.readAll(), "line\n");
     EXPECT_EQ(head.wait(), 0);
     EXPECT_EQ(readFile(mBoard / "status"), "141\n");

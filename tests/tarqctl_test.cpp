@@ -221,6 +221,10 @@ TEST_F(Tarqctl, property_is_set_or_the_refusal_says_why) {
     EXPECT_EQ(onBoard({"setprop", "dash", "--", "-x"}).code, 0);
     EXPECT_EQ(onBoard({"setprop", "longest", std::string(91, 'x')}).code, 0);
 
+    const Result unsaved = onBoard({"setprop", "persist.a", "1"});
+    EXPECT_EQ(unsaved.code, 0);
+    EXPECT_THAT(unsaved.err, StartsWith("tarqctl: setprop persist.a 1: cannot save property"));
+
     const struct {
         const char* name;
         std::string value;
@@ -307,17 +311,17 @@ TEST_F(Tarqctl, absent_service_is_explained_by_what_can_be_seen) {
                                                 {"second", nullptr},
                                                 {"optional", "ro.optional"},
                                                 {"last", nullptr}};
-    EXPECT_EQ(whyAbsent(services, {true, false, false, false}, 1), "the daemon is still starting");
-    EXPECT_EQ(whyAbsent(services, {true, false, false, true}, 1),
-              "its registration was refused, see the log");
+    const std::string refused = "its registration was refused, see the log";
+    const std::string late = ", or property ro.optional became \"true\" after the start";
+    const std::string starting = "the daemon is still starting, or ";
+    EXPECT_EQ(whyAbsent(services, {true, false, false, false}, 1), starting + refused);
+    EXPECT_EQ(whyAbsent(services, {true, false, false, true}, 1), refused);
     EXPECT_EQ(whyAbsent(services, {true, true, false, true}, 2),
               "property ro.optional is not \"true\"");
 
     writeFile(board() / "run/properties/ro.optional", "true");
-    EXPECT_EQ(whyAbsent(services, {true, true, false, true}, 2),
-              "property ro.optional became \"true\" after the start");
-    EXPECT_THAT(whyAbsent(services, {true, true, false, false}, 2),
-                StartsWith("the daemon is still"));
+    EXPECT_EQ(whyAbsent(services, {true, true, false, true}, 2), refused + late);
+    EXPECT_EQ(whyAbsent(services, {true, true, false, false}, 2), starting + refused + late);
 }
 
 TEST(timer, runs_when_the_time_is_up_and_never_once_it_is_gone) {
