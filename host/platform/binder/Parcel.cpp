@@ -58,7 +58,7 @@ status_t Parcel::write(const void* data, size_t length) {
     const size_t end = mPosition + padded(length);
     if (mData.size() < end) mData.resize(end);
     if (length > 0) memcpy(mData.data() + mPosition, data, length);
-    std::fill(mData.begin() + mPosition + length, mData.begin() + end, 0);
+    std::fill(mData.data() + mPosition + length, mData.data() + end, 0);
     mPosition = end;
     return OK;
 }
@@ -88,7 +88,7 @@ status_t Parcel::writeString16(const char16_t* value, size_t units) {
     const size_t end = begin + padded(bytes + sizeof(char16_t));
     if (mData.size() < end) mData.resize(end);
     if (bytes > 0) memcpy(mData.data() + begin, value, bytes);
-    std::fill(mData.begin() + begin + bytes, mData.begin() + end, 0);
+    std::fill(mData.data() + begin + bytes, mData.data() + end, 0);
     mPosition = end;
     return OK;
 }

@@ -17,7 +17,7 @@ bool startThread(std::function<void()> body) {
     };
     pthread_t thread;
     if (pthread_create(&thread, nullptr, run, argument.get()) != 0) return false;
-    argument.release();
+    static_cast<void>(argument.release());  // the thread has it
     pthread_detach(thread);
     return true;
 }

@@ -19,7 +19,7 @@ namespace android::host {
 
 // The largest arguments or results of one call, in bytes. The kernel takes SOCK_SEQPACKET packets
 // up to 212,960 bytes with the default socket buffer.
-constexpr size_t kMaxTransaction = 192 * 1024;
+constexpr size_t kMaxTransaction = size_t{192} * 1024;
 constexpr size_t kMaxObjects = 256;
 
 enum class PacketKind : uint32_t {

@@ -4,6 +4,7 @@
 #include <stdint.h>
 
 #include <atomic>
+#include <utility>
 
 #include <utils/StrongPointer.h>
 
@@ -66,12 +67,8 @@ class wp {
 
     wp& operator=(const wp<T>& other) {
         wp<T> copy(other);
-        T* ptr = mPtr;
-        RefBase::weakref_type* refs = mRefs;
-        mPtr = copy.mPtr;
-        mRefs = copy.mRefs;
-        copy.mPtr = ptr;
-        copy.mRefs = refs;
+        std::swap(mPtr, copy.mPtr);
+        std::swap(mRefs, copy.mRefs);
         return *this;
     }
 
