@@ -26,13 +26,24 @@ inline int32_t ask(const android::sp<android::IBinder>& service, uint32_t code) 
     return answer;
 }
 
-// Whether the daemon knew the object already.
-inline bool keep(const android::sp<android::IBinder>& service,
-                 const android::sp<android::IBinder>& object) {
+// The object in the reply to a call without arguments.
+inline android::sp<android::IBinder> receive(const android::sp<android::IBinder>& service,
+                                             uint32_t code) {
+    android::Parcel data;
+    android::Parcel reply;
+    service->transact(code, data, &reply);
+    return reply.readStrongBinder();
+}
+
+// Hands an object over. known: whether the daemon had it already.
+inline android::status_t keep(const android::sp<android::IBinder>& service,
+                              const android::sp<android::IBinder>& object, bool* known = nullptr) {
     android::Parcel data;
     android::Parcel reply;
     data.writeStrongBinder(object);
-    return service->transact(KEEP, data, &reply) == android::OK && reply.readInt32() == 1;
+    const android::status_t status = service->transact(KEEP, data, &reply);
+    if (known != nullptr) *known = reply.readInt32() == 1;
+    return status;
 }
 
 }  // namespace echo
