@@ -1,6 +1,6 @@
 // Processes, the board, and what they cost: start-up and memory.
 #include <binder/IServiceManager.h>
-#include <com/tarq/shell/IShellService.h>
+#include <com/tarq/hardwareInfo/IHardwareInfoService.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <stdio.h>
@@ -77,17 +77,24 @@ void Daemon::removeBoard() {
     if (system(("rm -rf " + gBoard).c_str()) != 0) abort();
 }
 
-// Until the last of its services is found.
-static void awaitService() {
-    using com::tarq::shell::IShellService;
+// Until it answers a call: that is when all its modules have started. The look-ups before are few,
+// as they would take the time of what they wait for.
+static void awaitAnswer() {
+    using com::tarq::hardwareInfo::IHardwareInfoService;
+    constexpr useconds_t pause = 100;
     const auto manager = android::defaultServiceManager();
-    while (manager->checkService(IShellService::descriptor) == nullptr) usleep(20);
+    android::sp<android::IBinder> service;
+    while (service == nullptr) {
+        usleep(pause);
+        service = manager->checkService(IHardwareInfoService::descriptor);
+    }
+    if (service->pingBinder() != android::OK) abort();
 }
 
 Daemon::Daemon(bool logs) {
     setenv("TARQ_LOG", logs ? (gBoard + "/run/log").c_str() : "/dev/null", 1);
     mPid = spawn({TARQD});
-    awaitService();
+    awaitAnswer();
 }
 
 Daemon::~Daemon() {
