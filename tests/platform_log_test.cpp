@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <functional>
 #include <regex>
 #include <thread>
@@ -79,7 +80,7 @@ TEST(Log, every_line_of_an_entry_has_the_prefix_and_all_go_out_at_once) {
         const char* tag;
         std::string text;
         int size;
-        std::string expected;  // without date and ids
+        std::string shown;  // without date and ids
     } entries[] = {
             {ANDROID_LOG_VERBOSE, "tag", "a", 7, "V tag     : a\n"},
             {ANDROID_LOG_DEBUG, "eight_ch", "a\n", 13, "D eight_ch: a\n"},
@@ -92,13 +93,13 @@ TEST(Log, every_line_of_an_entry_has_the_prefix_and_all_go_out_at_once) {
             {42, "t", "a", 5, "? t       : a\n"},
     };
     const auto writes = writesOf([&] {
-        for (const auto& [priority, tag, text, size, expected] : entries) {
+        for (const auto& [priority, tag, text, size, shown] : entries) {
             if (__android_log_print(priority, tag, "%s", text.c_str()) != size) _exit(1);
         }
     });
     ASSERT_EQ(writes.size(), std::size(entries));
     for (size_t i = 0; i < writes.size(); ++i) {
-        EXPECT_EQ(withoutStamp(writes[i]), entries[i].expected);
+        EXPECT_EQ(withoutStamp(writes[i]), entries[i].shown);
     }
 }
 
@@ -125,22 +126,20 @@ TEST(Log, file_is_appended_to_by_threads_and_processes_and_stays_out_of_commands
 }
 
 TEST(Log, terminal_shows_colour_unless_NO_COLOR_is_set) {
-    for (const char* noColor : {"", "1"}) {
+    for (const std::string noColor : {"", "1"}) {
         int terminal = -1;
         int program = -1;
+        char shown[256] = {};
         ASSERT_EQ(openpty(&terminal, &program, nullptr, nullptr, nullptr), 0);
         writesOf([&] {
             dup2(program, STDERR_FILENO);
-            setenv("NO_COLOR", noColor, 1);
+            setenv("NO_COLOR", noColor.c_str(), 1);
             __android_log_print(ANDROID_LOG_ERROR, "t", "text");
         });
-        char shown[256] = {};
         EXPECT_GT(read(terminal, shown, sizeof(shown) - 1), 0);
         close(program);
         close(terminal);
-        EXPECT_THAT(shown,
-                    MatchesRegex(*noColor == '\0' ? "\x1b\\[31m.*E t       : text\x1b\\[0m\r\n"
-                                                  : "[-0-9:. ]*E t       : text\r\n"));
+        EXPECT_EQ(std::count(shown, std::end(shown), '\x1b'), noColor.empty() ? 2 : 0) << shown;
     }
 }
 

@@ -17,7 +17,6 @@ same() { # WHAT EXPECTED ACTUAL
 
 processes() { env -u TMPDIR grep -lzsx "TMPDIR=$TMPDIR" /proc/[0-9]*/environ; }
 
-# Programs that were told to end take a moment.
 no_process_left() { # AFTER WHAT
     local deadline=$((SECONDS + 20))
     while [[ $(processes) ]] && ((SECONDS < deadline)); do sleep 0.02; done
