@@ -17,7 +17,6 @@ same() { # WHAT EXPECTED ACTUAL
 
 processes() { env -u TMPDIR grep -lzsx "TMPDIR=$TMPDIR" /proc/[0-9]*/environ; }
 
-# Programs that were told to end take a moment.
 no_process_left() { # AFTER WHAT
     local deadline=$((SECONDS + 20))
     while [[ $(processes) ]] && ((SECONDS < deadline)); do sleep 0.02; done
@@ -35,9 +34,9 @@ start() {
     started=$!
     read -r -t 60 up <"$work/up" || same "start of $*" up "$(cat "$work/errors")"
 }
-finish() { # the status of what was started
+finish() { # EXPECTED STATUS of what was started
     wait "$started"
-    status=$?
+    same "status" "$1" $?
 }
 
 # ---- a command's input, output and status are its own ----
@@ -61,20 +60,18 @@ nothing_left "a missing command"
 for signal in INT:130 TERM:143 HUP:129; do
     start bash -c "echo up >'$work/up'; exec sleep 1000"
     kill -"${signal%:*}" -- "-$started"
-    finish
-    same "status after $signal to the group" "${signal#*:}" "$status"
+    finish "${signal#*:}"
     nothing_left "$signal to the group"
 
     start tarqctl shell "echo up >'$work/up'; sleep 1000"
     kill -"${signal%:*}" "$started"
-    finish
-    same "status after $signal" "${signal#*:}" "$status"
+    finish "${signal#*:}"
     nothing_left "$signal during a command of the daemon"
 done
 
 start tarqctl shell "echo up >'$work/up'; sleep 1000"
 kill -KILL "$started"
-finish 2>/dev/null
+finish 137 2>/dev/null
 no_process_left "kill -9"
 "$run" true 2>/dev/null
 nothing_left "the next start"
@@ -83,13 +80,11 @@ nothing_left "the next start"
 
 start bash -c "echo \$TARQ_BOARD >'$work/up'; read <'$work/up'"
 board=$up
-other=$("$run" bash -c 'echo $TARQ_BOARD' 2>/dev/null)
-[[ $other != "$board" ]]
+[[ $("$run" bash -c 'echo $TARQ_BOARD' 2>/dev/null) != "$board" ]]
 same "two boards with two directories" 0 $?
 same "board of the first" "demo_panel" "$(TARQ_BOARD=$board "$1/build/dev/bin/tarqctl" getprop ro.product.name)"
 echo >"$work/up"
-finish
-same "status of the first" 0 "$status"
+finish 0
 nothing_left "two at once"
 
 # ---- what cannot be is said, with status 2 ----
