@@ -65,7 +65,7 @@ class wp {
     wp(const sp<U>& other) : wp(static_cast<T*>(other.get())) {}  // NOLINT
     ~wp() { clear(); }
 
-    wp& operator=(const wp<T>& other) {
+    wp& operator=(const wp<T>& other) {  // NOLINT: self is safe
         wp<T> copy(other);
         std::swap(mPtr, copy.mPtr);
         std::swap(mRefs, copy.mRefs);
