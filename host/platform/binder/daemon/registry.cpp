@@ -72,21 +72,26 @@ void Registry::receive(Connection* connection) {
     const Received received = receivePacket(connection->fd, MSG_DONTWAIT, &packet);
     if (received == Received::NOTHING) return;
     if (received == Received::PACKET && handle(connection, packet)) return;
-    if (received != Received::CLOSED) connection->complain("malformed packet");
+    if (received == Received::MALFORMED) connection->complain("malformed packet");
     drop(connection);
 }
 
 bool Registry::handle(Connection* connection, const Packet& packet) {
     const PacketHeader& header = packet.header;
     if (connection->isEvent) {
-        return header.kind == PacketKind::RELEASE &&
-               connection->session->peerReleased(header.target, header.count);
+        if (header.kind == PacketKind::RELEASE &&
+            connection->session->peerReleased(header.target, header.count)) {
+            return true;
+        }
+    } else if (connection->session != nullptr) {
+        if (header.kind == PacketKind::CALL) return connection->run(packet);
+    } else if (header.kind == PacketKind::OPEN) {
+        return openSession(connection);
+    } else if (header.kind == PacketKind::JOIN) {
+        return joinSession(connection, header);
     }
-    if (connection->session != nullptr) {
-        return header.kind == PacketKind::CALL && connection->run(packet);
-    }
-    if (header.kind == PacketKind::OPEN) return openSession(connection);
-    return header.kind == PacketKind::JOIN && joinSession(connection, header);
+    connection->complain("unexpected packet");
+    return false;
 }
 
 static bool welcome(const Connection& connection) {
@@ -108,6 +113,7 @@ bool Registry::openSession(Connection* connection) {
 }
 
 // The process must be the session's. The user may have changed since: a call's is its connection's.
+// A client that still holds an object of the daemon before this one is refused without a word.
 bool Registry::joinSession(Connection* connection, const PacketHeader& join) {
     const auto entry = mSessions.find(join.session);
     if (entry == mSessions.end()) return false;
