@@ -43,7 +43,7 @@ class ClientSession : public Session {
     };
     // In bytes of data and headers. On the device as well one-way calls may take half of the
     // receiver's buffer of 1 MiB.
-    static constexpr size_t kMaxUnsent = 512 * 1024;
+    static constexpr size_t kMaxUnsent = size_t{512} * 1024;
 
     int post(const PacketHeader& header, const std::vector<PacketObject>& objects,
              const Parcel& data);
