@@ -133,6 +133,7 @@ TEST_F(BinderTest, one_object_is_one_proxy_and_comes_home_as_itself) {
 TEST_F(BinderTest, objects_live_as_long_as_the_other_side_holds_them) {
     ProcessState::self()->startThreadPool();
     const sp<IBinder> service = echo::find();
+    ASSERT_TRUE(eventually([] { return echo::Living::count() == 0; }));  // those of earlier tests
     sp<IBinder> theirs = echo::receive(service, echo::MAKE);
     EXPECT_EQ(1, ask(service, echo::LIVING));
     theirs.clear();
@@ -164,7 +165,7 @@ TEST_F(BinderTest, a_callback_may_be_sent_again_while_it_is_let_go) {
     EXPECT_EQ(OK, call(service, echo::FIRE, {1, 1}));
 }
 
-TEST_F(BinderTest, callbacks_arrive_in_order_and_say_who_calls) {
+TEST_F(BinderTest, bursts_of_callbacks_arrive_whole_in_order_and_say_who_calls) {
     struct Receiver : public BBinder {
         status_t onTransact(uint32_t, const Parcel& data, Parcel*, uint32_t) override {
             const IPCThreadState* caller = IPCThreadState::self();
@@ -184,8 +185,12 @@ TEST_F(BinderTest, callbacks_arrive_in_order_and_say_who_calls) {
     const sp<IBinder> service = echo::find();
     const sp<Receiver> receiver = new Receiver;
     echo::keep(service, receiver);
-    for (int32_t i = 0; i < 100; ++i) ASSERT_EQ(OK, call(service, echo::FIRE, {1, i}));
-    ASSERT_TRUE(eventually([&] { return receiver->count() == 100; }));
+    for (int32_t i = 0; i < 10; ++i) {
+        int32_t accepted = -1;
+        ASSERT_EQ(OK, call(service, echo::FIRE, {1000, i}, &accepted));
+        ASSERT_EQ(1000, accepted);
+    }
+    ASSERT_TRUE(eventually([&] { return receiver->count() == 10000; }));
     EXPECT_TRUE(std::is_sorted(receiver->values.begin(), receiver->values.end()));
 }
 
@@ -281,9 +286,9 @@ TEST_F(BinderTest, a_stopped_client_delays_nobody_and_loses_only_its_own) {
     ASSERT_EQ("kept", stopped->readLine());
     stopped->kill(SIGSTOP);
     int32_t accepted = -1;
-    EXPECT_EQ(OK, call(service, echo::FIRE, {5000, 1}, &accepted));
-    EXPECT_GT(accepted, 0);
-    EXPECT_LT(accepted, 5000);
+    EXPECT_EQ(OK, call(service, echo::FIRE, {50000, 1}, &accepted));
+    EXPECT_GT(accepted, 5000);  // what the device keeps for a process, in calls of usual sizes
+    EXPECT_LT(accepted, 50000);
     const auto other = peer({"keep"});
     ASSERT_EQ("kept", other->readLine());
     EXPECT_EQ(OK, call(service, echo::FIRE, {1, 2}, &accepted));
@@ -371,7 +376,11 @@ TEST_F(BinderTest, a_daemon_without_a_descriptor_left_serves_those_it_has_and_re
     for (int i = 0; i < 64; ++i) connections.push_back(rawConnection());
     EXPECT_EQ(OK, call(service, echo::WHO));
     for (const int fd : connections) close(fd);
-    EXPECT_EQ("uid " + std::to_string(getuid()) + ", own pid", peer({"who"})->readLine());
+    std::atomic<bool> served{false};
+    std::thread newcomer([&] { served = peer({"who"})->readLine().size() > 0; });
+    // Also while look-ups keep it busy.
+    EXPECT_TRUE(eventually([&] { return echo::find() != nullptr && served; }));
+    newcomer.join();
 }
 
 TEST_F(BinderTest, a_second_daemon_leaves_the_first_alone) {

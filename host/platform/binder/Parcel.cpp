@@ -47,9 +47,9 @@ status_t Parcel::setDataSize(size_t size) {
 }
 
 status_t Parcel::setData(const uint8_t* buffer, size_t length) {
-    mObjects.clear();
     mData.assign(buffer, buffer + length);
     mPosition = 0;
+    mObjects.clear();  // last: an object that goes may call, and reuse the buffer of the transport
     return OK;
 }
 

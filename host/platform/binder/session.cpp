@@ -7,8 +7,8 @@
 
 namespace android::host {
 
+// With mLock held.
 uint64_t Session::countSent(const sp<BBinder>& object) {
-    std::lock_guard<std::mutex> guard(mLock);
     const auto [entry, added] = mExportedIds.try_emplace(object.get(), mNextId);
     if (added) mExported[mNextId++].object = object;
     ++mExported[entry->second].sent;
@@ -24,6 +24,8 @@ status_t Session::exportObjects(const Parcel& parcel, std::vector<PacketObject>*
         if (proxy != nullptr && proxy->session() != this) return INVALID_OPERATION;
     }
     out->reserve(objects.size());
+    std::lock_guard<std::mutex> guard(mLock);
+    if (ended()) return DEAD_OBJECT;  // what is counted from now on nobody would let go of
     for (const auto& object : objects) {
         const auto offset = static_cast<uint32_t>(object.offset);
         if (const BpBinder* proxy = object.binder->remoteBinder()) {
@@ -102,7 +104,8 @@ void Session::proxyGone(BpBinder* proxy) {
         mImported.erase(entry);
     }
     if (ended() || sendRelease(proxy->id(), received)) return;
-    // The count goes with the next release of this object.
+    // The count goes with the next release of this object; without one, it lives as long as its
+    // process.
     std::lock_guard<std::mutex> guard(mLock);
     mImported[proxy->id()].received += received;
 }

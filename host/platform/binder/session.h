@@ -33,13 +33,14 @@ class Session : public std::enable_shared_from_this<Session> {
     bool ended() const { return mEnded.load(std::memory_order_acquire); }
 
     // Numbers the objects of a parcel that is about to be sent and counts them as sent.
-    // INVALID_OPERATION if one belongs to another peer: nothing is counted then.
+    // INVALID_OPERATION if one belongs to another peer, DEAD_OBJECT if this one is gone: nothing is
+    // counted then.
     status_t exportObjects(const Parcel& parcel, std::vector<PacketObject>* out);
     // Uncounts them, after a send that failed.
     void takeBack(const std::vector<PacketObject>& objects);
 
-    // Fills a parcel from a packet. Every object of the packet is taken, and counted, whatever the
-    // result: FAILED_TRANSACTION for a number that this process does not know, or too many objects.
+    // Fills a parcel from a packet. FAILED_TRANSACTION for a number that this process does not know
+    // or more objects than it takes of one peer; the others are taken, and counted, all the same.
     status_t importParcel(const Packet& packet, Parcel* out);
 
     // This process's own object by its number; null if the peer has no reference to it.

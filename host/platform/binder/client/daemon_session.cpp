@@ -31,7 +31,7 @@ std::shared_ptr<DaemonSession> DaemonSession::current() {
     static const int forkHandler = pthread_atfork(nullptr, nullptr, [] { gForked = true; });
     if (gForked || forkHandler != 0) return nullptr;
     std::lock_guard<std::mutex> guard(gLock);
-    if (gCurrent != nullptr && !gCurrent->daemonIsGone(0)) return gCurrent;
+    if (gCurrent != nullptr && !gCurrent->ended() && !gCurrent->daemonIsGone(0)) return gCurrent;
     const int fd = connectToBoard();
     if (fd < 0) return nullptr;
     PacketHeader open = {};
@@ -127,7 +127,11 @@ bool DaemonSession::exchange(int fd, const PacketHeader& call, const Parcel& dat
 
 bool DaemonSession::daemonIsGone(int waitMs) const {
     pollfd event = {mEventFd, 0, 0};
-    return poll(&event, 1, waitMs) == 1 && (event.revents & POLLHUP) != 0;
+    int ready;
+    do {
+        ready = poll(&event, 1, waitMs);
+    } while (ready < 0 && errno == EINTR);
+    return ready == 1 && (event.revents & POLLHUP) != 0;
 }
 
 bool DaemonSession::sendRelease(uint64_t id, uint64_t count) {

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "host/platform/binder/daemon/service_manager.h"
+#include "host/platform/binder/thread.h"
 
 namespace android::host {
 
@@ -34,8 +35,7 @@ status_t ClientSession::transact(uint64_t target, uint32_t code, const Parcel& d
     header.target = target;
     header.code = code;
     header.flags = flags;
-    const int sent =
-            sendPacket(eventFd, MSG_DONTWAIT, header, objects, data.data(), data.dataSize());
+    const int sent = post(header, objects, data);
     if (sent == 0) return OK;
     takeBack(objects);
     return sent == -EPIPE || sent == -ECONNRESET ? DEAD_OBJECT : FAILED_TRANSACTION;
@@ -46,7 +46,43 @@ bool ClientSession::sendRelease(uint64_t id, uint64_t count) {
     header.kind = PacketKind::RELEASE;
     header.target = id;
     header.count = count;
-    return sendPacket(eventFd, MSG_DONTWAIT, header) == 0;
+    return post(header, {}, Parcel()) == 0;
+}
+
+// Sends an event, or keeps it for later; 0 or -errno. A release must not overtake a call of the
+// same object, so every event waits behind those that do.
+int ClientSession::post(const PacketHeader& header, const std::vector<PacketObject>& objects,
+                        const Parcel& data) {
+    std::lock_guard<std::mutex> guard(mSendLock);
+    const bool first = mUnsent.empty();
+    if (first) {
+        const int sent =
+                sendPacket(eventFd, MSG_DONTWAIT, header, objects, data.data(), data.dataSize());
+        if (sent != -EAGAIN) return sent;
+    }
+    const size_t size = sizeof(header) + data.dataSize();
+    if (mUnsentBytes + size > kMaxUnsent) return -EAGAIN;
+    const auto send = [self = shared_from_this()] {
+        static_cast<ClientSession&>(*self).sendUnsent();
+    };
+    if (first && !startThread(send)) return -EAGAIN;
+    mUnsent.push_back({header, objects, {data.data(), data.data() + data.dataSize()}});
+    mUnsentBytes += size;
+    return 0;
+}
+
+// On a thread of its own, which may wait for the client.
+void ClientSession::sendUnsent() {
+    std::unique_lock<std::mutex> guard(mSendLock);
+    while (!mUnsent.empty()) {
+        const Unsent& next = mUnsent.front();  // stays where it is while others are added
+        guard.unlock();
+        // Fails when the session ends; then so do the rest, without waiting.
+        sendPacket(eventFd, 0, next.header, next.objects, next.data.data(), next.data.size());
+        guard.lock();
+        mUnsentBytes -= sizeof(next.header) + next.data.size();
+        mUnsent.pop_front();
+    }
 }
 
 // The connections of each client process, and so how many it has. The registry's are otherwise

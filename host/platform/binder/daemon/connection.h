@@ -4,7 +4,10 @@
 #include <sys/socket.h>
 #include <sys/types.h>
 
+#include <deque>
 #include <memory>
+#include <mutex>
+#include <vector>
 
 #include "host/platform/binder/session.h"
 
@@ -19,7 +22,7 @@ class ClientSession : public Session {
     ~ClientSession() override;
 
     // One-way calls only, never blocking: INVALID_OPERATION for others, FAILED_TRANSACTION when
-    // the client does not keep up with its events.
+    // the client is too far behind with its events.
     status_t transact(uint64_t target, uint32_t code, const Parcel& data, Parcel* reply,
                       uint32_t flags) override;
 
@@ -30,6 +33,25 @@ class ClientSession : public Session {
 
   protected:
     bool sendRelease(uint64_t id, uint64_t count) override;
+
+  private:
+    // An event of which the socket's buffer, some 270 small packets, had no room left.
+    struct Unsent {
+        PacketHeader header;
+        std::vector<PacketObject> objects;
+        std::vector<uint8_t> data;
+    };
+    // In bytes of data and headers. On the device as well one-way calls may take half of the
+    // receiver's buffer of 1 MiB.
+    static constexpr size_t kMaxUnsent = size_t{512} * 1024;
+
+    int post(const PacketHeader& header, const std::vector<PacketObject>& objects,
+             const Parcel& data);
+    void sendUnsent();
+
+    std::mutex mSendLock;
+    std::deque<Unsent> mUnsent;  // while there are any, a thread waits to send them
+    size_t mUnsentBytes = 0;
 };
 
 // Owned by the registry or, with Lane::CALL, by the thread that serves it. Closing is destroying.

@@ -14,6 +14,8 @@
 
 namespace android::host {
 
+using std::chrono::steady_clock;
+
 // How long accepting pauses when the process has no descriptor left.
 static constexpr int kPauseMs = 100;
 
@@ -37,28 +39,31 @@ void Registry::run() {
     for (;;) {
         epoll_event event;
         const int count = epoll_wait(mEpoll, &event, 1, mAccepting ? -1 : kPauseMs);
-        if (count == 0) {
+        // By the clock: where clients keep it busy, epoll_wait never runs into its limit.
+        if (!mAccepting && steady_clock::now() >= mPauseEnd) {
             mAccepting = true;
             watch(EPOLL_CTL_ADD, mListener, nullptr);
-        } else if (count == 1 && event.data.ptr == nullptr) {
-            acceptAll();
-        } else if (count == 1) {
+        }
+        if (count != 1) continue;
+        if (event.data.ptr == nullptr) {
+            acceptOne();
+        } else {
             receive(static_cast<Connection*>(event.data.ptr));
         }
     }
 }
 
-void Registry::acceptAll() {
-    for (;;) {
-        const int fd = accept4(mListener, nullptr, nullptr, SOCK_CLOEXEC);
-        if (fd < 0 && (errno == EMFILE || errno == ENFILE || errno == ENOMEM)) {
-            mAccepting = false;
-            epoll_ctl(mEpoll, EPOLL_CTL_DEL, mListener, nullptr);
-            __android_log_print(ANDROID_LOG_WARN, "binder", "no descriptor left for a connection");
-        }
-        if (fd < 0) return;
+// One a turn, so that a client that connects without end delays nobody's look-ups.
+void Registry::acceptOne() {
+    const int fd = accept4(mListener, nullptr, nullptr, SOCK_CLOEXEC);
+    if (fd >= 0) {
         std::unique_ptr<Connection> connection = Connection::admit(fd);
         if (connection != nullptr) watch(EPOLL_CTL_ADD, fd, connection.release());
+    } else if (errno == EMFILE || errno == ENFILE || errno == ENOMEM) {
+        mAccepting = false;
+        mPauseEnd = steady_clock::now() + std::chrono::milliseconds(kPauseMs);
+        epoll_ctl(mEpoll, EPOLL_CTL_DEL, mListener, nullptr);
+        __android_log_print(ANDROID_LOG_WARN, "binder", "no descriptor left for a connection");
     }
 }
 
@@ -67,21 +72,26 @@ void Registry::receive(Connection* connection) {
     const Received received = receivePacket(connection->fd, MSG_DONTWAIT, &packet);
     if (received == Received::NOTHING) return;
     if (received == Received::PACKET && handle(connection, packet)) return;
-    if (received != Received::CLOSED) connection->complain("malformed packet");
+    if (received == Received::MALFORMED) connection->complain("malformed packet");
     drop(connection);
 }
 
 bool Registry::handle(Connection* connection, const Packet& packet) {
     const PacketHeader& header = packet.header;
     if (connection->isEvent) {
-        return header.kind == PacketKind::RELEASE &&
-               connection->session->peerReleased(header.target, header.count);
+        if (header.kind == PacketKind::RELEASE &&
+            connection->session->peerReleased(header.target, header.count)) {
+            return true;
+        }
+    } else if (connection->session != nullptr) {
+        if (header.kind == PacketKind::CALL) return connection->run(packet);
+    } else if (header.kind == PacketKind::OPEN) {
+        return openSession(connection);
+    } else if (header.kind == PacketKind::JOIN) {
+        return joinSession(connection, header);
     }
-    if (connection->session != nullptr) {
-        return header.kind == PacketKind::CALL && connection->run(packet);
-    }
-    if (header.kind == PacketKind::OPEN) return openSession(connection);
-    return header.kind == PacketKind::JOIN && joinSession(connection, header);
+    connection->complain("unexpected packet");
+    return false;
 }
 
 static bool welcome(const Connection& connection) {
@@ -103,6 +113,7 @@ bool Registry::openSession(Connection* connection) {
 }
 
 // The process must be the session's. The user may have changed since: a call's is its connection's.
+// A client that still holds an object of the daemon before this one is refused without a word.
 bool Registry::joinSession(Connection* connection, const PacketHeader& join) {
     const auto entry = mSessions.find(join.session);
     if (entry == mSessions.end()) return false;

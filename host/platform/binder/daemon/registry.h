@@ -5,6 +5,7 @@
 
 #include <stdint.h>
 
+#include <chrono>
 #include <memory>
 #include <unordered_map>
 
@@ -22,7 +23,7 @@ class Registry {
 
     [[noreturn]] void run();
     void watch(int operation, int fd, void* what);
-    void acceptAll();
+    void acceptOne();
     void receive(Connection* connection);
     // False if the connection is to be closed.
     bool handle(Connection* connection, const Packet& packet);
@@ -33,6 +34,7 @@ class Registry {
     const int mListener;
     const int mEpoll;
     bool mAccepting = true;
+    std::chrono::steady_clock::time_point mPauseEnd;
     uint64_t mNextSession = 1;
     std::unordered_map<uint64_t, std::shared_ptr<ClientSession>> mSessions;
 };

@@ -3,6 +3,8 @@
 #include <android/log.h>
 #include <utils/String8.h>
 
+#include <utility>
+
 namespace android {
 
 sp<IServiceManager> defaultServiceManager() {
@@ -34,9 +36,11 @@ status_t ServiceManager::addService(const String16& name, const sp<IBinder>& ser
                             service == nullptr ? "no service" : "a name has 1 to 127 characters");
         return kRefused;
     }
+    sp<IBinder> before;  // let go of without the lock
     std::lock_guard<std::mutex> guard(mLock);
     for (Entry& entry : mEntries) {
         if (entry.name != name) continue;
+        before = std::move(entry.service);
         entry.service = service;
         return OK;
     }
