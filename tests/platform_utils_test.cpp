@@ -82,16 +82,19 @@ TEST(References, object_lives_until_its_last_strong_reference_goes) {
 // been none yet, the first of two announces the object.
 TEST(References, promotion_may_race_the_last_release_and_another_promotion) {
     Counts counts;
-    for (int round = 1; round <= 1000; ++round) {
+    for (int round = 1; round <= 300; ++round) {
         const wp<Counted> weak = new Counted(&counts);
         sp<Counted> strong = round % 2 == 0 ? weak.promote() : nullptr;
         std::atomic<int> waiting{2};
         const auto race = [&](sp<Counted>* released) {
             --waiting;
-            while (waiting > 0) std::this_thread::yield();
+            while (waiting > 0) {
+            }
             if (released != nullptr) released->clear();
-            const sp<Counted> promoted = weak.promote();
-            if (promoted && counts.alive != 1) abort();
+            for (int i = 0; i < 50; ++i) {
+                const sp<Counted> promoted = weak.promote();
+                if (promoted && counts.alive != 1) abort();
+            }
         };
         std::thread other(race, nullptr);
         race(&strong);
