@@ -37,11 +37,12 @@ static int listenOnBoard() {
     }
     const int other = host::connectToBoard();
     if (other >= 0) fail(boardDirectory().c_str(), "another daemon serves this board");
-    const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     sockaddr_un address;
-    if (fd < 0 || !host::boardSocketAddress(&address)) {
+    if (!host::boardSocketAddress(&address)) {
         fail(boardDirectory().c_str(), "the path of a board has at most 91 characters");
     }
+    const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (fd < 0) fail("socket", strerror(errno));
     unlink(address.sun_path);
     const bool shared = boardIsShared();
     if (bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0 ||
