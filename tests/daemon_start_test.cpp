@@ -3,7 +3,6 @@
 #include <binder/IServiceManager.h>
 #include <binder/ProcessState.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <stdlib.h>
 #include <utils/String8.h>
 
@@ -20,7 +19,6 @@ static std::vector<std::string> events;
 static status_t addResult;
 
 namespace {
-
 struct Manager : IServiceManager {
     sp<IBinder> getService(const String16&) const override { return nullptr; }
     sp<IBinder> checkService(const String16&) const override { return nullptr; }
@@ -29,12 +27,11 @@ struct Manager : IServiceManager {
                         int flags) override {
         // Every service is registered under its own descriptor here.
         EXPECT_EQ(service->getInterfaceDescriptor(), name);
-        events.push_back(std::string(String8(name).string()) +
-                         (allowIsolated ? " isolated " : " ") + std::to_string(flags));
+        events.push_back(String8(name).string() + std::string(allowIsolated ? " isolated " : " ") +
+                         std::to_string(flags));
         return addResult;
     }
 };
-
 }  // namespace
 
 namespace android {
@@ -44,9 +41,8 @@ sp<IServiceManager> defaultServiceManager() {
 }
 
 sp<ProcessState> ProcessState::self() {
-    static const sp<ProcessState> state = new ProcessState;
     events.emplace_back("binder");
-    return state;
+    return new ProcessState;
 }
 
 void ProcessState::startThreadPool() {
@@ -59,21 +55,17 @@ void IPCThreadState::joinThreadPool(bool isMain) {
 
 }  // namespace android
 
-namespace {
-
-struct DaemonStart : testing::TestWithParam<status_t> {};
-
-TEST_P(DaemonStart, modules_register_in_order_whatever_the_manager_says) {
-    const CapturedLog log;
+TEST(DaemonStart, modules_register_in_order_whatever_the_manager_says) {
     setenv("TARQ_BOARD", "/no/board", 1);  // the modules find nothing, and start all the same
-    events.clear();
-    addResult = GetParam();
-    EXPECT_EQ(tarqd_main(), 0);
-    EXPECT_THAT(events, testing::ElementsAre(
-                                "binder", "com.tarq.hardwareInfo.IHardwareInfoService 8",
-                                "com.tarq.shell.IShellService 8", "binder", "pool", "main joins"));
+    for (const status_t result : {status_t{OK}, status_t{-1}}) {
+        CapturedLog log;
+        events.clear();
+        addResult = result;
+        EXPECT_EQ(tarqd_main(), 0);
+        EXPECT_THAT(events,
+                    testing::ElementsAre("binder", "com.tarq.hardwareInfo.IHardwareInfoService 8",
+                                         "com.tarq.shell.IShellService 8", "binder", "pool",
+                                         "main joins"));
+        EXPECT_EQ(log.take().back(), "I ShellService: instantiate.....\n");
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Results, DaemonStart, testing::Values(OK, -1, DEAD_OBJECT));
-
-}  // namespace

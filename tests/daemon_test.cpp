@@ -4,7 +4,6 @@
 #include <gmock/gmock.h>
 #include <linux/close_range.h>
 
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,45 +16,33 @@ using android::sp;
 using android::String16;
 using android::String8;
 using com::tarq::shell::IShellService;
-using testing::ElementsAre;
 
 namespace {
 
-// A daemon on a board of its own that has started its last module. Both go with the object.
-class Daemon {
-  public:
-    Daemon() {
-        std::filesystem::create_directories(mBoard / "run");
+// One daemon on a board of its own for all tests, as a process stays with the board that it met
+// first.
+struct DaemonTest : testing::Test {
+    static void SetUpTestSuite() {
+        static const TemporaryDirectory board;
+        setenv("TARQ_BOARD", board.path().c_str(), 1);
         // What the test itself was started with is not the daemon's doing.
         close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);
         for (int signal = 1; signal < SIGRTMAX; ++signal) ::signal(signal, SIG_DFL);
-        const std::string log = mBoard / "run/log";
-        mProcess = std::make_unique<ChildProcess>(
-                std::vector<std::string>{TARQD},
-                std::vector<std::string>{"TARQ_BOARD=" + mBoard.path(), "TARQ_LOG=" + log});
-        EXPECT_TRUE(eventually([&] {
+        const std::string log = board / "run/log";
+        writeFile(log, "");
+        daemon = std::make_unique<ChildProcess>(std::vector<std::string>{TARQD},
+                                                std::vector<std::string>{"TARQ_LOG=" + log});
+        EXPECT_TRUE(eventually([&] {  // its last module has started
             return readFile(log).find("ShellService: instantiate.....\n") != std::string::npos;
         }));
     }
-
-    const std::string& board() const { return mBoard.path(); }
-    ChildProcess& process() { return *mProcess; }
-
-  private:
-    TemporaryDirectory mBoard;
-    std::unique_ptr<ChildProcess> mProcess;
-};
-
-// One daemon for all tests: a process stays with the board that it met first.
-struct DaemonTest : testing::Test {
-    static void SetUpTestSuite() {
-        daemon = std::make_unique<Daemon>();
-        setenv("TARQ_BOARD", daemon->board().c_str(), 1);
+    static void TearDownTestSuite() {
+        daemon->kill(SIGTERM);  // it served until now
+        EXPECT_EQ(daemon->wait(), 128 + SIGTERM);
+        daemon.reset();
     }
-    static void TearDownTestSuite() { daemon.reset(); }
     void SetUp() override {
-        const bool mayExecute = getuid() == 0 || getuid() == 1000;
-        if (!mayExecute) GTEST_SKIP() << "needs uid 0 or 1000 to run commands";
+        if (getuid() != 0 && getuid() != 1000) GTEST_SKIP() << "needs uid 0 or 1000";
     }
 
     static std::string outputOf(const char* command) {
@@ -67,37 +54,24 @@ struct DaemonTest : testing::Test {
         return done && output.size() == 1 ? String8(output[0]).string() : "failed";
     }
 
-    static std::unique_ptr<Daemon> daemon;
+    static inline std::unique_ptr<ChildProcess> daemon;
 };
-
-std::unique_ptr<Daemon> DaemonTest::daemon;
 
 TEST_F(DaemonTest, services_are_listed_newest_first) {
     outputOf("true");  // served: every module has returned
-    std::vector<std::string> names;
-    for (const String16& name : android::defaultServiceManager()->listServices()) {
-        names.emplace_back(String8(name).string());
-    }
-    EXPECT_THAT(names, ElementsAre("com.tarq.shell.IShellService",
-                                   "com.tarq.hardwareInfo.IHardwareInfoService"));
-}
-
-TEST_F(DaemonTest, commands_inherit_no_descriptor) {
-    // The fourth is the one with which ls reads the directory.
-    EXPECT_EQ(outputOf("ls /proc/self/fd"), "0\n1\n2\n3\n");
+    const auto names = android::defaultServiceManager()->listServices();
+    EXPECT_THAT(std::vector(names.begin(), names.end()),
+                testing::ElementsAre(String16("com.tarq.shell.IShellService"),
+                                     String16("com.tarq.hardwareInfo.IHardwareInfoService")));
 }
 
 // With SIGPIPE ignored, a command whose output nobody reads any more would run on.
-TEST_F(DaemonTest, commands_are_ended_by_signals) {
+TEST_F(DaemonTest, commands_inherit_no_descriptor_and_no_ignored_signal) {
+    // The fourth is the one with which ls reads the directory.
+    EXPECT_EQ(outputOf("ls /proc/self/fd"), "0\n1\n2\n3\n");
     EXPECT_EQ(outputOf("exec 2>/dev/null; for s in HUP INT PIPE TERM; do"
                        " sh -c \"kill -s $s \\$\\$; echo survived $s\"; done"),
               "");
-}
-
-TEST(DaemonProcess, serves_until_it_is_told_to_end) {
-    Daemon daemon;
-    daemon.process().kill(SIGTERM);
-    EXPECT_EQ(daemon.process().wait(), 128 + SIGTERM);
 }
 
 }  // namespace

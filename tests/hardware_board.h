@@ -17,7 +17,10 @@ using Lines = std::vector<std::string>;
 class HardwareBoard : public testing::Test {
   protected:
     static void SetUpTestSuite() { setenv("TARQ_BOARD", board().path().c_str(), 1); }
-    void SetUp() override { forget(); }
+    void SetUp() override {
+        forget();
+        std::filesystem::remove_all(board() / "root");
+    }
 
     // One for all tests of the process, which reads TARQ_BOARD once.
     static const TemporaryDirectory& board() {

@@ -4,8 +4,8 @@
 #include <binder/Parcel.h>
 #include <stdint.h>
 #include <stdio.h>
-#include <stdlib.h>
 
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -28,9 +28,8 @@ inline std::string hex(const android::Parcel& parcel) {
 // A whole parcel from its bytes. Binder objects cannot be written so.
 inline void fill(android::Parcel* parcel, const std::string& text) {
     std::vector<uint8_t> bytes;
-    for (size_t i = 0; i + 3 <= text.size(); i += 3) {
-        bytes.push_back(static_cast<uint8_t>(strtoul(text.substr(i, 2).c_str(), nullptr, 16)));
-    }
+    std::istringstream in(text);
+    for (unsigned byte = 0; in >> std::hex >> byte;) bytes.push_back(static_cast<uint8_t>(byte));
     parcel->setData(bytes.data(), bytes.size());
 }
 
