@@ -84,7 +84,7 @@ TEST_F(ShellServiceTest, only_root_and_system_may_execute) {
         EXPECT_EQ(outputOf("echo hi; uname"), String16("hi\nLinux\n"));
         EXPECT_THAT(log.take(), testing::IsEmpty());
     }
-    // Among them the system of a second user, and a uid whose low 16 bits are root's.
+    // Among them root and system of a second user, and a uid whose low 16 bits are root's.
     for (const uint32_t uid : {2000u, 1u, 999u, 1001u, 100000u, 101000u, 0x10000u, 0xFFFFFFFFu}) {
         callAs(uid);
         expectRefusal("E ShellService: execute command permission denied\n");
