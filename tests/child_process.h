@@ -39,14 +39,17 @@ class ChildProcess {
         EXPECT_EQ(0, pipe2(ends, O_CLOEXEC));
         mPid = fork();
         if (mPid == 0) {
-            prctl(PR_SET_PDEATHSIG, SIGKILL);
             for (const std::string& entry : environment) putenv(strdup(entry.c_str()));
             dup2(ends[1], STDOUT_FILENO);
+            // Opened by the test's own user: the way to the program may be closed to the other.
+            const int program = open(command[0].c_str(), O_PATH | O_CLOEXEC);
             if (uid != getuid() && (setgid(uid) != 0 || setuid(uid) != 0)) _exit(126);
+            prctl(PR_SET_PDEATHSIG, SIGKILL);  // changing the user would undo it
             std::vector<char*> argv;
             for (const std::string& word : command) argv.push_back(strdup(word.c_str()));
             argv.push_back(nullptr);
-            execvp(argv[0], argv.data());
+            fexecve(program, argv.data(), environ);
+            execvp(argv[0], argv.data());  // a name to be found on PATH
             _exit(127);
         }
         close(ends[1]);
