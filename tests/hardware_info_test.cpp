@@ -1,45 +1,89 @@
-// What the board says of itself, in properties and in its description file, and what becomes of it.
+// What the board says of itself, in properties and in its description file, what becomes of it, and
+// what the service tells its callers.
 #include <gmock/gmock.h>
+#include <utils/String8.h>
 
-#include <set>
-
+#include "hardware_info/HardwareInfoService.h"
 #include "hardware_info/board_identity.h"
 #include "hardware_info/description_loader.h"
 #include "hardware_info/entire_file.h"
+#include "hardware_info/ota_timestamp.h"
 #include "hardware_info/peripheral_list.h"
-#include "tests/hardware_board.h"
+#include "hardware_info/peripheral_table.h"
+#include "tests/captured_log.h"
+#include "tests/temporary_directory.h"
+
+using android::String16;
+using android::String8;
+using Lines = std::vector<std::string>;
 
 static const std::string kPath = "/vendor/etc/hardwareInfo.xml";
 static const std::string kError = "E Error opening xml file:" + kPath + ",err:";
 
-class HardwareInfo : public HardwareBoard {
-  protected:
+struct HardwareInfo : testing::Test {
+    HardwareInfo() {
+        setenv("TARQ_BOARD", board().path().c_str(), 1);
+        std::filesystem::remove_all(board() / "root");
+        forget();
+    }
+
+    // One for all tests of the process, which reads TARQ_BOARD once.
+    static const TemporaryDirectory& board() {
+        static const TemporaryDirectory directory;
+        return directory;
+    }
+    // Puts the module back to how a process starts.
+    static void forget() {
+        for (PeripheralEntry& entry : peripheralTable) strcpy(entry.value, "null");
+        boardIdentity = {};
+    }
+    static void setPart(PeripheralType type, const std::string& name) {
+        strcpy(peripheralTable[static_cast<size_t>(type)].value, name.c_str());
+    }
+    // What the module logged since the last call, as "I text". Other tags are left as they are.
+    Lines logged() {
+        Lines lines = log.take();
+        for (std::string& line : lines) {
+            if (line.compare(1, 22, " HardwareInfoService: ") == 0) line.erase(1, 21);
+        }
+        return lines;
+    }
+    std::string loggedText() {
+        std::string text;
+        for (const std::string& line : logged()) text += line + "\n";
+        return text;
+    }
     // What is logged while the file is loaded on a board with index 3.
     Lines load(const std::string& content, int32_t overlayId) {
         forget();
         writeFile(board() / ("root" + kPath), content);
-        logged();
         loadDescription(3, overlayId);
         return logged();
     }
     // Product, overlay ids and version, then the rows that are not "null".
     static std::string state() {
-        char identity[256];
-        snprintf(identity, sizeof(identity), "%s|%.64s|%.64s", boardIdentity.product,
-                 boardIdentity.xmlOverlayIds, boardIdentity.xmlHwVersion);
-        std::string text = identity;
+        const BoardIdentity& id = boardIdentity;
+        std::string text = id.product;
+        for (const auto& field : {id.xmlOverlayIds, id.xmlHwVersion}) {
+            text += "|" + std::string(field, strnlen(field, 64));
+        }
         for (const PeripheralEntry& entry : peripheralTable) {
             if (strcmp(entry.value, "null") == 0) continue;
             text += std::string(" ") + entry.name + "=" + entry.value;
         }
         return text;
     }
+
+    CapturedLog log;
+    com::tarq::hardwareInfo::HardwareInfoService service;
+    std::vector<String16> list;
+    bool result = false;
 };
 
 TEST_F(HardwareInfo, identity_comes_from_the_properties) {
-    const std::string noIndex = "E not find index by ro.vendor.hardwareinfo_index,let index -1";
-    const std::string noOverlay = "I overlay_id==0 || overlay_id==9,mean no overlay,change as -1";
-    const std::string forced = "I index is -1, let overlay_id as -1,maybe no support hardware fw";
+    const std::string noIndex = "\nE not find index by ro.vendor.hardwareinfo_index,let index -1";
+    const std::string noOverlay = "\nI overlay_id==0 || overlay_id==9,mean no overlay,change as -1";
+    const std::string forced = "\nI index is -1, let overlay_id as -1,maybe no support hardware fw";
     const struct {
         const char *indexProperty, *overlayProperty;
         int index, storageId, overlayId;
@@ -53,90 +97,70 @@ TEST_F(HardwareInfo, identity_comes_from_the_properties) {
                  {"3", "storageId-7_FindId", 3, 7, -1, "", ""},
                  {"3", "StorageId-2_FindIdOK_overlayId-5-OK", 3, -1, -1, "", ""}};
     for (const auto& c : cases) {
-        forget();
         writeFile(board() / "run/properties/ro.vendor.hardwareinfo_index", c.indexProperty);
         writeFile(board() / "run/properties/ro.boot.dtbo_overlay_st", c.overlayProperty);
         initHardwareInfo();
-        Lines expected = {"I parse index prop,index:" + std::to_string(c.index), c.beforeOverlay,
-                          "I parse dtbo st prop,get storage_id:" + std::to_string(c.storageId) +
-                                  ",overlay_id:" + std::to_string(c.overlayId),
-                          c.behindOverlay, kError + "No such file or directory\n"};
-        expected.erase(std::remove(expected.begin(), expected.end(), ""), expected.end());
-        Lines lines = logged();
-        EXPECT_EQ(lines.size(), expected.size() + 18);  // the dump
-        lines.resize(expected.size());
-        EXPECT_EQ(lines, expected);
+        const std::string expected =
+                "I parse index prop,index:" + std::to_string(c.index) + c.beforeOverlay +
+                "\nI parse dtbo st prop,get storage_id:" + std::to_string(c.storageId) +
+                ",overlay_id:" + std::to_string(c.overlayId) + c.behindOverlay + "\n" + kError +
+                "No such file or directory\n\nI >>>hardware info Dump Begin\n";
+        EXPECT_THAT(loggedText(), testing::StartsWith(expected));
         EXPECT_EQ(boardIdentity.index, c.index);
         EXPECT_EQ(boardIdentity.overlayId, c.index == -1 ? -1 : c.overlayId);
     }
 }
 
-// A document with the board's variant on line 2 and what is inside it from line 3.
-static std::string variant(const std::string& overlayIds, const std::string& inside = "") {
-    return "<h product='p'>\n<hardwre_info index='3' overlay_id='" + overlayIds +
-           "' hw_version='V1'>\n" + inside + "</hardwre_info></h>";
-}
 static std::string found(int overlayId, const std::string& ids, const std::string& version) {
     return "I index(3) element is found,overlay_id=" + std::to_string(overlayId) +
            ",read xml overlay id=" + ids + ",read xml hw_version=" + version;
 }
 
-TEST_F(HardwareInfo, description_of_the_boards_index_is_applied) {
-    EXPECT_EQ(load(R"(<?xml version="1.0" encoding="utf-8"?>
+TEST_F(HardwareInfo, variants_of_the_boards_index_are_applied_and_the_last_wins) {
+    const std::string content = R"(<?xml version="1.0" encoding="utf-8"?>
 <hardware product="demo_panel">
-  <x><hardwre_info index="3"/></x>
+  <x><hardwre_info index="3"/></x><hardwre_info index="4"/><hardware_info index="3"/>
   <hardwre_info index="3" overlay_id="1,5,7" hw_version="V1.2">
     <other/><hw Peripheral="tp">gt9xx</hw>
     <hw Peripheral="internal_camera"> gc5035 &amp; </hw>
   </hardwre_info>
-  <hardwre_info index="4"/><hardware_info index="3"/>
-</hardware>)",
-                   5),
-              (Lines{"I isMatchoverlayId:1", found(5, "1,5,7", "V1.2")}));
-    EXPECT_EQ(state(), "demo_panel|1,5,7|V1.2 tp=gt9xx internal_camera= gc5035 & ");
-}
-
-TEST_F(HardwareInfo, later_variant_overwrites_earlier_one) {
-    const Lines lines = load(R"(<h product="p">
-<hardwre_info index="3" overlay_id="1" hw_version="A">
-  <hw Peripheral="tp">a</hw><hw Peripheral="bt">a</hw></hardwre_info>
-<hardwre_info index="3b" overlay_id="2" hw_version="B"><hw Peripheral="tp">b</hw></hardwre_info>
-<hardwre_info index="3" overlay_id="" hw_version="C"/></h>)",
-                             -1);
-    EXPECT_EQ(lines, (Lines{found(-1, "1", "A"), found(-1, "2", "B"), found(-1, "", "C")}));
-    EXPECT_EQ(state(), "p||C tp=b bt=a");
+  <hardwre_info index="3b" overlay_id="" hw_version="V2"><hw Peripheral="tp">b</hw></hardwre_info>
+</hardware>)";
+    EXPECT_THAT(load(content, -1),
+                testing::IsSupersetOf({found(-1, "1,5,7", "V1.2"), found(-1, "", "V2")}));
+    EXPECT_EQ(state(), "demo_panel||V2 tp=b internal_camera= gc5035 & ");
 }
 
 TEST_F(HardwareInfo, overlay_ids_are_compared_as_numbers) {
+    const auto variant = [](const std::string& ids) {
+        return "<h><hardwre_info index='3' hw_version='V1' overlay_id='" + ids +
+               "'><hw Peripheral='tp'>a</hw></hardwre_info></h>";
+    };
     for (const std::string ids : {"1 5", "1,5", "1*5", " ,*05x*"}) {
-        EXPECT_EQ(load(variant(ids), 5)[0], "I isMatchoverlayId:1") << ids;
+        EXPECT_EQ(load(variant(ids), 5)[1], "I isMatchoverlayId:1") << ids;
     }
-    EXPECT_EQ(load(variant("15", "<hw Peripheral='tp'>a</hw>"), 5),
-              (Lines{"I isMatchoverlayId:0",
-                     "E ERR:index=3 is found,but  overlay id is not include, 5 in board,read 15",
-                     found(5, "15", "V1")}));
-    EXPECT_EQ(state(), "p|15|V1 tp=a");
+    EXPECT_THAT(load(variant("15"), 5),
+                testing::ElementsAre(
+                        testing::_, "I isMatchoverlayId:0",
+                        "E ERR:index=3 is found,but  overlay id is not include, 5 in board,read 15",
+                        found(5, "15", "V1")));
+    EXPECT_EQ(state(), "null|15|V1 tp=a");
 }
 
 TEST_F(HardwareInfo, mistakes_cost_only_themselves) {
-    EXPECT_EQ(load(variant("5", R"(<hw Peripheral="WIFI">x</hw><hw Peripheral="tp"/>
-<hw Peripheral="tp">  </hw><hw>y</hw><hw/><hw Peripheral="bt">z</hw>)"),
-                   -1),
-              (Lines{found(-1, "5", "V1"), "E ERR:(WIFI:x)init err", "E ERR:(tp:(null))init err",
-                     "E ERR:(tp:(null))init err", "E ERR:((null):y)init err",
-                     "E ERR:((null):(null))init err"}));
-    EXPECT_EQ(state(), "p|5|V1 bt=z");
-
-    EXPECT_EQ(load("<h>\n<hardwre_info/>\n<hardwre_info index='3'><hw Peripheral='tp'>a</hw>"
-                   "</hardwre_info></h>",
+    EXPECT_EQ(load(R"(<h>
+<hardwre_info/>
+<hardwre_info index="3"><hw Peripheral="WIFI">x</hw><hw Peripheral="tp"/>
+<hw Peripheral="tp">  </hw><hw>y</hw><hw/><hw Peripheral="bt">z</hw></hardwre_info></h>)",
                    5),
               (Lines{"E " + kPath + ":1: attribute product of the root element is missing",
                      "E " + kPath + ":2: attribute index of <hardwre_info> is missing",
                      "E " + kPath + ":3: attribute overlay_id of <hardwre_info> is missing",
                      "E " + kPath + ":3: attribute hw_version of <hardwre_info> is missing",
-                     found(5, "(null)", "(null)")}));
-    EXPECT_EQ(state(), "null|null|null tp=a");
-
+                     found(5, "(null)", "(null)"), "E ERR:(WIFI:x)init err",
+                     "E ERR:(tp:(null))init err", "E ERR:(tp:(null))init err",
+                     "E ERR:((null):y)init err", "E ERR:((null):(null))init err"}));
+    EXPECT_EQ(state(), "null|null|null bt=z");
     EXPECT_EQ(load("<!-- -->", 5), Lines{"E " + kPath + " has no element, so no entries"});
 }
 
@@ -172,10 +196,6 @@ TEST_F(HardwareInfo, unreadable_file_is_one_error_line) {
         EXPECT_EQ(load(content, 5), Lines{kError + "Success\n"}) << content;
         EXPECT_EQ(state(), "null|null|null");
     }
-    std::filesystem::remove(board() / ("root" + kPath));
-    std::filesystem::create_directory(board() / ("root" + kPath));
-    loadDescription(3, 5);
-    EXPECT_EQ(logged(), Lines{kError + "Is a directory\n"});
 }
 
 TEST_F(HardwareInfo, entire_file_or_nothing) {
@@ -184,37 +204,73 @@ TEST_F(HardwareInfo, entire_file_or_nothing) {
     writeFile(board() / "root/proc/node", content);
     EXPECT_EQ(readEntireFile("/proc/node"), std::vector<uint8_t>(content.begin(), content.end()));
     EXPECT_TRUE(readEntireFile("/proc").empty());  // opens, but cannot be read
-    EXPECT_EQ(logged(), Lines{});
     EXPECT_TRUE(readEntireFile("/proc/none").empty());
     EXPECT_EQ(logged(), Lines{"W Unable to open file: /proc/none"});
 }
 
-TEST_F(HardwareInfo, dump_shows_rows_then_identity) {
-    load(texts(9), -1);
-    boardIdentity.index = 3;
-    dump_hardware();
-    EXPECT_EQ(logged(),
-              (Lines{"I >>>hardware info Dump Begin", "I wifi:null", "I codec:null", "I tp:null",
-                     "I internal_camera:null", "I usb_camera:null", "I bt:null", "I lcd:null",
-                     "I switch:null", "I emmc:null", "I led_ic:null", "I keyboard_ic:null",
-                     "I hw overLayId:-1", "I read xml overLayId:5," + std::string(62, 'o'),
-                     "I read xml hwVersion:" + std::string(64, 'v'), "I index:3", "I product:null",
-                     "I <<<hardware info Dump End"}));
-}
-
 TEST_F(HardwareInfo, demo_panel_is_described_without_a_mistake) {
-    const std::string content = readFile(TARQ_BOARDS "/demo_panel" + kPath);
-    writeFile(board() / ("root" + kPath), content);
-    std::set<std::string> states;
-    std::vector<android::String16> list;
+    writeFile(board() / ("root" + kPath), readFile(TARQ_BOARDS "/demo_panel" + kPath));
     for (const int32_t index : {1, 2, 3, 4}) {
         forget();
         loadDescription(index, index == 3 ? 5 : -1);
-        states.insert(state());
+        EXPECT_STRNE(boardIdentity.xmlHwVersion, "null") << index;
         EXPECT_TRUE(_getHardwareInfo(&list));  // no item is too long
     }
-    EXPECT_EQ(states.size(), 4U);
     const Lines lines = logged();
     EXPECT_THAT(lines, testing::Each(testing::StartsWith("I ")));
     EXPECT_THAT(lines, testing::Contains("I isMatchoverlayId:1"));
+}
+
+TEST_F(HardwareInfo, list_and_dump_show_the_rows_in_table_order) {
+    setPart(PeripheralType::TP, "gt9xx");
+    setPart(PeripheralType::KEYBOARD_IC, " k\u00e4y ");
+    boardIdentity.index = 3;
+    boardIdentity.overlayId = 5;
+    memset(boardIdentity.xmlOverlayIds, 'o', sizeof(boardIdentity.xmlOverlayIds));
+    memset(boardIdentity.xmlHwVersion, 'v', sizeof(boardIdentity.xmlHwVersion));
+    const std::string rows =
+            "I wifi:null\nI codec:null\nI tp:gt9xx\nI internal_camera:null\nI usb_camera:null\n"
+            "I bt:null\nI lcd:null\nI switch:null\nI emmc:null\nI led_ic:null\n"
+            "I keyboard_ic: k\u00e4y \n";
+    list = {String16("before")};
+    EXPECT_TRUE(service.getHardwareInfo(&list, &result).isOk());
+    EXPECT_TRUE(result);
+    dump_hardware();
+    EXPECT_EQ(loggedText(),
+              "I service get peripherals(index=3,overlay id=5,xml hwVersions=" +
+                      std::string(64, 'v') + ",product:null):\nI before\n" + rows +
+                      "I >>>hardware info Dump Begin\n" + rows +
+                      "I hw overLayId:5\nI read xml overLayId:" + std::string(64, 'o') +
+                      "\nI read xml hwVersion:" + std::string(64, 'v') +
+                      "\nI index:3\nI product:null\nI <<<hardware info Dump End\n");
+    std::string items;
+    for (const String16& item : list)
+        items.append("I ").append(String8(item).string()).append("\n");
+    EXPECT_EQ(items, "I before\n" + rows);
+}
+
+TEST_F(HardwareInfo, item_of_100_bytes_is_fatal) {
+    const std::string longest(94, 'x');  // "wifi:" and these are 99
+    setPart(PeripheralType::WIFI, longest);
+    service.getHardwareInfo(&list, &result);
+    EXPECT_EQ(logged()[1], "I wifi:" + longest);
+
+    setPart(PeripheralType::WIFI, longest + "x");
+    const auto callWithTheUsualLog = [this] {
+        tarq::host::setLogSink({});
+        service.getHardwareInfo(&list, &result);
+    };
+    EXPECT_EXIT(callWithTheUsualLog(), testing::KilledBySignal(SIGABRT),
+                "F HardwareInfoService: .*\"wifi:\" is 100 bytes long, at most 99 fit");
+}
+
+TEST_F(HardwareInfo, last_timestamp_is_kept_and_no_package_accepted) {
+    for (const int64_t time : {INT64_MIN, int64_t{7}}) {
+        EXPECT_TRUE(service.setOtaTimestamp(time).isOk());
+        EXPECT_EQ(otaTimestamp.load(), time);
+    }
+    result = true;
+    EXPECT_TRUE(service.isMatchHardwareInfo({String16("tp:null")}, &result).isOk());
+    EXPECT_FALSE(result);
+    EXPECT_THAT(logged(), testing::ElementsAre(testing::StartsWith("E isMatchHardwareInfo: ")));
 }
