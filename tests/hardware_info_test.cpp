@@ -264,13 +264,9 @@ TEST_F(HardwareInfo, item_of_100_bytes_is_fatal) {
                 "F HardwareInfoService: .*\"wifi:\" is 100 bytes long, at most 99 fit");
 }
 
-TEST_F(HardwareInfo, last_timestamp_is_kept_and_no_package_accepted) {
+TEST_F(HardwareInfo, last_timestamp_is_kept) {
     for (const int64_t time : {INT64_MIN, int64_t{7}}) {
         EXPECT_TRUE(service.setOtaTimestamp(time).isOk());
         EXPECT_EQ(otaTimestamp.load(), time);
     }
-    result = true;
-    EXPECT_TRUE(service.isMatchHardwareInfo({String16("tp:null")}, &result).isOk());
-    EXPECT_FALSE(result);
-    EXPECT_THAT(logged(), testing::ElementsAre(testing::StartsWith("E isMatchHardwareInfo: ")));
 }
