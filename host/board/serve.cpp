@@ -34,20 +34,27 @@ static void dieWithParent() {
     if (getppid() != parent) raise(SIGTERM);
 }
 
+static void say(const char* what, const std::string& why) {
+    fprintf(stderr, "virtual_board: %s: %s\n", what, why.c_str());
+}
+
 // Mounts the hardware; where this system refuses, the board goes on with less, and says so. The
-// reason, or "".
+// reason why nothing is mounted, or "".
 static std::string mount(Hardware& hardware, const fs::path& mountPoint, bool shared,
                          std::optional<FileSystem>* mounted) {
-    try {
-        mounted->emplace(hardware, mountPoint, shared);
-        return "";
-    } catch (const std::runtime_error& refusal) {
-        const char* less = shared ? "other users have no way to the hardware"
-                                  : "no FUSE, so there are plain files only, no GPIO, camera, "
-                                    "fault or hold";
-        fprintf(stderr, "virtual_board: %s: %s\n", less, refusal.what());
-        return shared ? mount(hardware, mountPoint, false, mounted) : refusal.what();
+    std::string why;
+    for (const bool forAll : {true, false}) {
+        if (forAll && !shared) continue;
+        try {
+            mounted->emplace(hardware, mountPoint, forAll);
+            if (shared && !forAll) say("other users have no way to the hardware", why);
+            return "";
+        } catch (const std::runtime_error& refusal) {
+            why = refusal.what();
+        }
     }
+    say("no FUSE, so there are plain files only, no GPIO, camera, fault or hold", why);
+    return why;
 }
 
 void serve(const fs::path& folder, const fs::path& directory, bool shared) {
