@@ -15,29 +15,37 @@
 // keeps one board for all its cases and changes it with command().
 class TestBoard {
   public:
-    // devices: what is inside <board> of its board.xml. buildProp: the file's lines.
-    explicit TestBoard(const std::string& devices, const std::string& buildProp = "") {
+    // devices: what is inside <board> of its board.xml. buildProp: the file's lines. with: words of
+    // a shell in front of the program's.
+    explicit TestBoard(const std::string& devices, const std::string& buildProp = "",
+                       const std::string& with = "")
+        : mLine("exec " + with + " " VIRTUAL_BOARD " serve \"$0\" \"$1\" 2>&1") {
         writeFile(mFolder / "board.xml", "<board>" + devices + "</board>");
         writeFile(mFolder / "build.prop", buildProp);
-        const std::string line = "exec " VIRTUAL_BOARD " serve \"$0\" \"$1\" 2>&1";
-        mProcess = std::make_unique<ChildProcess>(
-                std::vector<std::string>{"sh", "-c", line, mFolder.path(), mDirectory.path()});
-        for (std::string said; (said = mProcess->readLine()) != "ready";) {
-            if (said.find("no FUSE") == std::string::npos) {
-                ADD_FAILURE() << "the board does not start: " << said << mProcess->readAll();
-                return;
-            }
-            mWithoutFuse = said;
-        }
         setenv("TARQ_BOARD", mDirectory.path().c_str(), 1);
+        start();
     }
-    // Before the directory is removed with all that is mounted in it.
     ~TestBoard() {
-        mProcess->kill(SIGTERM);
-        EXPECT_EQ(mProcess->wait(), 0) << "the board does not end";
+        if (mProcess) end(SIGTERM);
+        if (mKilled) ChildProcess({"fusermount3", "-uzq", mDirectory / "hw"}).wait();
     }
     TestBoard(const TestBoard&) = delete;
     TestBoard& operator=(const TestBoard&) = delete;
+
+    void start() {
+        mProcess = std::make_unique<ChildProcess>(
+                std::vector<std::string>{"sh", "-c", mLine, mFolder.path(), mDirectory.path()});
+        for (std::string said; (said = mProcess->readLine()) != "ready"; mWithoutFuse = said) {
+            if (said.find("no FUSE") != std::string::npos) continue;
+            FAIL() << "the board does not start: " << said << mProcess->readAll();
+        }
+    }
+    void end(int signal) {
+        mProcess->kill(signal);
+        const int status = std::exchange(mProcess, nullptr)->wait();
+        mKilled = status != 0;
+        EXPECT_EQ(status, signal == SIGTERM ? 0 : 128 + signal) << "the board does not end";
+    }
 
     // Why GPIO, cameras, faults and holds are not played here, for GTEST_SKIP; else "".
     const std::string& withoutFuse() const { return mWithoutFuse; }
@@ -63,9 +71,20 @@ class TestBoard {
         return tool.wait();
     }
 
+    // A cat of the held node, which has begun to read, and waits.
+    std::unique_ptr<ChildProcess> waitingReader(const std::string& devicePath) const {
+        auto reader =
+                std::make_unique<ChildProcess>(std::vector<std::string>{"cat", path(devicePath)});
+        const std::string place = "/proc/" + std::to_string(reader->pid()) + "/wchan";
+        EXPECT_TRUE(eventually([&] { return readFile(place) == "request_wait_answer"; }));
+        return reader;
+    }
+
   private:
+    const std::string mLine;
     const TemporaryDirectory mFolder;
     const TemporaryDirectory mDirectory;
     std::unique_ptr<ChildProcess> mProcess;
     std::string mWithoutFuse;
+    bool mKilled = false;  // and has left its mount
 };

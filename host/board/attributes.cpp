@@ -40,14 +40,17 @@ std::string fromHex(const std::string& digits) {
     return bytes;
 }
 
-int TextAttribute::read(std::string* content) {
-    *content = mText;
+off_t Attribute::size() const {
+    return mKind == kProperty ? static_cast<off_t>(mBytes.size()) : Node::size();
+}
+
+int Attribute::read(std::string* content) {
+    *content = mBytes;
     return 0;
 }
 
-int Cells::read(std::string* content) {
-    *content = mBytes;
-    return 0;
+void Attribute::set(const std::string& value) {
+    mBytes = mKind == kProperty ? fromHex(value) : unescaped(value);
 }
 
 }  // namespace tarq::board

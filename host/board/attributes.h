@@ -1,42 +1,31 @@
 // Files that only tell something.
 #pragma once
 
-#include <filesystem>
 #include <string>
+#include <utility>
 
 #include "host/board/node.h"
 
 namespace tarq::board {
 
-// "type:x\nid:1\n" as a user types it -> the bytes; \n \r \t \\ \xHH are understood. Throws
-// std::invalid_argument for any other escape.
-std::string unescaped(const std::string& text);
+// How a user types bytes. Both throw std::invalid_argument.
+std::string unescaped(const std::string& text);  // with \n \r \t \\ \xHH
+std::string fromHex(const std::string& digits);  // "00000003"
 
-// "00000003" -> the bytes. Throws std::invalid_argument.
-std::string fromHex(const std::string& digits);
-
-// A text that a driver makes up, such as the touch panel's.
-class TextAttribute : public Node {
+// A text that a driver makes up, such as the touch panel's; or a property of the device tree, cells
+// or other bytes, which is set in hexadecimal.
+class Attribute : public Node {
   public:
-    explicit TextAttribute(std::string text) : Node(0444), mText(std::move(text)) {}
+    enum Kind { kText, kProperty };
+    Attribute(Kind kind, std::string bytes) : Node(0444), mKind(kind), mBytes(std::move(bytes)) {}
+
+    off_t size() const override;
     int read(std::string* content) override;
-    void set(const std::string& value) override { mText = unescaped(value); }
+    void set(const std::string& value) override;
     bool isPlain() const override { return true; }
 
   private:
-    std::string mText;
-};
-
-// A property of the device tree: cells or any other bytes, set as hexadecimal digits.
-class Cells : public Node {
-  public:
-    explicit Cells(std::string bytes) : Node(0444), mBytes(std::move(bytes)) {}
-    off_t size() const override { return static_cast<off_t>(mBytes.size()); }
-    int read(std::string* content) override;
-    void set(const std::string& value) override { mBytes = fromHex(value); }
-    bool isPlain() const override { return true; }
-
-  private:
+    const Kind mKind;
     std::string mBytes;
 };
 

@@ -68,12 +68,12 @@ void fitTouchPanel(const XMLElement& element, Fitting& fitting) {
     const size_t place = oneOf(element, "at", {"class", "i2c"});
     // With one in both places, the second is known by its path only.
     const char* name = fitting.hardware.has(kPlaces[1 - place]) ? "" : "touch_panel";
-    fitting.hardware.add(kPlaces[place], name, std::make_unique<TextAttribute>(text));
+    fitting.hardware.add(kPlaces[place], name, std::make_unique<Attribute>(Attribute::kText, text));
 }
 
 void fitDisplay(const XMLElement& element, Fitting& fitting) {
     const auto add = [&](const std::string& path, const char* name, const std::string& bytes) {
-        fitting.hardware.add(path, name, std::make_unique<Cells>(bytes));
+        fitting.hardware.add(path, name, std::make_unique<Attribute>(Attribute::kProperty, bytes));
     };
     if (const char* reg = element.Attribute("reg"); reg != nullptr) {
         add(kPanel + std::string("id"), "display_reg", fromHex(reg));

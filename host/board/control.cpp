@@ -35,28 +35,20 @@ static sockaddr_un addressOf(const fs::path& board) {
 }
 
 static int openSocket() {
-    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
     if (fd < 0) throw failed("socket");
     return fd;
 }
 
-static bool sendAll(int fd, const std::string& text) {
-    for (size_t sent = 0; sent < text.size();) {
-        const ssize_t size = send(fd, text.data() + sent, text.size() - sent, MSG_NOSIGNAL);
-        if (size < 0) return false;
-        sent += static_cast<size_t>(size);
-    }
-    return true;
+static bool sendPacket(int fd, const std::string& text) {
+    return send(fd, text.data(), text.size(), MSG_NOSIGNAL) >= 0;
 }
 
-// Up to where the other side has said all; what came until then when it says nothing more.
-static std::string receiveAll(int fd) {
-    std::string text;
-    char chunk[4096];
-    ssize_t size;
-    while (text.size() < kMaxSize && (size = recv(fd, chunk, sizeof(chunk), 0)) > 0) {
-        text.append(chunk, static_cast<size_t>(size));
-    }
+// Empty when none comes.
+static std::string receivePacket(int fd) {
+    std::string text(kMaxSize, '\0');
+    const ssize_t size = recv(fd, text.data(), text.size(), 0);
+    text.resize(size > 0 ? static_cast<size_t>(size) : 0);
     return text;
 }
 
@@ -94,7 +86,7 @@ void ControlServer::serve() const {
 }
 
 void ControlServer::answer(int connection) const {
-    const std::string request = receiveAll(connection);
+    const std::string request = receivePacket(connection);
     std::vector<std::string> words;
     for (size_t begin = 0, end; (end = request.find('\0', begin)) != std::string::npos;) {
         words.push_back(request.substr(begin, end - begin));
@@ -106,7 +98,7 @@ void ControlServer::answer(int connection) const {
     } catch (const std::exception& refusal) {
         result = std::string("-") + refusal.what();
     }
-    sendAll(connection, result);
+    sendPacket(connection, result);
 }
 
 // ---- the user ----
@@ -114,19 +106,16 @@ void ControlServer::answer(int connection) const {
 bool ask(const fs::path& board, const std::vector<std::string>& words, std::string* reason) {
     std::string request;
     for (const std::string& word : words) request += word + '\0';
+    if (request.size() > kMaxSize) throw std::runtime_error("a value has at most 64 KiB");
     const sockaddr_un address = addressOf(board);
     const int fd = openSocket();
-    std::string result;
-    int error = 0;
-    if (connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0 &&
-        sendAll(fd, request) && shutdown(fd, SHUT_WR) == 0) {
-        result = receiveAll(fd);
-    } else {
-        error = errno;
-    }
+    const bool sent =
+            connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0 &&
+            sendPacket(fd, request);
+    const std::string why = sent ? "it ended without an answer" : strerror(errno);
+    const std::string result = sent ? receivePacket(fd) : "";
     close(fd);
     if (result.empty()) {
-        const std::string why = error != 0 ? strerror(error) : "it ended without an answer";
         throw std::runtime_error("no board can be asked in " + board.string() + ": " + why);
     }
     *reason = result.substr(1);

@@ -1,5 +1,5 @@
 // How a command reaches a running board: the socket run/board.sock, which only its owner may use.
-// A connection is one command: its words, each ended by a zero byte, and after the end of them the
+// A connection is one command: a packet with its words, each ended by a zero byte, and one with the
 // answer, "+", or "-" and the reason.
 #pragma once
 

@@ -14,6 +14,9 @@ using std::chrono::steady_clock;
 static constexpr std::chrono::seconds kSlow{1};
 static constexpr std::chrono::milliseconds kLook{5};  // how often who waits looks around
 
+// There also without a file in them, because links lead to them.
+static const std::set<std::string> kTop = {"dev", "proc", "sys"};
+
 // ---- for who fits the board and commands it ----
 
 void Hardware::add(const std::string& path, const std::string& name, std::unique_ptr<Node> node) {
@@ -43,8 +46,14 @@ std::string Hardware::find(const std::string& nameOrPath) {
     if (named != mNames.end()) return named->second;
     if (mEntries.count(nameOrPath) != 0) return nameOrPath;
     std::string why = "there is no such node; there are:";
-    for (const auto& [name, path] : mNames) why += " " + name;
-    for (const auto& [path, entry] : mEntries) why += " " + path;
+    std::set<std::string> namedPaths;
+    for (const auto& [name, path] : mNames) {
+        why += " " + name;
+        namedPaths.insert(path);
+    }
+    for (const auto& [path, entry] : mEntries) {
+        if (namedPaths.count(path) == 0) why += " " + path;
+    }
     throw std::invalid_argument(why + ", and the files below /vendor and /data");
 }
 
@@ -89,23 +98,19 @@ std::shared_ptr<Hardware::Entry> Hardware::visible(const std::string& path) cons
     return found != mEntries.end() && found->second->isThere() ? found->second : nullptr;
 }
 
-// What is right below the directory. None for a path that is no directory, with the exception of
-// those that are always there.
+// The names right below the directory; none when it is no directory.
 std::set<std::string> Hardware::children(const std::string& path) const {
-    if (path == "/") return {"sys", "proc", "dev", "vendor", "data"};
     std::set<std::string> names;
-    const std::string prefix = path + "/";
+    if (path == "/") names = kTop;
+    const std::string prefix = path == "/" ? path : path + "/";
     for (auto next = mEntries.lower_bound(prefix);
          next != mEntries.end() && next->first.compare(0, prefix.size(), prefix) == 0; ++next) {
         const size_t end = next->first.find('/', prefix.size());
-        if (next->second->isThere())
+        if (next->second->isThere()) {
             names.insert(next->first.substr(prefix.size(), end - prefix.size()));
+        }
     }
     return names;
-}
-
-static bool isTop(const std::string& path) {
-    return path.find('/', 1) == std::string::npos;
 }
 
 int Hardware::attributes(const std::string& path, struct stat* status) {
@@ -121,10 +126,8 @@ int Hardware::attributes(const std::string& path, struct stat* status) {
         return 0;
     }
     status->st_mode = S_IFDIR | 0755;
-    std::set<std::string> top;
-    const bool isDirectory = entry || !children(path).empty() ||
-                             (isTop(path) && children("/").count(path.substr(1)));
-    return isDirectory ? 0 : -ENOENT;
+    const bool isThere = entry || path == "/" || kTop.count(path.substr(1)) != 0;
+    return isThere || !children(path).empty() ? 0 : -ENOENT;
 }
 
 int Hardware::list(const std::string& path, std::set<std::string>* names) {

@@ -1,11 +1,7 @@
 // The virtual board: plays the hardware of a device on a plain Linux machine.
 #include <host/running_boards.h>
-#include <signal.h>
-#include <sys/prctl.h>
-#include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <iostream>
 
 #include "host/board/control.h"
 #include "host/board/serve.h"
@@ -41,13 +37,6 @@ const std::vector<Command> kCommands = {
         {"release", "Lets the calls go on", {{"NODE", kNode}}},
 };
 
-// The board ends with who started it, however that ends.
-void dieWithParent() {
-    const pid_t parent = getppid();
-    prctl(PR_SET_PDEATHSIG, SIGTERM);
-    if (getppid() != parent) raise(SIGTERM);
-}
-
 std::string onlyRunningBoard() {
     const std::string directory = tarq::host::usersBoards();
     const Words boards = tarq::host::runningBoards(directory);
@@ -64,9 +53,9 @@ std::string onlyRunningBoard() {
 int askBoard(const std::string& given, const Words& words) {
     std::string reason;
     if (tarq::board::ask(given.empty() ? onlyRunningBoard() : given, words, &reason)) return kDone;
-    std::cerr << "virtual_board:";
-    for (const std::string& word : words) std::cerr << ' ' << word;
-    std::cerr << ": " << reason << '\n';
+    std::string what;
+    for (const std::string& word : words) what += (what.empty() ? "" : " ") + word;
+    fprintf(stderr, "virtual_board: %s: %s\n", what.c_str(), reason.c_str());
     return kRefused;
 }
 
@@ -106,23 +95,30 @@ void declare(CLI::App& app, Request& request) {
     }
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    tarq::board::blockEndings();
+int run(int argc, char** argv) {
     CLI::App app{"Plays the hardware of a device on a plain Linux machine."};
     Request request;
     declare(app, request);
     try {
         app.parse(argc, argv);
-        if (!request.words.empty()) return askBoard(request.board, request.words);
-        dieWithParent();
-        tarq::board::serve(request.folder, request.directory, request.shared);
+    } catch (const CLI::CallForHelp&) {
+        fputs(app.help().c_str(), stdout);
         return kDone;
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? kDone : kCouldNotAsk;
-    } catch (const std::exception& error) {
-        std::cerr << "virtual_board: " << error.what() << '\n';
-        return kCouldNotAsk;
     }
+    if (!request.words.empty()) return askBoard(request.board, request.words);
+    tarq::board::serve(request.folder, request.directory, request.shared);
+    return kDone;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        fprintf(stderr, "virtual_board: %s; try virtual_board --help\n", error.what());
+    } catch (const std::exception& error) {
+        fprintf(stderr, "virtual_board: %s\n", error.what());
+    }
+    return kCouldNotAsk;
 }

@@ -2,6 +2,8 @@
 
 #include <signal.h>
 #include <stdio.h>
+#include <sys/prctl.h>
+#include <unistd.h>
 
 #include <optional>
 #include <stdexcept>
@@ -16,48 +18,48 @@ namespace tarq::board {
 
 namespace fs = std::filesystem;
 
-static sigset_t endings() {
+// From here on they wait until there is something to end; by the threads they are never taken.
+static sigset_t blockEndings() {
     sigset_t signals;
     sigemptyset(&signals);
     for (const int signal : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&signals, signal);
+    sigprocmask(SIG_BLOCK, &signals, nullptr);
     return signals;
 }
 
-void blockEndings() {
-    const sigset_t signals = endings();
-    sigprocmask(SIG_BLOCK, &signals, nullptr);
+// The board ends with who started it, however that ends.
+static void dieWithParent() {
+    const pid_t parent = getppid();
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (getppid() != parent) raise(SIGTERM);
 }
 
-// Mounts the hardware. Where this system refuses, the board goes on with less, and says so.
-// Returns the reason, or "".
+static void say(const char* what, const std::string& why) {
+    fprintf(stderr, "virtual_board: %s: %s\n", what, why.c_str());
+}
+
+// Mounts the hardware; where this system refuses, the board goes on with less, and says so. The
+// reason why nothing is mounted, or "".
 static std::string mount(Hardware& hardware, const fs::path& mountPoint, bool shared,
                          std::optional<FileSystem>* mounted) {
     std::string why;
-    if (shared) {
+    for (const bool forAll : {true, false}) {
+        if (forAll && !shared) continue;
         try {
-            mounted->emplace(hardware, mountPoint, true);
+            mounted->emplace(hardware, mountPoint, forAll);
+            if (shared && !forAll) say("other users have no way to the hardware", why);
             return "";
         } catch (const std::runtime_error& refusal) {
             why = refusal.what();
         }
     }
-    try {
-        mounted->emplace(hardware, mountPoint, false);
-        if (shared) {
-            fprintf(stderr, "virtual_board: other users have no way to the hardware: %s\n",
-                    why.c_str());
-        }
-        return "";
-    } catch (const std::runtime_error& refusal) {
-        fprintf(stderr,
-                "virtual_board: no FUSE, so there are plain files only, no GPIO, camera, fault or "
-                "hold: %s\n",
-                refusal.what());
-        return refusal.what();
-    }
+    say("no FUSE, so there are plain files only, no GPIO, camera, fault or hold", why);
+    return why;
 }
 
 void serve(const fs::path& folder, const fs::path& directory, bool shared) {
+    const sigset_t signals = blockEndings();
+    dieWithParent();
     Hardware hardware;
     fit(folder / "board.xml", hardware);
     RunningBoard board(directory, shared);
@@ -72,7 +74,6 @@ void serve(const fs::path& folder, const fs::path& directory, bool shared) {
     });
     puts("ready");
     fflush(stdout);
-    const sigset_t signals = endings();
     int received = 0;
     sigwait(&signals, &received);
 }
