@@ -145,13 +145,13 @@ TEST_F(HardwareProbes, every_fault_ends_in_its_line) {
         std::vector<std::string> faults;
         std::string line;
     } cases[] = {{"touch_panel", none, "E get tp info error: tpinfo_ic_info not found\n"},
-                 {"touch_panel", {"garbage", "huge"}, "E fail to take tp info\n"},
+                 {"touch_panel", {"garbage"}, "E fail to take tp info\n"},
                  {"hwid_flag", none, "E Fail to get flag from hwid-flag\n"},
                  {"hwid_flag", {"garbage"}, "E Fail to get flag from hwid-flag\n"},
                  {"dsi_id1", none, "E Fail to open dsi id: " + kId1 + "\n"},
                  {"dsi_id1", {"garbage"}, "E Invalid gpio: -16776902\n"},
                  {kTimes, none, "E Fail to open " + kTimes + "\n"},
-                 {kTimes, {"garbage", "huge"}, "default match success\n"}};
+                 {kTimes, {"garbage"}, "default match success\n"}};
     otaTimestamp = 1;
     writeFile(board().path(kTimes), "--TP\nGT-5,0\n");
     for (const auto& c : cases) {
@@ -162,6 +162,13 @@ TEST_F(HardwareProbes, every_fault_ends_in_its_line) {
         }
         fault(c.file, "none");
     }
+}
+
+TEST_F(HardwareProbes, file_of_100_MB_is_read_and_judged) {
+    std::string info;
+    fault("touch_panel", "huge");
+    EXPECT_FALSE(getTpInfo(info));
+    EXPECT_THAT(loggedText(), testing::EndsWith("E fail to take tp info\n"));
 }
 
 TEST_F(HardwareProbes, slow_file_holds_up_its_own_call_only) {
