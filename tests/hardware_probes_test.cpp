@@ -138,6 +138,15 @@ TEST_F(HardwareProbes, null_camera_means_gc5035_and_another_one_bars_the_times) 
                 testing::EndsWith("E Fail to get internal camera\n" + unmatched + byTime));
 }
 
+TEST_F(HardwareProbes, times_of_all_three_parts_count) {
+    otaTimestamp = 3;
+    writeFile(board().path(kTimes), "--TP\nGT-5,1\n--INTERNAL_CAMERA\ngc5035,3\n--LCD\nP-2,2\n");
+    EXPECT_THAT(match({}), testing::HasSubstr("TP\nI Earliest Support Time: 1\n"
+                                              "I Peripheral Type:  INTERNAL_CAMERA\n"
+                                              "I Earliest Support Time: 3\nI Peripheral Type:  "
+                                              "LCD\nI Earliest Support Time: 2\n"));
+}
+
 TEST_F(HardwareProbes, every_fault_ends_in_its_line) {
     const std::vector<std::string> none = {"absent", "unreadable", "empty", "directory"};
     const struct {
