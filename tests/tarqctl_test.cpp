@@ -24,10 +24,11 @@ struct Result {
     std::string err;
 };
 
-Result tarqctl(const Words& words, bool coloured = false) {
+Result tarqctl(const Words& words, bool coloured = false, const std::string& input = "") {
+    std::istringstream in(input);
     std::ostringstream out;
     std::ostringstream err;
-    const int code = runTarqctl(words, coloured, out, err);
+    const int code = runTarqctl(words, coloured, in, out, err);
     return {code, out.str(), err.str()};
 }
 

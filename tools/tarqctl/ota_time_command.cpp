@@ -5,14 +5,14 @@
 
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/daemon.h"
+#include "tools/tarqctl/ota_time.h"
 #include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
 
 using com::tarq::hardwareInfo::IHardwareInfoService;
 
-// The whole text, without a plus sign or blanks. Empty when it is a number, else what is wrong.
-static std::string parse(const std::string& text, int64_t* value) {
+std::string parseOtaTime(const std::string& text, int64_t* value) {
     const char* end = text.data() + text.size();
     const std::from_chars_result result = std::from_chars(text.data(), end, *value);
     if (result.ec == std::errc() && result.ptr == end) return "";
@@ -34,10 +34,10 @@ Run declareOtaTime(CLI::App& app) {
     int64_t ignored = 0;
     app.add_option("N", *text, "in the unit of the board's timestamp file; 0 lets no package pass")
             ->required()
-            ->check([ignored](const std::string& n) mutable { return parse(n, &ignored); });
+            ->check([ignored](const std::string& n) mutable { return parseOtaTime(n, &ignored); });
     return [text](Session& session) {
         int64_t timestamp = 0;
-        parse(*text, &timestamp);
+        parseOtaTime(*text, &timestamp);
         return send(session, timestamp);
     };
 }
