@@ -141,6 +141,8 @@ TEST(explain_log, yes_needs_every_line_and_no_line_can_be_lost) {
                     << all[i];
         }
     }
+    EXPECT_THAT(explained(kAccepted + "Fail to get tpinfo\n"),
+                HasSubstr("\nunknown: lines of the request are missing, or are not what this"));
     const Lines all = linesOf(kRefused);
     for (size_t i = 1; i < all.size(); ++i) {
         Lines lost = all;

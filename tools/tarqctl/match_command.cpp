@@ -39,14 +39,16 @@ struct Answer {
 // One item a line. A file may come from another system: the end of a line may have a CR.
 Items itemsIn(const Session& session, const std::string& file) {
     Items items;
+    int number = 0;
     readLines(session, file, [&](std::string line) {
+        ++number;
         if (!line.empty() && line.back() == '\r') line.pop_back();
         const bool isBlank = line.find_first_not_of(" \t") == std::string::npos;
         if (isBlank || line[0] == '#') return;
         std::string why = checkUtf8(line);
         if (line.find('\0') != std::string::npos) why = "it has a NUL in it";
         if (!why.empty()) {
-            throw session.failure("bad_item", file + ": \"" + line + "\": " + why,
+            throw session.failure("bad_item", file + ":" + std::to_string(number) + ": " + why,
                                   "tarqctl match --help");
         }
         items.push_back(line);

@@ -24,26 +24,26 @@ Cells cellsOf(const ExplainedRow& row) {
             printable(wordFor(row.verdict) + reason)};
 }
 
+// Filled with blanks.
+std::string cell(const std::string& text, size_t wanted) {
+    return "  " + text + std::string(wanted - width(text), ' ');
+}
+
 std::string tableOf(const Explanation& explanation) {
+    const std::string fallback = explanation.fallback.empty() ? "" : "fallback";
     std::vector<Cells> table = {{"part", "board", "package", "verdict"}};
     for (const ExplainedRow& row : explanation.rows) table.push_back(cellsOf(row));
-    std::array<size_t, 3> widths = {};
+    std::array<size_t, 3> widths = {fallback.size(), 0, 0};
     for (const Cells& cells : table) {
         for (size_t i = 0; i < 3; ++i) widths[i] = std::max(widths[i], width(cells[i]));
     }
     std::string text;
     for (const Cells& cells : table) {
-        for (size_t i = 0; i < 3; ++i) {
-            text += "  " + cells[i] + std::string(widths[i] - width(cells[i]), ' ');
-        }
+        for (size_t i = 0; i < 3; ++i) text += cell(cells[i], widths[i]);
         text += "  " + cells[3] + "\n";
     }
-    if (!explanation.fallback.empty()) {
-        const std::string fallback = "fallback";
-        text += "  " + fallback + std::string(std::max(widths[0], fallback.size()) - 8, ' ') +
-                "  " + printable(explanation.fallback) + "\n";
-    }
-    return text;
+    if (fallback.empty()) return text;
+    return text + cell(fallback, widths[0]) + "  " + printable(explanation.fallback) + "\n";
 }
 
 std::string howToFit(const Explanation& explanation) {

@@ -51,7 +51,6 @@ class PartSearch {
 
 void PartSearch::takeWay(const char* way, std::optional<int> id) {
     mHow = "panel id " + (id ? std::to_string(*id) + " " : "") + "by " + way;
-    mPassedOver = 0;  // before, the same words were said of a pin's level
 }
 
 void PartSearch::take(const RecognisedText& line) {
