@@ -63,10 +63,6 @@ to make it fit:
 note: bt: the board's "rtl8723" is found only inside "rtl8723ds"
 )";
 
-// A list of one item that fits, up to where the parts have been looked at.
-const std::string kFallback = "service get match peripherals,peripherals given:\nbt:rtl8723\n" +
-                              kBoard + "tp flag is unmatch\n";
-
 // A yes has no line of its own.
 const std::string kAccepted =
         "service get match peripherals,peripherals given:\n"
@@ -148,48 +144,6 @@ TEST(explain_log, yes_needs_every_line_and_no_line_can_be_lost) {
         Lines lost = all;
         lost.erase(lost.begin() + static_cast<std::ptrdiff_t>(i));
         EXPECT_THAT(explainLog(joined(lost)).out, Not(HasSubstr("\nyes"))) << all[i];
-    }
-}
-
-TEST(explain_log, fallback_says_what_it_came_to) {
-    const std::string file = "/vendor/etc/hardware_timestamp.txt";
-    const std::string compared = "otaTimeStamp is 90\nget timestamp info from " + file +
-                                 "\n>>>hardware timestamp Dump Begin\n"
-                                 "Peripheral Type:  TP\nEarliest Support Time: 80\n"
-                                 "Peripheral Type:  LCD\nEarliest Support Time: 100\n"
-                                 "<<<hardware timestamp Dump End\n";
-    const struct {
-        std::string lines, sentence, row;
-    } cases[] = {
-            {"enter hw timestamp failue, beacause is two supply camera\n",
-             "no: 2 of 3 board parts do not fit, and the timestamp fallback is not for this camera",
-             "refused: it is only for boards with camera gc5035, or without one\n"},
-            {"Enter Time match failed: otaTimeStamp is 0(INVALID VALUE)\n",
-             "and there is no package time for the fallback",
-             "refused: nobody has handed over the package's time\n"},
-            {"Unable to open file: " + file + "\nFail to open " + file + "\n",
-             "and the timestamp file is of no use", "refused: \"Fail to open " + file + "\"\n"},
-            {"otaTimeStamp is 90\nInvalid Peripheral Type: Tp\nFail to find Tp in borad\n",
-             "and the timestamp file is of no use", "refused: \"Fail to find Tp in borad\"\n"},
-            {"otaTimeStamp Match success: cannot find the timestamps of the board peripherals in " +
-                     file + ", default match success\n",
-             "yes: 2 of 3 board parts do not fit, but the timestamp file lists none of them",
-             "passed: the timestamp file lists none of the board's parts\nnote: no time was"},
-            {compared + "otaTimeStamp Match failed: otaTimeStamp(90) earlier than  "
-                        "maxEarliestSupportTime(100)\n",
-             "and the package is not late enough for the fallback",
-             "refused: the package's time, 90, is not later than the earliest time of LCD, 100\n"
-             "\nto make it fit:\n  add tp:gt9xx\n  add internal_camera:gc5035\n"
-             "  or give a package time of 101 or later\n"},
-            {"otaTimeStamp Match success: otaTimeStamp(100000) later than  "
-             "maxEarliestSupportTime(100)\n",
-             "yes: 2 of 3 board parts do not fit, but the package is late enough for the fallback",
-             "passed: the package's time, 100000, is later than the earliest time, 100\n"
-             "note: the package's time 100000 and the timestamp file's 100 seem to have"},
-    };
-    for (const auto& [lines, sentence, row] : cases) {
-        EXPECT_THAT(explained(kFallback + lines),
-                    AllOf(HasSubstr(sentence + "\n"), HasSubstr("\n  fallback         " + row)));
     }
 }
 

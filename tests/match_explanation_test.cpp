@@ -211,7 +211,7 @@ TEST_F(MatchExplanation, every_text_is_known_and_every_answer_explained) {
             {with(late, {{kTimes, "--\n"}}), {}, "refused: \"Fail to find PeripheralType after"},
             {with(late, {{kTimes, "--Tp\n"}}), {}, "refused: \"Fail to find Tp in borad\""},
             {with(late, {{kTimes, "--TP\n\n"}}), {}, "refused: \"Fail to parse /vendor"},
-            {with(late, {{kTimes, "--TP\nx,1\n"}}), {}, "passed: the timestamp file lists none"},
+            {with(late, {{kTimes, "--TP\nx,1\n"}}), {}, "passed: the timestamp file lists none of the board's parts\n"},
             {with(late, {{kTimes, "--TP\n-5,\n-5,90"}}), {}, "90, is not later than the earliest"},
             {with(late, {{kTimes, "--TP\n-5,89"}}),
              {},

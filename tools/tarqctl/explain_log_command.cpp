@@ -3,9 +3,9 @@
 #include <ostream>
 
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/input.h"
 #include "tools/tarqctl/match_requests.h"
 #include "tools/tarqctl/print_explanation.h"
+#include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
 

@@ -3,7 +3,6 @@
 
 #include "hardware_info/text.h"
 #include "tools/tarqctl/explanation.h"
-#include "tools/tarqctl/item_limits.h"
 
 namespace tarq::tools {
 
@@ -63,6 +62,8 @@ Texts betterItems(const Item& part, const ItemFinding* finding) {
     if (finding != nullptr && finding->probe && finding->probe->part) {
         better.push_back(itemWith(part.name, value, {*finding->probe->part}, kMaxItemSize));
     }
+    // One panel is fitted, however many the board lists.
+    if (words.size() > 1) std::reverse(better.begin(), better.end());
     better.erase(std::remove_if(better.begin(), better.end(),
                                 [](const std::string& item) { return item.size() > kMaxItemSize; }),
                  better.end());
@@ -117,17 +118,8 @@ ExplainedRow ignoredRow(const ItemFinding& finding, const std::string& reason) {
 }  // namespace
 
 const char* wordFor(Verdict verdict) {
-    switch (verdict) {
-        case Verdict::FITS:
-            return "fits";
-        case Verdict::MISFIT:
-            return "does not fit";
-        case Verdict::IGNORED:
-            return "ignored";
-        case Verdict::NOT_EXAMINED:
-            return "not examined";
-    }
-    return "";
+    constexpr const char* words[] = {"fits", "does not fit", "ignored", "not examined"};
+    return words[static_cast<size_t>(verdict)];
 }
 
 std::vector<ExplainedRow> explainedRows(const MatchRequest& request) {

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "tools/tarqctl/item_limits.h"
-
 namespace tarq::tools {
 
 namespace {
@@ -42,29 +40,18 @@ std::string fallbackRow(const FallbackFinding& finding) {
     return "";
 }
 
-// The same in short, behind the count of the parts.
-std::string fallbackClause(Fallback outcome) {
-    switch (outcome) {
-        case Fallback::NOT_REACHED:
-            return "";
-        case Fallback::OFF:
-            return ", and the timestamp fallback is off";
-        case Fallback::OTHER_CAMERA:
-            return ", and the timestamp fallback is not for this camera";
-        case Fallback::NO_PACKAGE_TIME:
-            return ", and there is no package time for the fallback";
-        case Fallback::FILE_UNREADABLE:
-        case Fallback::FILE_WRONG:
-            return ", and the timestamp file is of no use";
-        case Fallback::NOT_LISTED:
-            return ", but the timestamp file lists none of them";
-        case Fallback::TOO_EARLY:
-            return ", and the package is not late enough for the fallback";
-        case Fallback::LATER:
-            return ", but the package is late enough for the fallback";
-    }
-    return "";
-}
+// The same in short, behind the count of the parts. By Fallback.
+constexpr const char* kFallbackClauses[] = {
+        "",
+        ", and the timestamp fallback is off",
+        ", and the timestamp fallback is not for this camera",
+        ", and there is no package time for the fallback",
+        ", and the timestamp file is of no use",
+        ", and the timestamp file is of no use",
+        ", but the timestamp file lists none of them",
+        ", and the package is not late enough for the fallback",
+        ", but the package is late enough for the fallback",
+};
 
 size_t partCount(const MatchRequest& request) {
     return static_cast<size_t>(
@@ -95,7 +82,7 @@ std::string sentenceFor(const MatchRequest& request) {
         return "the package is not for overlay id " + request.overlayId +
                ", which ends the check at once";
     }
-    return partsClause(request) + fallbackClause(request.fallback.outcome) +
+    return partsClause(request) + kFallbackClauses[static_cast<size_t>(request.fallback.outcome)] +
            (request.disturbed ? "; another request at the same time got in between, ask again"
                               : "");
 }

@@ -6,7 +6,6 @@
 
 #include "hardware_info/text.h"
 #include "tools/tarqctl/explanation.h"
-#include "tools/tarqctl/item_limits.h"
 
 namespace tarq::tools {
 

@@ -9,11 +9,9 @@
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/growing_file.h"
 #include "tools/tarqctl/hardware_list.h"
-#include "tools/tarqctl/input.h"
 #include "tools/tarqctl/match_requests.h"
-#include "tools/tarqctl/ota_time.h"
 #include "tools/tarqctl/print_explanation.h"
-#include "tools/tarqctl/utf8.h"
+#include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
 

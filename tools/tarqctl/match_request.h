@@ -1,6 +1,7 @@
 // A match request, as the daemon's log tells it.
 #pragma once
 
+#include <stddef.h>
 #include <stdint.h>
 
 #include <optional>
@@ -8,6 +9,12 @@
 #include <vector>
 
 namespace tarq::tools {
+
+constexpr char kOverlayId[] = "overlay_id";  // the item that names no part
+
+// In bytes. The daemon counts longer texts as not fitting.
+constexpr size_t kMaxItemSize = 101;
+constexpr size_t kMaxOverlayIdsSize = 63;
 
 // name:value, as the daemon reads it: split at the first colon, else all name.
 struct Item {

@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "hardware_info/text.h"
-#include "tools/tarqctl/item_limits.h"
 #include "tools/tarqctl/probe_reader.h"
 
 namespace tarq::tools {

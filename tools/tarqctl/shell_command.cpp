@@ -8,7 +8,7 @@
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/daemon.h"
 #include "tools/tarqctl/print_json.h"
-#include "tools/tarqctl/utf8.h"
+#include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
 
