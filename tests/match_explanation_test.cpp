@@ -160,6 +160,7 @@ TEST_F(MatchExplanation, every_text_is_known_and_every_answer_explained) {
         Board board;
         Items items;
         std::string explained;
+        std::string sentence = "\n";
     } cases[] = {
             {{}, {}, "yes: the board lists no parts\n"},
             {{{kSkip, "true"}}, {"a"}, "yes: nothing was compared: " + kSkip + " is \"true\"\n"},
@@ -205,22 +206,38 @@ TEST_F(MatchExplanation, every_text_is_known_and_every_answer_explained) {
             {{{"internal_camera", "g"}, {"camera", "ov"}},
              {"internal_camera:null"},
              "; what the probe found is not listed"},
-            {with(late, {{"camera", "ov"}}), {}, "fallback  refused: it is only for boards"},
-            {with(late, {{"time", "0"}}), {}, "fallback  refused: nobody has handed over"},
-            {late, {}, "refused: \"Fail to open /vendor"},
+            {with(late, {{"camera", "ov"}}),
+             {},
+             "refused: it is only for boards",
+             "1 of 1 board part does not fit, and the timestamp fallback is not for this camera\n"},
+            {with(late, {{"time", "0"}}),
+             {},
+             "fallback  refused: nobody has handed over",
+             "and there is no package time for"},
+            {late, {}, "refused: \"Fail to open /vendor", "and the timestamp file is of no use"},
             {with(late, {{kTimes, "--\n"}}), {}, "refused: \"Fail to find PeripheralType after"},
-            {with(late, {{kTimes, "--Tp\n"}}), {}, "refused: \"Fail to find Tp in borad\""},
+            {with(late, {{kTimes, "--Tp\n"}}),
+             {},
+             "refused: \"Fail to find Tp in borad\"",
+             "and the timestamp file is of no"},
             {with(late, {{kTimes, "--TP\n\n"}}), {}, "refused: \"Fail to parse /vendor"},
-            {with(late, {{kTimes, "--TP\nx,1\n"}}), {}, "passed: the timestamp file lists none of the board's parts\n"},
-            {with(late, {{kTimes, "--TP\n-5,\n-5,90"}}), {}, "90, is not later than the earliest"},
+            {with(late, {{kTimes, "--TP\nx,1\n"}}),
+             {},
+             "passed: the timestamp file lists none of the board's parts\n",
+             "but the timestamp file lists none of them"},
+            {with(late, {{kTimes, "--TP\n-5,\n-5,90"}}),
+             {},
+             "90, is not later than the earliest time of TP, 90\n",
+             "\n  or give a package time of 91 or later\n"},
             {with(late, {{kTimes, "--TP\n-5,89"}}),
              {},
-             "is later than the earliest time of TP, 89"},
+             "is later than the earliest time of TP, 89",
+             "yes: 1 of 1 board part does not fit, but the package is late enough for"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.explained + " " + PrintToString(c.items));
         setUp(c.board);
-        EXPECT_THAT(asText(ask(c.items)), HasSubstr(c.explained));
+        EXPECT_THAT(asText(ask(c.items)), AllOf(HasSubstr(c.explained), HasSubstr(c.sentence)));
         for (const bool first : {true, false}) expectAdviceFits(c.items, first);
     }
     for (const LogTextRow& row : matchLogTexts())
@@ -260,6 +277,10 @@ TEST_F(MatchExplanation, doubts_are_about_what_is_probably_not_meant) {
                             "there is no part \"keybord_ic\", the nearest name is \"keyboard_ic\"",
                             "wifi: the item is longer than 101 bytes and is not compared",
                             "\"codec\" has no colon, so it is a name without a value"));
+    setUp({{"bt", "r"}, {kCheckTime, "true"}, {"time", "1600000000000"}, {kTimes, ",1600000000"}});
+    EXPECT_THAT(ask({}).doubts, ElementsAre("the package's time 1600000000000 and the timestamp "
+                                            "file's 1600000000 seem to have different units, such "
+                                            "as s and ms"));
 }
 
 }  // namespace
