@@ -176,14 +176,17 @@ TEST_F(HardwareProbes, file_of_100_MB_is_read_and_judged) {
     EXPECT_THAT(loggedText(), EndsWith("E fail to take tp info\n"));
 }
 
-TEST_F(HardwareProbes, slow_file_holds_up_its_own_call_only) {
+TEST_F(HardwareProbes, slow_file_holds_up_its_own_call_which_tells_its_own_result) {
+    const std::atomic<uint8_t>& state = peripheralTable[size_t(PeripheralType::TP)].matchState;
+    setPart(PeripheralType::TP, "X");
     board().command({"hold", "touch_panel"});
-    std::string info;
-    std::thread waiting([&info] { getTpInfo(info); });
-    EXPECT_THAT(match({String16("lcd:P-2")}), EndsWith("match\nfits"));
+    std::thread waiting([] { _isMatchHardwareInfo({String16("tp:X")}); });
+    EXPECT_TRUE(eventually([&state] { return state == 1; }));
+    EXPECT_THAT(match({String16("lcd:P-2")}), HasSubstr("I tp flag is unmatch\n"));
+    EXPECT_EQ(state, 2);
     board().command({"release", "touch_panel"});
     waiting.join();
-    EXPECT_EQ(info, "GT-5");
+    EXPECT_THAT(loggedText(), HasSubstr("I take tp info: GT-5\nI isTpMatchByTpInfo: match\n"));
 }
 
 TEST_F(HardwareProbes, eight_at_once_leave_pins_and_states_that_serve_the_next) {
