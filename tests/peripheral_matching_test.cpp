@@ -7,7 +7,6 @@
 #include <tuple>
 
 #include "hardware_info/HardwareInfoService.h"
-#include "hardware_info/ota_timestamp.h"
 #include "tests/hardware_info_fixture.h"
 
 using android::String16;
@@ -22,25 +21,21 @@ static const std::string kFallback = "ro.vendor.ota_enter_timestamp_check";
 struct PeripheralMatching : PlainBoardTest {
     PeripheralMatching() { writeFile(file(kTp), "type:gt9xx\nid:5\n"); }
 
-    // Without what the touch panel probe says of its own work.
-    std::string reasons() {
-        std::string text;
-        for (const std::string& line : logged()) {
-            if (line[0] != 'D' && line.rfind("I take tp info", 0) != 0) text += line + "\n";
-        }
-        return text;
-    }
-    // The reasons, then "fits" or "refused".
+    // The reasons, without the table and the touch panel's probing, then "fits" or "refused".
     std::string match(const std::vector<std::string>& items) {
         std::vector<String16> list;
         for (const std::string& item : items) list.emplace_back(item.c_str(), item.size());
         bool fits = false;
-        com::tarq::hardwareInfo::HardwareInfoService().isMatchHardwareInfo(list, &fits);
-        const std::string text = reasons() + (fits ? "fits" : "refused");
-        const std::string dumped = "<<<hardware info Dump End\n";
-        const size_t dump = text.find(dumped);
-        return dump == text.npos ? text : text.substr(dump + dumped.size());
+        service.isMatchHardwareInfo(list, &fits);
+        std::string text;
+        for (const std::string& line : logged()) {
+            if (line[0] != 'D' && line.rfind("I take tp info", 0) != 0) text += line + "\n";
+            if (line == "I <<<hardware info Dump End") text.clear();
+        }
+        return text + (fits ? "fits" : "refused");
     }
+
+    com::tarq::hardwareInfo::HardwareInfoService service;
 };
 
 static std::string refusedFor(const std::string& name) {
@@ -70,22 +65,20 @@ TEST_F(PeripheralMatching, skipping_is_by_property_and_changes_nothing) {
 
 TEST_F(PeripheralMatching, overlay_id_must_be_listed_when_the_board_has_one) {
     const std::string longest = std::string(61, '7') + ",3";
-    const std::string none = "W an item without \":\" has no value: overlay_id\n";
+    const std::string noValue = "W an item without \":\" has no value: overlay_id\n";
     const std::string tooLong =
             "E overlay ids of 64 bytes are not compared, at most 63 are allowed\n";
+    EXPECT_EQ(match({"overlay_id"}), noValue + "fits");
+    boardIdentity.overlayId = 3;
     for (const std::string& ids : {"1,2*3"s, " 03x"s, longest}) {
-        boardIdentity.overlayId = 3;
         EXPECT_EQ(match({"overlay_id:" + ids}), "I isMatchoverlayId:1\nfits");
     }
     for (const auto& [item, ids, before] : std::vector<std::array<std::string, 3>>{
                  {"overlay_id:13", "13", ""},
-                 {"overlay_id", "", none},
+                 {"overlay_id", "", noValue},
                  {"overlay_id:" + longest + ",", longest + ",", tooLong}}) {
-        boardIdentity.overlayId = 3;
         EXPECT_EQ(match({item, "wifi"}), before + "I isMatchoverlayId:0\nE overlay ids(" + ids +
                                                  ") not include the one(3) on boards\nrefused");
-        boardIdentity.overlayId = -1;
-        EXPECT_EQ(match({item}), (before == none ? none : "") + "fits");
     }
 }
 
@@ -103,10 +96,6 @@ TEST_F(PeripheralMatching, package_must_name_every_part_of_the_board) {
             {"abc", {"codec:abc", "codec:x"}, differs("codec", "abc", "x") + refused},
             {" ,*", {"codec:"}, "fits"},
             {"abc", {"codec:ab\0c"s}, differs("codec", "abc", "ab") + refused},
-            {"abc",
-             {"codec"},
-             "W an item without \":\" has no value: codec\n" + differs("codec", "abc", "") +
-                     refused},
             {"abc", {"codec:abc," + filler}, "fits"},
             {"abc",
              {"codec:abc", "codec:abc,," + filler},
@@ -190,7 +179,7 @@ TEST_F(PeripheralMatching, mismatch_passes_if_the_time_is_later_than_all_of_the_
     }
     setPart(PeripheralType::CODEC, "abc");
     setProperty(kFallback, "true");
-    otaTimestamp = 101;
+    for (const int64_t time : {INT64_MIN, int64_t{101}}) service.setOtaTimestamp(time);
     for (const auto& [content, result] : cases) {
         writeFile(file(kTimes), content);
         EXPECT_EQ(match({}),
