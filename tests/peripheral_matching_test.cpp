@@ -13,8 +13,6 @@ using android::String16;
 using std::string_literals::operator""s;
 using testing::EndsWith;
 
-static const std::string kTp = "/sys/class/tpinfo/tpinfo_ic_info";
-static const std::string kTimes = "/vendor/etc/hardware_timestamp.txt";
 static const std::string kFallback = "ro.vendor.ota_enter_timestamp_check";
 
 // The board's touch panel tells that it is "gt9xx-5".
@@ -140,30 +138,23 @@ TEST_F(PeripheralMatching, either_text_or_probe_is_enough) {
 }
 
 TEST_F(PeripheralMatching, mismatch_passes_if_the_time_is_later_than_all_of_the_boards_parts) {
-    const auto record = [](const std::string& time, const std::string& kind = "TP") {
+    const auto record = [](const std::string& kind, const std::string& time) {
         return "I Peripheral Type:  " + kind + "\nI Earliest Support Time: " + time + "\n";
     };
-    const auto verdict = [](const std::string& records, const std::string& text) {
-        return "I >>>hardware timestamp Dump Begin\n" + records +
-               "I <<<hardware timestamp Dump End\nI otaTimeStamp Match " + text;
-    };
-    const auto later = [&](const std::string& records, const std::string& than) {
-        return verdict(records, "success: otaTimeStamp(101) later than  maxEarliestSupportTime(" +
-                                        than + ")\nfits");
-    };
+    const std::string begin = "I >>>hardware timestamp Dump Begin\n";
+    const std::string end = "I <<<hardware timestamp Dump End\nI otaTimeStamp Match ";
+    const std::string later =
+            end + "success: otaTimeStamp(101) later than  maxEarliestSupportTime(";
     const std::string noComma = "E Fail to parse " + kTimes + " because cannot find \",\"\nrefused";
-    const auto notFound = [](const std::string& kind) {
-        return "E Fail to find " + kind + " in borad\nrefused";
-    };
     std::vector<std::pair<std::string, std::string>> cases = {
-            {"--TP\ngt9xx-5,101", verdict(record("101"),
+            {"--TP\ngt9xx-5,101", begin + record("TP", "101") + end +
                                           "failed: otaTimeStamp(101) earlier than  "
-                                          "maxEarliestSupportTime(101)\nrefused")},
-            {"--TP\ngt9xx-5,1\ngt9xx-5, \t100x\r\n--TP\ngt9xx-5,-3\n",
-             later(record("1") + record("100") + record("-3"), "100")},
-            {"--TP\ngt9xx-5,\n",
-             "E Fail to get timestamp in " + kTimes + "\n" + later(record("0"), "0")},
-            {"x,1\n,99\n", later(record("99", ""), "99")},
+                                          "maxEarliestSupportTime(101)\nrefused"},
+            {"x,1\n,-9\n--TP\ngt9xx-5, \t100x\r\ngt9xx-5,1",
+             begin + record("", "-9") + record("TP", "100") + record("TP", "1") + later +
+                     "100)\nfits"},
+            {"--TP\ngt9xx-5,\n", "E Fail to get timestamp in " + kTimes + "\n" + begin +
+                                         record("TP", "0") + later + "0)\nfits"},
             {"--TP\ngt911-1,900\ngt9xx-5 , 900\n",
              "I otaTimeStamp Match success: cannot find the timestamps of the board peripherals "
              "in " + kTimes +
@@ -171,11 +162,11 @@ TEST_F(PeripheralMatching, mismatch_passes_if_the_time_is_later_than_all_of_the_
             {"--TP\ngt9xx-5,100\n\n", noComma},
             {"-\n", noComma},
             {"--\n", "E Fail to find PeripheralType after \"--\" in " + kTimes + "\nrefused"},
-            {"--TP\r\n", "E Invalid Peripheral Type: TP\r\n" + notFound("TP\r")},
-            {"--INTERNAL_CAMERA\n", notFound("INTERNAL_CAMERA")}};
-    for (const std::string kind :
-         {"WIFI", "CODEC", "USB_CAMERA", "BT", "SWITCH", "EMMC", "LED_IC", "KEYBOARD_IC"}) {
-        cases.emplace_back("--TP\ngt9xx-5,1\n--" + kind, notFound(kind));
+            {"--TP\r\n", "E Invalid Peripheral Type: TP\r\nE Fail to find TP\r in borad\nrefused"}};
+    for (const std::string kind : {"WIFI", "CODEC", "INTERNAL_CAMERA", "USB_CAMERA", "BT", "SWITCH",
+                                   "EMMC", "LED_IC", "KEYBOARD_IC"}) {
+        cases.emplace_back("--TP\ngt9xx-5,1\n--" + kind,
+                           "E Fail to find " + kind + " in borad\nrefused");
     }
     setPart(PeripheralType::CODEC, "abc");
     setProperty(kFallback, "true");

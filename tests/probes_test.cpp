@@ -9,16 +9,7 @@
 
 using std::string_literals::operator""s;
 
-static const std::string kTp = "/sys/class/tpinfo/tpinfo_ic_info";
 static const std::string kTpOnBus = "/sys/class/i2c-dev/i2c-2/device/2-005d/tp_ic_info";
-static const std::string kReg = "/sys/bus/mipi-dsi/devices/ff450000.dsi.0/of_node/id";
-static const std::string kFlag = "/sys/bus/mipi-dsi/devices/ff450000.dsi.0/of_node/hwid-flag";
-static const std::string kId1 = "/proc/device-tree/dsi@ff450000/dsi,id1";
-static const std::string kId2 = "/proc/device-tree/dsi@ff450000/dsi,id2";
-
-static std::string cannotOpen(const std::string& path) {
-    return "W Unable to open file: " + path + "\n";
-}
 
 struct Probes : PlainBoardTest {
     // What is logged, then the answer or "no".
@@ -27,9 +18,9 @@ struct Probes : PlainBoardTest {
         const bool found = probe(output);
         return loggedText() + (found || output == "no" ? output : "a changed output");
     }
-    std::string levelBehindId2() {
+    std::string levelOfPin1() {
         int32_t level = 7;
-        const bool found = getGpioValFromDsiId(kId2.c_str(), level);
+        const bool found = getGpioValFromDsiId(kId1.c_str(), level);
         return loggedText() + (found == (level != 7) ? std::to_string(level) : "a wrong level");
     }
 };
@@ -54,7 +45,7 @@ TEST_F(Probes, first_touch_panel_file_with_content_decides) {
     const std::string fromBus = "D get tp info from " + kTpOnBus +
                                 "\nD tp_ic_info: key=id, value= 1\nI take tp info: -1\n-1";
     writeFile(file(kTpOnBus), "id: 1");
-    EXPECT_EQ(outcome(getTpInfo), cannotOpen(kTp) + fromBus);
+    EXPECT_EQ(outcome(getTpInfo), "W Unable to open file: " + kTp + "\n" + fromBus);
     writeFile(file(kTp), "");
     EXPECT_EQ(outcome(getTpInfo), fromBus);
     writeFile(file(kTp), "x");
@@ -85,8 +76,8 @@ TEST_F(Probes, panel_is_the_first_item_with_the_number) {
 TEST_F(Probes, panel_number_comes_by_the_first_way_that_tells_one) {
     const std::string gotReg = "D get lcd info from " + kReg + "\n";
     const std::string byReg = gotReg + "I Try to get lcd id by reg\n";
-    const std::string noFlag = "E Fail to get flag from hwid-flag\n" + cannotOpen(kId1) +
-                               "E Fail to open dsi id: " + kId1 +
+    const std::string noFlag = "E Fail to get flag from hwid-flag\nW Unable to open file: " + kId1 +
+                               "\nE Fail to open dsi id: " + kId1 +
                                "\nE Fail to get dsi id\nE Fail to get lcd id, no more feedback\n"
                                "E Fail to get lcdid\nno";
     const auto flag = [](const std::string& hex) {
@@ -111,13 +102,13 @@ TEST_F(Probes, panel_number_comes_by_the_first_way_that_tells_one) {
 
 TEST_F(Probes, pin_is_below_128_and_its_level_0_or_1) {
     const auto read = [](const std::string& pin) {
-        return "D Read hw id gpios val (dis,id:val)(" + pin + ") from " + kId2 + "\n";
+        return "D Read hw id gpios val (dis,id:val)(" + pin + ") from " + kId1 + "\n";
     };
     const auto failed = [](const std::string& why, const std::string& number) {
         return "E " + why + "\nE Fail to get gpio value from gpio: " + number + "\n7";
     };
     const std::array<std::string, 3> cases[] = {
-            {"\0\0\x7f"s, "1", "E Fail to open dsi id: " + kId2 + "\n7"},
+            {"\0\0\x7f"s, "1", "E Fail to open dsi id: " + kId1 + "\n7"},
             {"\0\0\0\x80"s, "1", failed("Invalid gpio: 128", "128")},
             {"\xff\xff\xff\xff", "1", failed("Invalid gpio: -1", "-1")},
             {"\0\0\0\x7f and more"s, " \t1\r\n", read("127:1") + "1"},
@@ -125,17 +116,17 @@ TEST_F(Probes, pin_is_below_128_and_its_level_0_or_1) {
             {"\0\0\0\x7f"s, "2", failed("Failed to convert 2 to int", "127")},
             {"\0\0\0\x7f"s, "-1\n", failed("Failed to convert -1\n to int", "127")}};
     for (const auto& [cell, value, result] : cases) {
-        writeFile(file(kId2), cell);
-        writeFile(file("/sys/class/gpio/gpio127/value"), value);
-        EXPECT_EQ(levelBehindId2(), result);
+        writeFile(file(kId1), cell);
+        writeFile(file(kGpio + "gpio127/value"), value);
+        EXPECT_EQ(levelOfPin1(), result);
     }
 }
 
 TEST_F(Probes, files_of_a_pin_are_neither_made_nor_emptied) {
-    writeFile(file(kId2), "\0\0\0\5"s);
-    writeFile(file("/sys/class/gpio/export"), "####");
-    std::filesystem::create_directories(file("/sys/class/gpio/gpio5"));
-    levelBehindId2();
-    EXPECT_EQ(readFile(file("/sys/class/gpio/export")), "5###");
-    EXPECT_TRUE(std::filesystem::is_empty(file("/sys/class/gpio/gpio5")));
+    writeFile(file(kId1), "\0\0\0\5"s);
+    writeFile(file(kGpio + "export"), "####");
+    std::filesystem::create_directories(file(kGpio + "gpio5"));
+    levelOfPin1();
+    EXPECT_EQ(readFile(file(kGpio + "export")), "5###");
+    EXPECT_TRUE(std::filesystem::is_empty(file(kGpio + "gpio5")));
 }
