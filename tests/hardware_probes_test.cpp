@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include <array>
 #include <set>
 #include <thread>
 #include <tuple>
@@ -10,7 +11,6 @@
 #include "hardware_info/display_probe.h"
 #include "hardware_info/ota_timestamp.h"
 #include "hardware_info/peripheral_matching.h"
-#include "hardware_info/touch_panel_probe.h"
 #include "tests/hardware_info_fixture.h"
 #include "tests/test_board.h"
 
