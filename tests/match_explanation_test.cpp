@@ -171,7 +171,10 @@ TEST_F(MatchExplanation, every_text_is_known_and_every_answer_explained) {
             {{{kSkip, "true"}}, {"a"}, "yes: nothing was compared: " + kSkip + " is \"true\"\n"},
             {{{kSkip + "_no_hwid", "true"}}, {"a"}, "compared: the board has no overlay id, which"},
             {{{"overlay", "5"}}, {"overlay_id:1*5"}, "fits: 5 is listed"},
-            {{{"overlay", "5"}, {"bt", "r"}}, {"overlay_id:15", "bt:r"}, "does not fit: 5 is not"},
+            {{{"overlay", "5"}, {"bt", "r"}},
+             {"overlay_id:15"},
+             "does not fit: 5 is not",
+             "then ask again"},
             {{{"overlay", "5"}}, {"overlay_id:5," + long64}, "more than 63 bytes are not compared"},
             {{{"bt", "r"}}, {"overlay_id:1"}, "ignored: the board has no overlay id"},
             {{{"bt", "r"}}, {"bt:r" + std::string(100, 'r')}, "more than 101 bytes is not"},
@@ -192,6 +195,10 @@ TEST_F(MatchExplanation, every_text_is_known_and_every_answer_explained) {
             {{{"lcd", "A-1,,X,B-3"}, {kFlag, cell(3)}},
              {"lcd:C-1"},
              "; probe says B-3 (panel id 3 by hwid-flag), not listed"},
+            {{{"lcd", "A-1,B-2"}, {kFlag, cell(1)}},
+             {"lcd:B-2"},
+             "; probe says A-1 (panel id 1 by hwid-flag), not listed",
+             "  write lcd:B-2,A-1\n"},
             {{{"lcd", "A-1,B-2"}, {kFlag, cell(3)}},
              {"lcd:B-2"},
              "; the probe (panel id 3 by hwid-flag) found no entry of the board's list"},
@@ -273,11 +280,11 @@ TEST_F(MatchExplanation, items_that_look_like_other_lines_lead_nowhere) {
 
 TEST_F(MatchExplanation, doubts_are_about_what_is_probably_not_meant) {
     setUp({{"tp", "gt9"}, {"bt", "r"}});
-    EXPECT_THAT(ask({"overlay_id:1", "tp:gt911 gt9", "bt:rr", "bt:r", "camera:x", "keybord_ic:x",
-                     "wifi" + std::string(98, ':'), "codec"})
+    EXPECT_THAT(ask({"overlay_id:1", "tp:gt911 gt9", "bt:rr", "bt:r", "bt:r", "camera:x",
+                     "keybord_ic:x", "wifi" + std::string(98, ':'), "codec"})
                         .doubts,
                 ElementsAre("bt: the board's \"r\" is found only inside \"rr\"",
-                            "bt is named twice, the later one counts",
+                            "bt is named more than once, the last one counts",
                             "there is no part \"camera\", the nearest name is \"internal_camera\"",
                             "there is no part \"keybord_ic\", the nearest name is \"keyboard_ic\"",
                             "wifi: the item is longer than 101 bytes and is not compared",

@@ -64,6 +64,7 @@ Texts betterItems(const Item& part, const ItemFinding* finding) {
     }
     // One panel is fitted, however many the board lists.
     if (words.size() > 1) std::reverse(better.begin(), better.end());
+    better.erase(std::unique(better.begin(), better.end()), better.end());
     better.erase(std::remove_if(better.begin(), better.end(),
                                 [](const std::string& item) { return item.size() > kMaxItemSize; }),
                  better.end());
