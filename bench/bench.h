@@ -1,6 +1,6 @@
 // What the measurements share. Each is a pair of benchmarks, "NAME/tarqd" and "NAME/floor", that
 // report their "value"; main prints the ratio of the two medians. A third one, "NAME/VARIANT", is
-// told in a comment line.
+// told in a comment line, and so is one that has no floor.
 #pragma once
 
 #include <benchmark/benchmark.h>

@@ -3,6 +3,7 @@
 #include <stdio.h>
 #include <string.h>
 
+#include <algorithm>
 #include <map>
 #include <string>
 
@@ -25,9 +26,13 @@ class RatioReporter : public benchmark::BenchmarkReporter {
     void Finalize() override {
         for (const auto& [name, values] : mValues) {
             const std::string what = name.substr(0, name.find('/'));
-            const std::string variant = name.substr(what.size() + 1);
+            const std::string variant = name.substr(std::min(what.size() + 1, name.size()));
             if (variant == "floor") continue;
             const double value = median(values);
+            if (mValues.count(what + "/floor") == 0) {
+                printf("# %s: %.1f\n", name.c_str(), value);
+                continue;
+            }
             const double floor = median(mValues.at(what + "/floor"));
             printf("# %s: %.1f beside %.1f\n", name.c_str(), value, floor);
             const bool isMain = variant == "tarqd";

@@ -1,10 +1,8 @@
 #include "hardware_info/HardwareInfoService.h"
 
-#include <android/log.h>
-
-#include "hardware_info/log_tag.h"
 #include "hardware_info/ota_timestamp.h"
 #include "hardware_info/peripheral_list.h"
+#include "hardware_info/peripheral_matching.h"
 
 namespace com::tarq::hardwareInfo {
 
@@ -16,12 +14,9 @@ Status HardwareInfoService::getHardwareInfo(std::vector<String16>* peripherals, 
     return Status::ok();
 }
 
-Status HardwareInfoService::isMatchHardwareInfo(const std::vector<String16>& /*peripherals*/,
+Status HardwareInfoService::isMatchHardwareInfo(const std::vector<String16>& peripherals,
                                                 bool* result) {
-    // No package is let through that was not compared with the board.
-    __android_log_print(ANDROID_LOG_ERROR, kLogTag,
-                        "isMatchHardwareInfo: this build cannot compare packages, answering false");
-    *result = false;
+    *result = _isMatchHardwareInfo(peripherals);
     return Status::ok();
 }
 

@@ -10,6 +10,7 @@
 #include "common/device_file.h"
 #include "hardware_info/log_tag.h"
 #include "hardware_info/peripheral_table.h"
+#include "hardware_info/text.h"
 
 static constexpr char kPath[] = "/vendor/etc/hardwareInfo.xml";
 
@@ -46,16 +47,6 @@ static void copyCut(const DescriptionText& text, char (&field)[SIZE]) {
     if (!text) return;
     memset(field, 0, SIZE);
     text->copy(field, SIZE);
-}
-
-static bool includesId(std::string ids, int32_t id) {
-    static constexpr char kSeparators[] = " ,*";
-    char* rest = nullptr;
-    for (char* token = strtok_r(ids.data(), kSeparators, &rest); token != nullptr;
-         token = strtok_r(nullptr, kSeparators, &rest)) {
-        if (atoi(token) == id) return true;
-    }
-    return false;
 }
 
 // Only reports: the variant is used whatever comes of it.

@@ -1,10 +1,14 @@
 #include <gmock/gmock.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 
+#include <iterator>
 #include <memory>
+#include <sstream>
 
 #include "tests/child_process.h"
 #include "tests/temporary_directory.h"
+#include "tests/test_board.h"
 
 namespace {
 
@@ -13,6 +17,8 @@ namespace fs = std::filesystem;
 class VirtualBoard : public testing::Test {
   protected:
     VirtualBoard() { writeFile(mFolder / "build.prop", "ro.a=1\n"); }
+    // A board that was killed has left it mounted.
+    ~VirtualBoard() override { umount2((mDirectory / "hw").c_str(), MNT_DETACH); }
 
     // Standard error comes with the output, whose first line is to be this.
     std::unique_ptr<ChildProcess> serve(const std::string& line = "ready",
@@ -23,6 +29,14 @@ class VirtualBoard : public testing::Test {
                 std::vector<std::string>{"sh", "-c", command, mFolder.path(), mDirectory.path()});
         EXPECT_EQ(board->readLine(), line);
         return board;
+    }
+    // Of a start; without the program's name.
+    std::string refusal() {
+        ChildProcess board({"sh", "-c", VIRTUAL_BOARD " serve \"$0\" \"$1\" 2>&1", mFolder.path(),
+                            mDirectory.path()});
+        const std::string line = board.readAll();
+        EXPECT_EQ(board.wait(), 2);
+        return line.substr(strlen("virtual_board: "), line.find('\n') - strlen("virtual_board: "));
     }
     std::string property(const std::string& name) const {
         return readFile(mDirectory / ("run/properties/" + name));
@@ -36,8 +50,7 @@ TEST_F(VirtualBoard, device_tree_is_there_when_it_is_ready_and_nothing_else) {
     writeFile(mFolder / "vendor/etc/leds/x.xml", "<x/>");
     for (const bool shared : {false, true}) {
         const auto board = serve("ready", shared ? "--shared" : "");
-        for (const char* name : {"", "run", "run/properties", "root", "root/data", "root/dev",
-                                 "root/proc", "root/sys", "root/vendor"}) {
+        for (const char* name : {"", "run", "run/properties", "root", "root/data", "root/vendor"}) {
             struct stat status = {};
             EXPECT_EQ(stat((mDirectory / name).c_str(), &status), 0) << name;
             EXPECT_EQ(status.st_mode, S_IFDIR | (shared ? 0755u : 0700u)) << name;
@@ -45,9 +58,9 @@ TEST_F(VirtualBoard, device_tree_is_there_when_it_is_ready_and_nothing_else) {
         EXPECT_EQ(readFile(mDirectory / "root/vendor/etc/leds/x.xml"), "<x/>");
         EXPECT_EQ(property("ro.a"), "1");
         EXPECT_FALSE(fs::exists(mDirectory / "run/properties/ro.left"));
-        EXPECT_FALSE(fs::exists(mDirectory / "root/sys/left"));
+        EXPECT_FALSE(fs::exists(mDirectory / "root/vendor/left"));
         writeFile(mDirectory / "run/properties/ro.left", "1");  // by one that is killed
-        writeFile(mDirectory / "root/sys/left", "1");
+        writeFile(mDirectory / "root/vendor/left", "1");
     }
 }
 
@@ -98,10 +111,62 @@ TEST_F(VirtualBoard, ends_with_the_process_that_started_it) {
 }
 
 TEST_F(VirtualBoard, folder_that_is_no_board_is_one_error_line) {
+    const std::pair<const char*, const char*> kWrong[] = {
+            {"<board>\n<led/></board>", "2: led: there is no such part"},
+            {"<board>\n\n<camera node='0' bus='1'/></board>", "3: camera: has no \"bus\""},
+            {"<board><camera node='-1' sensor='x'/></board>", "1: camera: node is no decimal"},
+            {"<board><display reg='0'/></board>", "1: display: \"0\": not two hexadecimal"},
+            {"<board><gpio number='1'/>\n<gpio number='1'/></board>", "2: gpio: /sys/class/gpio"},
+            {"<board>\n<gpio number='1' level='up'/></board>", "2: gpio: level is neither"},
+            {"<board>", "1: XML_ERROR"}};
+    for (const auto& [xml, where] : kWrong) {
+        writeFile(mFolder / "board.xml", xml);
+        EXPECT_THAT(refusal(), testing::StartsWith(mFolder / "board.xml:" + where));
+    }
+    fs::remove(mFolder / "board.xml");
     fs::remove(mFolder / "build.prop");
     const std::string error = "build.prop: No such file or directory";
-    EXPECT_EQ(serve("virtual_board: " + mFolder / error)->wait(), 2);
+    EXPECT_EQ(refusal(), mFolder / error);
     EXPECT_FALSE(fs::exists(mDirectory / "run"));
+}
+
+TEST_F(VirtualBoard, ends_while_calls_wait_and_files_are_open_and_unmounts) {
+    TestBoard board("<touch_panel type='a' id='1'/>");
+    if (!board.withoutFuse().empty()) GTEST_SKIP() << board.withoutFuse();
+    const std::ifstream open(board.path("/sys/class/tpinfo/tpinfo_ic_info"));
+    board.command({"hold", "touch_panel"});
+    const auto reader = board.waitingReader("/sys/class/tpinfo/tpinfo_ic_info");
+    board.end(SIGTERM);
+    EXPECT_EQ(reader->wait(), 1);
+    EXPECT_TRUE(fs::is_empty(board.directory() + "/hw"));
+}
+
+TEST_F(VirtualBoard, killed_one_has_lost_nothing_for_the_next) {
+    TestBoard board("<touch_panel type='a' id='1'/>");
+    if (!board.withoutFuse().empty()) GTEST_SKIP() << board.withoutFuse();
+    board.command({"set", "/data/kept", "x"});
+    board.command({"fault", "/data/kept", "empty"});
+    board.end(SIGKILL);
+    board.start();
+    EXPECT_EQ(readFile(board.path("/data/kept")), "x");
+    EXPECT_EQ(readFile(board.path("/sys/class/tpinfo/tpinfo_ic_info")), "type:a\nid:1\n");
+}
+
+TEST_F(VirtualBoard, without_fuse_there_are_plain_files_and_the_rest_says_so) {
+    if (system("unshare -m true 2>/dev/null") != 0) GTEST_SKIP() << "unshare -m is refused";
+    const TestBoard board("<touch_panel type='a' id='1'/><gpio number='3'/>", "",
+                          "unshare -m sh -c 'mount --bind /dev/null /dev/fuse && exec \"$@\"' -");
+    EXPECT_THAT(board.withoutFuse(), testing::HasSubstr("plain files only"));
+    const std::string file = board.path("/sys/class/tpinfo/tpinfo_ic_info");
+    EXPECT_EQ(readFile(file), "type:a\nid:1\n");
+    board.command({"set", "touch_panel", "new"});
+    EXPECT_EQ(readFile(file), "new");
+    for (const char* words : {"set gpio3 1", "fault touch_panel empty", "hold touch_panel"}) {
+        std::istringstream in(words);
+        std::string said;
+        EXPECT_EQ(board.ask({std::istream_iterator<std::string>(in), {}}, &said), 1);
+        EXPECT_THAT(said, testing::HasSubstr(words + std::string(": needs FUSE: ")));
+    }
 }
 
 }  // namespace

@@ -1,50 +1,124 @@
 // The virtual board: plays the hardware of a device on a plain Linux machine.
-#include <signal.h>
-#include <stdio.h>
-#include <string.h>
-#include <sys/prctl.h>
-#include <unistd.h>
+#include <host/running_boards.h>
 
-#include <exception>
+#include <CLI/CLI.hpp>
 
-#include "host/board/running_board.h"
+#include "host/board/control.h"
+#include "host/board/serve.h"
 
-static constexpr char kUsage[] =
-        "usage: virtual_board serve BOARD DIR [--shared]\n"
-        "Plays the board that the folder BOARD describes, in the directory DIR, until it is told\n"
-        "to end. Prints \"ready\" when programs can be started with TARQ_BOARD=DIR.\n"
-        "  --shared  lets other users of this machine talk to the board's daemon\n";
+namespace {
 
-// The board ends with who started it, however that ends.
-static void dieWithParent() {
-    const pid_t parent = getppid();
-    prctl(PR_SET_PDEATHSIG, SIGTERM);
-    if (getppid() != parent) raise(SIGTERM);
+using Words = std::vector<std::string>;
+
+enum ExitCode { kDone = 0, kRefused = 1, kCouldNotAsk = 2 };
+
+// A command for a board that runs. Its words are the arguments in their order.
+struct Command {
+    const char* name;
+    const char* sentence;
+    std::vector<std::pair<const char*, const char*>> arguments;  // with what they are
+};
+
+const char kNode[] = "its name, such as touch_panel, or its path on the device";
+
+const std::vector<Command> kCommands = {
+        {"set",
+         "Changes what is fitted, or a file below /vendor or /data",
+         {{"NODE", kNode},
+          {"VALUE",
+           "text with \\n \\r \\t \\\\ \\xHH for the touch panel and for files; cells in "
+           "hexadecimal; 0 or 1 for a GPIO line; a camera's sensor"}}},
+        {"fault",
+         "Makes a node go wrong, or with \"none\" right again",
+         {{"NODE", kNode},
+          {"FAULT",
+           "absent, empty, garbage, huge, directory, unreadable, unwritable, slow, none"}}},
+        {"hold", "Makes every call on a node wait until it is released", {{"NODE", kNode}}},
+        {"release", "Lets the calls go on", {{"NODE", kNode}}},
+};
+
+std::string onlyRunningBoard() {
+    const std::string directory = tarq::host::usersBoards();
+    const Words boards = tarq::host::runningBoards(directory);
+    if (boards.size() == 1) return boards.front();
+    if (boards.empty()) {
+        throw std::runtime_error("no board is running below " + directory +
+                                 ", and neither --board nor TARQ_BOARD names one");
+    }
+    std::string why = "several boards are running:";
+    for (const std::string& board : boards) why += " --board " + board;
+    throw std::runtime_error(why);
 }
 
-int main(int argc, char** argv) {
-    // Blocked from the start: a signal that comes early waits until there is something to end.
-    sigset_t endings;
-    sigemptyset(&endings);
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&endings, signal);
-    sigprocmask(SIG_BLOCK, &endings, nullptr);
-    dieWithParent();
+int askBoard(const std::string& given, const Words& words) {
+    std::string reason;
+    if (tarq::board::ask(given.empty() ? onlyRunningBoard() : given, words, &reason)) return kDone;
+    std::string what;
+    for (const std::string& word : words) what += (what.empty() ? "" : " ") + word;
+    fprintf(stderr, "virtual_board: %s: %s\n", what.c_str(), reason.c_str());
+    return kRefused;
+}
 
-    const bool shared = argc == 5 && strcmp(argv[4], "--shared") == 0;
-    if ((argc != 4 && !shared) || strcmp(argv[1], "serve") != 0) {
-        fputs(kUsage, stderr);
-        return 2;
+// What the arguments ask for.
+struct Request {
+    std::string board;
+    std::string folder;
+    std::string directory;
+    bool shared = false;
+    Words words;  // of a command
+};
+
+void declare(CLI::App& app, Request& request) {
+    app.require_subcommand(1);
+    app.fallthrough();
+    app.add_option("--board", request.board,
+                   "the running board's directory; TARQ_BOARD, else the one board that you run")
+            ->type_name("DIR")
+            ->envname("TARQ_BOARD");
+    CLI::App* serve = app.add_subcommand(
+            "serve",
+            "Plays a board until it is told to end; prints \"ready\" when programs can be "
+            "started with TARQ_BOARD=DIR");
+    serve->add_option("BOARD", request.folder, "the folder that describes it")->required();
+    serve->add_option("DIR", request.directory, "where it runs")->required();
+    serve->add_flag("--shared", request.shared,
+                    "lets other users of this machine talk to the board's daemon");
+    for (const Command& command : kCommands) {
+        CLI::App* sub = app.add_subcommand(command.name, command.sentence);
+        sub->preparse_callback([&request, &command](size_t) { request.words = {command.name}; });
+        for (const auto& [name, sentence] : command.arguments) {
+            sub->add_option_function<std::string>(
+                       name, [&request](const std::string& word) { request.words.push_back(word); },
+                       sentence)
+                    ->required();
+        }
     }
+}
+
+int run(int argc, char** argv) {
+    CLI::App app{"Plays the hardware of a device on a plain Linux machine."};
+    Request request;
+    declare(app, request);
     try {
-        tarq::board::RunningBoard board(argv[3], shared);
-        board.boot(argv[2]);
-        puts("ready");
-        fflush(stdout);
-        int received = 0;
-        sigwait(&endings, &received);
-        return 0;
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp&) {
+        fputs(app.help().c_str(), stdout);
+        return kDone;
+    }
+    if (!request.words.empty()) return askBoard(request.board, request.words);
+    tarq::board::serve(request.folder, request.directory, request.shared);
+    return kDone;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        fprintf(stderr, "virtual_board: %s; try virtual_board --help\n", error.what());
     } catch (const std::exception& error) {
         fprintf(stderr, "virtual_board: %s\n", error.what());
-        return 2;
     }
+    return kCouldNotAsk;
 }

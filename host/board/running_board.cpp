@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "host/board/file_system.h"
 #include "host/board/properties.h"
 
 namespace tarq::board {
@@ -63,6 +64,9 @@ void RunningBoard::boot(const fs::path& folder) {
     clearRun();
     for (const char* name : {"", "run", "run/properties"}) makeDirectory(mDirectory / name, mMode);
 
+    clearStaleMount(mDirectory / "hw");
+    makeDirectory(mDirectory / "hw", mMode);
+
     const fs::path root = mDirectory / "root";
     makeDirectory(root, mMode);
     for (const char* name : {"vendor", "sys", "proc", "dev"}) {
@@ -75,6 +79,13 @@ void RunningBoard::boot(const fs::path& folder) {
     }
 
     loadProperties(folder / "build.prop", mDirectory);
+}
+
+void RunningBoard::linkHardware() {
+    for (const char* name : {"sys", "proc", "dev"}) {
+        fs::remove(mDirectory / "root" / name);
+        fs::create_symlink(fs::path("../hw") / name, mDirectory / "root" / name);
+    }
 }
 
 }  // namespace tarq::board

@@ -1,5 +1,5 @@
-// The directory of a running board: root/, the device's tree, and run/, which lasts as long as the
-// board is switched on.
+// The directory of a running board: root/, the device's tree; hw/, where the hardware is mounted;
+// and run/, which lasts as long as the board is switched on.
 #pragma once
 
 #include <filesystem>
@@ -19,6 +19,11 @@ class RunningBoard {
     // Makes run/ and root/ anew as the board's folder describes them, except for root/data, which
     // a device keeps as well. Throws std::exception.
     void boot(const std::filesystem::path& folder);
+
+    // Once hw/ is mounted: makes /sys, /proc and /dev, plain folders so far, links into it.
+    void linkHardware();
+
+    const std::filesystem::path& directory() const { return mDirectory; }
 
   private:
     bool lock();

@@ -1,36 +1,18 @@
 #include "tools/tarqctl/board.h"
 
-#include <fcntl.h>
+#include <errno.h>
+#include <host/running_boards.h>
 #include <stdlib.h>
-#include <sys/file.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <filesystem>
 
 namespace tarq::tools {
 
 namespace fs = std::filesystem;
 
-// The try is for a shared lock: two tools that look at the same time are not taken for a board.
-static bool runs(const fs::path& board) {
-    const int fd = open((board / "run/lock").c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) return false;
-    const bool held = flock(fd, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-    close(fd);
-    return held;
-}
-
-// Where scripts/run keeps the boards of a user, each in a directory of its own.
-static std::string usersBoards() {
-    const char* temporary = getenv("TMPDIR");
-    const fs::path parent = temporary != nullptr && *temporary != '\0' ? temporary : "/tmp";
-    return parent / ("tarqd-" + std::to_string(getuid()));
-}
-
 static std::string onlyRunningBoard(const Session& session) {
-    const std::string directory = usersBoards();
-    const std::vector<std::string> boards = runningBoards(directory);
+    const std::string directory = host::usersBoards();
+    const std::vector<std::string> boards = host::runningBoards(directory);
     if (boards.empty()) {
         throw session.failure("no_board",
                               "no board is running below " + directory +
@@ -44,16 +26,6 @@ static std::string onlyRunningBoard(const Session& session) {
                               "tarqctl --board " + shellQuoted(boards.front()) + " services");
     }
     return boards.front();
-}
-
-std::vector<std::string> runningBoards(const std::string& directory) {
-    std::vector<std::string> boards;
-    std::error_code unreadable;  // the same as empty
-    for (const fs::directory_entry& entry : fs::directory_iterator(directory, unreadable)) {
-        if (runs(entry.path())) boards.push_back(entry.path());
-    }
-    std::sort(boards.begin(), boards.end());
-    return boards;
 }
 
 const char* howToStart(int error) {

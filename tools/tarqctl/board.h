@@ -1,15 +1,9 @@
 // Which board a command is about.
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "tools/tarqctl/session.h"
 
 namespace tarq::tools {
-
-// The boards below the directory that run: somebody holds the lock on BOARD/run/lock. Sorted.
-std::vector<std::string> runningBoards(const std::string& directory);
 
 // The command that starts a board, after the error with which none could be reached.
 const char* howToStart(int error);

@@ -1,0 +1,29 @@
+// A board of plain files for the targets that ask its probes.
+#pragma once
+
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+// The board has a touch panel, "gt9xx-5", and panel 3.
+class BoardFiles {
+  public:
+    BoardFiles() {
+        if (mkdtemp(mPath.data()) == nullptr) abort();
+        write("/sys/class/tpinfo/tpinfo_ic_info", "type:gt9xx\nid:5\n");
+        write("/sys/bus/mipi-dsi/devices/ff450000.dsi.0/of_node/hwid-flag", {"\0\0\0\3", 4});
+        setenv("TARQ_BOARD", mPath.c_str(), 1);
+    }
+    ~BoardFiles() { std::filesystem::remove_all(mPath); }
+
+  private:
+    void write(const std::string& devicePath, const std::string& content) {
+        const std::filesystem::path path = mPath + "/root" + devicePath;
+        std::filesystem::create_directories(path.parent_path());
+        std::ofstream(path) << content;
+    }
+
+    std::string mPath = "/tmp/tarq_fuzz.XXXXXX";
+};

@@ -1,0 +1,138 @@
+#include "hardware_info/item_comparison.h"
+
+#include <android/log.h>
+
+#include "hardware_info/camera_probe.h"
+#include "hardware_info/display_probe.h"
+#include "hardware_info/log_tag.h"
+#include "hardware_info/peripheral_table.h"
+#include "hardware_info/text.h"
+#include "hardware_info/touch_panel_probe.h"
+
+static constexpr size_t kMaxItemLength = 101;
+static constexpr size_t kMaxOverlayValueLength = 63;
+
+namespace {
+
+// A kind of which the hardware itself tells the part.
+struct Probe {
+    PeripheralType type;
+    bool (*run)(std::string& part);
+    const char* failure;
+    const char* result;
+    const char* nullMeans;  // the part that "null" in a package's list stands for
+};
+
+}  // namespace
+
+static constexpr Probe kProbes[] = {
+        {PeripheralType::TP, getTpInfo, "Fail to get tpinfo", "isTpMatchByTpInfo", "null"},
+        {PeripheralType::LCD, getLcdInfoFromXml, "Fail to get lcd info", "isLcdMatchByHwId",
+         "null"},
+        {PeripheralType::INTERNAL_CAMERA, getInternalCameraInfo, "Fail to get internal camera",
+         "isInternalCameraMatch", "gc5035"},
+};
+
+static bool includesBoard(const std::string& value) {
+    const int32_t overlayId = boardIdentity.overlayId;
+    const bool comparable = value.size() <= kMaxOverlayValueLength;
+    if (!comparable) {
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag,
+                            "overlay ids of %zu bytes are not compared, at most %zu are allowed",
+                            value.size(), kMaxOverlayValueLength);
+    }
+    const bool included = comparable && includesId(value, overlayId);
+    __android_log_print(ANDROID_LOG_INFO, kLogTag, "isMatchoverlayId:%d", included ? 1 : 0);
+    if (!included) {
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag,
+                            "overlay ids(%s) not include the one(%d) on boards", value.c_str(),
+                            overlayId);
+    }
+    return included;
+}
+
+// Whether each of the board's parts occurs anywhere in the package's text.
+static bool containsParts(const std::string& board, const std::string& package) {
+    for (const std::string& part : tokensOf(board)) {
+        if (package.find(part) != std::string::npos) continue;
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag,
+                            "isPeripheraloneByOneMatch:peripheralNameInited:%s not match "
+                            "peripheralNameOta:%s",
+                            board.c_str(), package.c_str());
+        return false;
+    }
+    return true;
+}
+
+// The new matchState, by what the description file says.
+static uint8_t compareTexts(const PeripheralEntry& row, const std::string& package) {
+    const std::string board = row.value;
+    if (board == "null") {
+        if (package == "null") return 0;
+        __android_log_print(ANDROID_LOG_INFO, kLogTag,
+                            "isPeripheralMatch,typeName:%s,%s given,null inited,add abiltiy...",
+                            row.name, package.c_str());
+        return 2;
+    }
+    if (containsParts(board, package)) return 1;
+    __android_log_print(ANDROID_LOG_ERROR, kLogTag,
+                        "isPeripheralMatch,typeName:%s,%s inited,%s given", row.name, board.c_str(),
+                        package.c_str());
+    return 2;
+}
+
+static bool listsProbedPart(const Probe& probe, const std::string& package) {
+    std::string part;
+    if (!probe.run(part)) {
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "%s", probe.failure);
+        return false;
+    }
+    std::string_view element;
+    for (Pieces elements(package, ','); elements.next(&element);) {
+        if ((element == "null" ? probe.nullMeans : element) == part) return true;
+    }
+    return false;
+}
+
+// Either comparison is enough: a part that the description file does not know may be the one that
+// the hardware reports.
+static void compareRow(PeripheralEntry& row, const std::string& package) {
+    row.matchState.store(compareTexts(row, package), std::memory_order_relaxed);
+    for (const Probe& probe : kProbes) {
+        if (probe.type != row.type) continue;
+        if (listsProbedPart(probe, package)) row.matchState.store(1, std::memory_order_relaxed);
+        const bool matches = row.matchState.load(std::memory_order_relaxed) == 1;
+        __android_log_print(ANDROID_LOG_INFO, kLogTag, "%s: %s", probe.result,
+                            matches ? "match" : "unmatch");
+    }
+}
+
+static void compareRowNamed(const std::string& name, const std::string& package, bool comparable) {
+    for (PeripheralEntry& row : peripheralTable) {
+        if (name != row.name) continue;
+        if (comparable) {
+            compareRow(row, package);
+        } else {
+            row.matchState.store(2, std::memory_order_relaxed);
+        }
+    }
+}
+
+bool compareItem(const std::string& text) {
+    const bool comparable = text.size() <= kMaxItemLength;
+    if (!comparable) {
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag,
+                            "an item of %zu bytes is not compared, at most %zu are allowed: %s",
+                            text.size(), kMaxItemLength, text.c_str());
+    }
+    const size_t colon = text.find(':');
+    if (colon == std::string::npos) {
+        __android_log_print(ANDROID_LOG_WARN, kLogTag, "an item without \":\" has no value: %s",
+                            text.c_str());
+    }
+    const std::string name = text.substr(0, colon);
+    const std::string value = colon == std::string::npos ? "" : text.substr(colon + 1);
+    if (name == "overlay_id") return boardIdentity.overlayId == -1 || includesBoard(value);
+    compareRowNamed(name, value, comparable);
+    return true;
+}

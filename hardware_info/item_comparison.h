@@ -1,0 +1,13 @@
+// Compares one item of an update package's list with the board.
+#pragma once
+
+#include <string>
+
+// An item is "NAME:VALUE". "overlay_id" lists the boards that the package is for; the name of a row
+// of the peripheral table lists the parts that the package supports. Sets the row's matchState and
+// logs what decided. Other names have no effect.
+//
+// False only when this board's overlay id is not listed: no other item can make that good. A text
+// that is too long is logged and counts as one that does not fit; it is never cut, as what is left
+// could be the name of another part. Any thread; writes matchState.
+bool compareItem(const std::string& text);

@@ -1,0 +1,38 @@
+// How this module takes texts apart: files of drivers, lists that people write. All of them may
+// hold any byte, NUL included.
+#pragma once
+
+#include <stdint.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+// The bytes of a file as text. The view lives as long as the bytes do.
+std::string_view asText(const std::vector<uint8_t>& bytes);
+
+// Hands out what stands between separators, one piece a call. An empty text has no piece, and
+// behind a separator at the very end comes none; an empty one anywhere else counts. The pieces are
+// views of the text.
+class Pieces {
+  public:
+    Pieces(std::string_view text, char separator) : mRest(text), mSeparator(separator) {}
+
+    // False, and *piece as it was, when there is none left.
+    bool next(std::string_view* piece);
+
+  private:
+    std::string_view mRest;
+    char mSeparator;
+};
+
+// Without the spaces, tabs, line feeds and carriage returns at both ends. A string, as what follows
+// is a conversion to a number, which needs the NUL.
+std::string trimmed(std::string_view text);
+
+// What stands between any of " ", "," and "*"; never empty ones.
+std::vector<std::string> tokensOf(std::string_view list);
+
+// Whether a token of the list has the value id. A token counts as the number it begins with, and as
+// 0 when it begins with none.
+bool includesId(std::string_view list, int32_t id);

@@ -1,0 +1,56 @@
+#include "host/board/attributes.h"
+
+#include <ctype.h>
+#include <stdlib.h>
+#include <string.h>
+
+namespace tarq::board {
+
+// The byte that two hexadecimal digits at the place make.
+static char hexByte(const std::string& text, size_t place) {
+    const std::string digits = text.substr(place, 2);
+    if (digits.size() != 2 || !isxdigit(digits[0]) || !isxdigit(digits[1])) {
+        throw std::invalid_argument("\"" + text + "\": not two hexadecimal digits for each byte");
+    }
+    return static_cast<char>(strtoul(digits.c_str(), nullptr, 16));
+}
+
+std::string unescaped(const std::string& text) {
+    static constexpr char kLetters[] = "nrt\\";
+    static constexpr char kMeanings[] = "\n\r\t\\";
+    std::string bytes;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\\') {
+            bytes += text[i];
+        } else if (const char letter = text[++i]; letter == 'x') {
+            bytes += hexByte(text, i + 1);
+            i += 2;
+        } else if (const char* known = strchr(kLetters, letter); known != nullptr && letter != 0) {
+            bytes += kMeanings[known - kLetters];
+        } else {
+            throw std::invalid_argument("\"" + text + "\": only \\n \\r \\t \\\\ \\xHH are known");
+        }
+    }
+    return bytes;
+}
+
+std::string fromHex(const std::string& digits) {
+    std::string bytes;
+    for (size_t i = 0; i < digits.size(); i += 2) bytes += hexByte(digits, i);
+    return bytes;
+}
+
+off_t Attribute::size() const {
+    return mKind == kProperty ? static_cast<off_t>(mBytes.size()) : Node::size();
+}
+
+int Attribute::read(std::string* content) {
+    *content = mBytes;
+    return 0;
+}
+
+void Attribute::set(const std::string& value) {
+    mBytes = mKind == kProperty ? fromHex(value) : unescaped(value);
+}
+
+}  // namespace tarq::board

@@ -1,0 +1,176 @@
+#include "host/board/board_description.h"
+
+#include <stdlib.h>
+#include <string.h>
+#include <tinyxml2.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <vector>
+
+#include "host/board/attributes.h"
+#include "host/board/camera.h"
+#include "host/board/gpio.h"
+
+namespace tarq::board {
+
+namespace {
+
+using tinyxml2::XMLElement;
+
+constexpr char kPanel[] = "/sys/bus/mipi-dsi/devices/ff450000.dsi.0/of_node/";
+constexpr char kTree[] = "/proc/device-tree/dsi@ff450000/";
+constexpr char kGpio[] = "/sys/class/gpio/";
+
+// What the elements are turned into.
+struct Fitting {
+    Hardware& hardware;
+    std::shared_ptr<GpioLines> lines = std::make_shared<GpioLines>();
+};
+
+// "" when the element does not have it.
+std::string attribute(const XMLElement& element, const char* name) {
+    const char* value = element.Attribute(name);
+    return value != nullptr ? value : "";
+}
+
+std::string needed(const XMLElement& element, const char* name) {
+    if (element.Attribute(name) == nullptr) {
+        throw std::invalid_argument(std::string("lacks \"") + name + "\"");
+    }
+    return attribute(element, name);
+}
+
+// One of the words; the first when the attribute is not given. Its place among them.
+size_t oneOf(const XMLElement& element, const char* name, const std::vector<std::string>& words) {
+    if (element.Attribute(name) == nullptr) return 0;
+    for (size_t i = 0; i < words.size(); ++i) {
+        if (attribute(element, name) == words[i]) return i;
+    }
+    throw std::invalid_argument(std::string(name) + " is neither \"" + words[0] + "\" nor \"" +
+                                words[1] + "\"");
+}
+
+uint32_t number(const XMLElement& element, const char* name) {
+    const std::string text = needed(element, name);
+    const bool isDecimal = text.find_first_not_of("0123456789") == std::string::npos;
+    if (!isDecimal || text.empty() || text.size() > 9) {
+        throw std::invalid_argument(std::string(name) + " is no decimal number below a billion");
+    }
+    return static_cast<uint32_t>(strtoul(text.c_str(), nullptr, 10));
+}
+
+void fitTouchPanel(const XMLElement& element, Fitting& fitting) {
+    static constexpr const char* kPlaces[] = {"/sys/class/tpinfo/tpinfo_ic_info",
+                                              "/sys/class/i2c-dev/i2c-2/device/2-005d/tp_ic_info"};
+    const std::string text =
+            "type:" + needed(element, "type") + "\nid:" + needed(element, "id") + "\n";
+    const size_t place = oneOf(element, "at", {"class", "i2c"});
+    // With one in both places, the second is known by its path only.
+    const char* name = fitting.hardware.has(kPlaces[1 - place]) ? "" : "touch_panel";
+    fitting.hardware.add(kPlaces[place], name, std::make_unique<Attribute>(Attribute::kText, text));
+}
+
+void fitDisplay(const XMLElement& element, Fitting& fitting) {
+    const auto add = [&](const std::string& path, const char* name, const std::string& bytes) {
+        fitting.hardware.add(path, name, std::make_unique<Attribute>(Attribute::kProperty, bytes));
+    };
+    if (const char* reg = element.Attribute("reg"); reg != nullptr) {
+        add(kPanel + std::string("id"), "display_reg", fromHex(reg));
+    }
+    if (const char* flag = element.Attribute("hwid_flag"); flag != nullptr) {
+        add(kPanel + std::string("hwid-flag"), "hwid_flag", fromHex(flag));
+    }
+    for (const char* id : {"id1", "id2"}) {
+        const std::string gpio = id + std::string("_gpio");
+        if (element.Attribute(gpio.c_str()) == nullptr) continue;
+        const uint32_t line = number(element, gpio.c_str());
+        std::string cell;  // big-endian, as the device tree has it
+        for (const int shift : {24, 16, 8, 0}) cell += static_cast<char>(line >> shift & 0xff);
+        add(kTree + std::string("dsi,") + id, (std::string("dsi_") + id).c_str(), cell);
+    }
+}
+
+void fitGpio(const XMLElement& element, Fitting& fitting) {
+    const uint32_t line = number(element, "number");
+    const std::string name = "gpio" + std::to_string(line);
+    const std::string files = kGpio + name;
+    Hardware& hardware = fitting.hardware;
+    if (fitting.lines->empty()) {
+        for (const bool exports : {true, false}) {
+            hardware.add(kGpio + std::string(exports ? "export" : "unexport"), "",
+                         std::make_unique<GpioExport>(fitting.lines, exports));
+        }
+    }
+    hardware.add(files + "/value", name, std::make_unique<GpioValue>(fitting.lines, line));
+    hardware.add(files + "/direction", "", std::make_unique<GpioDirection>(fitting.lines, line));
+    GpioLine& state = (*fitting.lines)[line];
+    state.level = oneOf(element, "level", {"0", "1"}) == 1;
+    state.output = oneOf(element, "direction", {"in", "out"}) == 1;
+}
+
+void fitCamera(const XMLElement& element, Fitting& fitting) {
+    const std::string node = std::to_string(number(element, "node"));
+    fitting.hardware.add("/dev/v4l-subdev" + node, "camera" + node,
+                         std::make_unique<Camera>(needed(element, "sensor")));
+}
+
+struct Kind {
+    const char* name;
+    std::vector<std::string> attributes;
+    void (*fit)(const XMLElement& element, Fitting& fitting);
+};
+
+const Kind& kindOf(const XMLElement& element) {
+    static const std::vector<Kind> kKinds = {
+            {"touch_panel", {"type", "id", "at"}, fitTouchPanel},
+            {"display", {"reg", "hwid_flag", "id1_gpio", "id2_gpio"}, fitDisplay},
+            {"gpio", {"number", "level", "direction"}, fitGpio},
+            {"camera", {"node", "sensor"}, fitCamera},
+    };
+    for (const Kind& kind : kKinds) {
+        if (strcmp(kind.name, element.Name()) == 0) return kind;
+    }
+    throw std::invalid_argument("there is no such part");
+}
+
+void fitElement(const XMLElement& element, Fitting& fitting) {
+    const Kind& kind = kindOf(element);
+    for (const tinyxml2::XMLAttribute* next = element.FirstAttribute(); next != nullptr;
+         next = next->Next()) {
+        const auto& known = kind.attributes;
+        if (std::find(known.begin(), known.end(), next->Name()) == known.end()) {
+            throw std::invalid_argument(std::string("has no \"") + next->Name() + "\"");
+        }
+    }
+    kind.fit(element, fitting);
+}
+
+}  // namespace
+
+void fit(const std::filesystem::path& file, Hardware& hardware) {
+    if (!std::filesystem::exists(file)) return;
+    const auto fail = [&](int line, const std::string& what) {
+        throw std::runtime_error(file.string() + ":" + std::to_string(line) + ": " + what);
+    };
+    tinyxml2::XMLDocument document;
+    if (document.LoadFile(file.c_str()) != tinyxml2::XML_SUCCESS) {
+        fail(document.ErrorLineNum(), document.ErrorName());
+    }
+    const XMLElement* root = document.RootElement();
+    if (root == nullptr || strcmp(root->Name(), "board") != 0) fail(1, "not a <board>");
+    Fitting fitting{hardware};
+    for (const tinyxml2::XMLNode* node = root->FirstChild(); node != nullptr;
+         node = node->NextSibling()) {
+        if (node->ToComment() != nullptr) continue;
+        const XMLElement* element = node->ToElement();
+        if (element == nullptr) fail(node->GetLineNum(), "text that is no part");
+        try {
+            fitElement(*element, fitting);
+        } catch (const std::invalid_argument& wrong) {
+            fail(node->GetLineNum(), std::string(element->Name()) + ": " + wrong.what());
+        }
+    }
+}
+
+}  // namespace tarq::board

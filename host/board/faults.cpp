@@ -1,0 +1,36 @@
+#include "host/board/faults.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace tarq::board {
+
+Fault faultNamed(const std::string& name) {
+    static constexpr const char* kNames[] = {"none",       "absent",     "empty",
+                                             "garbage",    "huge",       "directory",
+                                             "unreadable", "unwritable", "slow"};
+    std::string all;
+    for (size_t i = 0; i < std::size(kNames); ++i) {
+        if (name == kNames[i]) return static_cast<Fault>(i);
+        all += std::string(" ") + kNames[i];
+    }
+    throw std::invalid_argument("there is no fault \"" + name + "\"; there are:" + all);
+}
+
+Content garbage(off_t size) {
+    static constexpr char kBytes[] = "\xff\0\x01:,-*\x80%s\r\xc3(\x7f 9";
+    return {std::string(kBytes, sizeof(kBytes) - 1), size};
+}
+
+size_t copy(const Content& content, off_t offset, char* buffer, size_t size) {
+    if (offset >= content.size) return 0;
+    const size_t count = std::min(size, static_cast<size_t>(content.size - offset));
+    size_t place = static_cast<size_t>(offset) % content.bytes.size();
+    for (size_t i = 0; i < count; ++i) {
+        buffer[i] = content.bytes[place];
+        if (++place == content.bytes.size()) place = 0;
+    }
+    return count;
+}
+
+}  // namespace tarq::board

@@ -1,0 +1,61 @@
+// What the tests of the hardware information module share: its state, its log, a board of files.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <string.h>
+
+#include <string>
+#include <vector>
+
+#include "hardware_info/peripheral_table.h"
+#include "tests/captured_log.h"
+#include "tests/temporary_directory.h"
+
+struct HardwareInfoTest : testing::Test {
+    HardwareInfoTest() { forget(); }
+
+    // Puts the module back to how a process starts.
+    static void forget() {
+        for (PeripheralEntry& entry : peripheralTable) strcpy(entry.value, "null");
+        boardIdentity = {};
+    }
+    static void setPart(PeripheralType type, const std::string& name) {
+        strcpy(peripheralTable[static_cast<size_t>(type)].value, name.c_str());
+    }
+    // What the module logged since the last call, as "I text". Other tags are left as they are.
+    std::vector<std::string> logged() {
+        std::vector<std::string> lines = log.take();
+        for (std::string& line : lines) {
+            if (line.compare(1, 22, " HardwareInfoService: ") == 0) line.erase(1, 21);
+        }
+        return lines;
+    }
+    std::string loggedText() {
+        std::string text;
+        for (const std::string& line : logged()) text += line + "\n";
+        return text;
+    }
+
+    CapturedLog log;
+};
+
+// On a board of plain files, none at first.
+struct PlainBoardTest : HardwareInfoTest {
+    PlainBoardTest() {
+        setenv("TARQ_BOARD", board().path().c_str(), 1);
+        std::filesystem::remove_all(board() / "root");
+        std::filesystem::remove_all(board() / "run/properties");
+    }
+
+    // One for all tests of the process, which reads TARQ_BOARD once.
+    static const TemporaryDirectory& board() {
+        static const TemporaryDirectory directory;
+        return directory;
+    }
+    static std::string file(const std::string& devicePath) {
+        return board() / ("root" + devicePath);
+    }
+    static void setProperty(const std::string& name, const std::string& value) {
+        writeFile(board() / ("run/properties/" + name), value);
+    }
+};

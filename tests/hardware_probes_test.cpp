@@ -1,0 +1,199 @@
+// The probes and the match on hardware that answers, fails and is slow.
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <set>
+#include <thread>
+
+#include "hardware_info/camera_probe.h"
+#include "hardware_info/display_probe.h"
+#include "hardware_info/ota_timestamp.h"
+#include "hardware_info/peripheral_matching.h"
+#include "hardware_info/touch_panel_probe.h"
+#include "tests/hardware_info_fixture.h"
+#include "tests/test_board.h"
+
+using android::String16;
+
+static const std::string kGpio = "/sys/class/gpio/";
+static const std::string kTimes = "/vendor/etc/hardware_timestamp.txt";
+static const std::string kId1 = "/proc/device-tree/dsi@ff450000/dsi,id1";
+
+// Panel 2 is fitted, and says so by two pins; the boot loader has left the first as an output.
+struct HardwareProbes : HardwareInfoTest {
+    void SetUp() override {
+        if (!board().withoutFuse().empty()) GTEST_SKIP() << board().withoutFuse();
+        setPart(PeripheralType::LCD, "P-0,P-1,P-2,P-3");
+        otaTimestamp = 0;
+    }
+    void TearDown() override {
+        for (const std::string& file : mFaulty) board().command({"fault", file, "none"});
+    }
+    static const TestBoard& board() {
+        static const TestBoard instance(
+                "<touch_panel type='GT' id='5'/><display reg='ffffff' hwid_flag='ffffffff' "
+                "id1_gpio='42' id2_gpio='43'/><gpio number='42' level='1' direction='out'/>"
+                "<gpio number='43' level='0'/><camera node='1' sensor='gc5035'/>"
+                "<camera node='9' sensor='ov'/><camera node='10' sensor='beyond'/>",
+                "ro.vendor.ota_enter_timestamp_check=true\n");
+        return instance;
+    }
+    void fault(const std::string& file, const std::string& kind) {
+        board().command({"fault", file, kind});
+        mFaulty.insert(file);
+    }
+    static bool isExported(const std::string& pin) {
+        return access(board().path(kGpio + pin).c_str(), F_OK) == 0;
+    }
+    // The log, then whether the list fits.
+    std::string match(const std::vector<String16>& items) {
+        const bool fits = _isMatchHardwareInfo(items);
+        return loggedText() + (fits ? "fits" : "refused");
+    }
+
+    std::set<std::string> mFaulty;
+};
+
+TEST_F(HardwareProbes, panel_is_told_by_two_pins_that_are_exported_meanwhile) {
+    for (const int panel : {2, 0, 3, 1, 2}) {
+        board().command({"set", "gpio42", std::to_string(panel >> 1)});
+        board().command({"set", "gpio43", std::to_string(panel & 1)});
+        std::string item;
+        EXPECT_TRUE(getLcdInfoFromXml(item));
+        EXPECT_EQ(item, "P-" + std::to_string(panel));
+        EXPECT_FALSE(isExported("gpio42") || isExported("gpio43"));
+    }
+}
+
+TEST_F(HardwareProbes, pin_that_fails_on_the_way_is_read_by_the_next_call) {
+    const std::string value = kGpio + "gpio42/value";
+    const struct {
+        std::string file, fault, reason;
+        bool staysExported;
+    } cases[] = {{"export", "absent", "Failed to export gpio: 42", false},
+                 {"export", "unwritable", "Failed to export gpio: 42", false},
+                 {"gpio42/direction", "unwritable", "Failed to set gpio direction: 42", true},
+                 {"gpio42/value", "empty", "Unable to get gpio val: " + value, true}};
+    const std::string notExported = "W Unable to open file: " + value +
+                                    "\nW Unable to open gpio path: " + value +
+                                    ", ready to export\n";
+    int32_t level = -1;
+    EXPECT_TRUE(getGpioValFromDsiId(kId1.c_str(), level));  // an input from now on
+    for (const auto& c : cases) {
+        fault(kGpio + c.file, c.fault);
+        logged();
+        EXPECT_FALSE(getGpioValFromDsiId(kId1.c_str(), level));
+        EXPECT_EQ(loggedText(),
+                  notExported + "E " + c.reason + "\nE Fail to get gpio value from gpio: 42\n");
+        fault(kGpio + c.file, "none");
+        EXPECT_TRUE(getGpioValFromDsiId(kId1.c_str(), level));
+        EXPECT_EQ(level, 1);
+        EXPECT_EQ(isExported("gpio42"), c.staysExported);
+        std::ofstream(board().path(kGpio + "unexport")) << 42;
+    }
+}
+
+TEST_F(HardwareProbes, first_camera_that_answers_is_the_one) {
+    const auto name = [] {
+        std::string text = "before";
+        return getInternalCameraInfo(text) ? text : "no, " + text;
+    };
+    const auto openFiles = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    };
+    const auto before = openFiles();
+    EXPECT_EQ(name(), "gc5035");
+    fault("camera1", "empty");  // refuses the request
+    EXPECT_EQ(name(), "ov");
+    fault("camera9", "absent");
+    EXPECT_EQ(name(), "no, before");
+    EXPECT_EQ(openFiles(), before);
+    EXPECT_EQ(loggedText(), "");
+}
+
+TEST_F(HardwareProbes, camera_behind_descriptor_0_is_passed_over) {
+    const auto probeWithoutInput = [] {
+        close(STDIN_FILENO);
+        std::string name;
+        _exit(getInternalCameraInfo(name) && name == "ov" ? 0 : 1);
+    };
+    EXPECT_EXIT(probeWithoutInput(), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(HardwareProbes, null_camera_means_gc5035_and_another_one_bars_the_times) {
+    const std::string unmatched =
+            "I isInternalCameraMatch: unmatch\nI internal_camera flag is unmatch\n";
+    const std::string byTime =
+            "D Enter Time match failed: otaTimeStamp is 0(INVALID VALUE)\nrefused";
+    const std::vector<String16> items = {String16("internal_camera:null")};
+    setPart(PeripheralType::LCD, "null");
+    setPart(PeripheralType::INTERNAL_CAMERA, "?");
+    EXPECT_THAT(match(items), testing::EndsWith("I isInternalCameraMatch: match\nfits"));
+    EXPECT_THAT(match({}), testing::EndsWith("I internal_camera flag is unmatch\n" + byTime));
+    fault("camera1", "absent");
+    EXPECT_THAT(match(items), testing::EndsWith(unmatched + "I enter hw timestamp failue, beacause "
+                                                            "is two supply camera\nrefused"));
+    fault("camera9", "absent");
+    EXPECT_THAT(match(items),
+                testing::EndsWith("E Fail to get internal camera\n" + unmatched + byTime));
+}
+
+TEST_F(HardwareProbes, every_fault_ends_in_its_line) {
+    const std::vector<std::string> none = {"absent", "unreadable", "empty", "directory"};
+    const struct {
+        std::string file;
+        std::vector<std::string> faults;
+        std::string line;
+    } cases[] = {{"touch_panel", none, "E get tp info error: tpinfo_ic_info not found\n"},
+                 {"touch_panel", {"garbage"}, "E fail to take tp info\n"},
+                 {"hwid_flag", none, "E Fail to get flag from hwid-flag\n"},
+                 {"hwid_flag", {"garbage"}, "E Fail to get flag from hwid-flag\n"},
+                 {"dsi_id1", none, "E Fail to open dsi id: " + kId1 + "\n"},
+                 {"dsi_id1", {"garbage"}, "E Invalid gpio: -16776902\n"},
+                 {kTimes, none, "E Fail to open " + kTimes + "\n"},
+                 {kTimes, {"garbage"}, "default match success\n"}};
+    otaTimestamp = 1;
+    writeFile(board().path(kTimes), "--TP\nGT-5,0\n");
+    for (const auto& c : cases) {
+        for (const std::string& kind : c.faults) {
+            fault(c.file, kind);
+            EXPECT_THAT(match({String16("tp:?"), String16("lcd:?")}), testing::HasSubstr(c.line))
+                    << kind;
+        }
+        fault(c.file, "none");
+    }
+}
+
+TEST_F(HardwareProbes, file_of_100_MB_is_read_and_judged) {
+    std::string info;
+    fault("touch_panel", "huge");
+    EXPECT_FALSE(getTpInfo(info));
+    EXPECT_THAT(loggedText(), testing::EndsWith("E fail to take tp info\n"));
+}
+
+TEST_F(HardwareProbes, slow_file_holds_up_its_own_call_only) {
+    board().command({"hold", "touch_panel"});
+    std::string info;
+    std::thread waiting([&info] { getTpInfo(info); });
+    EXPECT_THAT(match({String16("lcd:P-2")}), testing::EndsWith("match\nfits"));
+    board().command({"release", "touch_panel"});
+    waiting.join();
+    EXPECT_EQ(info, "GT-5");
+}
+
+TEST_F(HardwareProbes, eight_at_once_leave_pins_and_states_that_serve_the_next) {
+    boardIdentity.overlayId = 3;
+    const std::vector<String16> fitting = {String16("overlay_id:3"), String16("lcd:P-2")};
+    const auto client = [&fitting](bool foreign) {
+        for (int n = 0; n < 20; ++n) {
+            const bool fits = _isMatchHardwareInfo(foreign ? std::vector{String16("overlay_id:33")}
+                                                           : fitting);
+            EXPECT_FALSE(foreign && fits);  // whatever the others do
+        }
+    };
+    std::vector<std::thread> clients;
+    for (int i = 0; i < 8; ++i) clients.emplace_back(client, i % 2 == 0);
+    for (std::thread& thread : clients) thread.join();
+    logged();
+    EXPECT_THAT(match(fitting), testing::EndsWith("I isLcdMatchByHwId: match\nfits"));
+}
