@@ -91,6 +91,7 @@ TEST_F(BoardContract, gpio_line_does_what_is_written_one_record_at_a_time) {
     const int fd = openAt(kGpio + "export", O_WRONLY);
     EXPECT_EQ(write(fd, "4", 1), -1);
     EXPECT_EQ(write(fd, "42", 2), 2);
+    EXPECT_EQ(ftruncate(fd, 0), 0);  // which means nothing
     // What was open while the line vanished stays dead when it comes back.
     const int value = openAt(kValue, O_RDONLY);
     char byte;

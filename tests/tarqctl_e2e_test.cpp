@@ -45,6 +45,15 @@ class TarqctlE2e : public Test {
                 Words{"TARQ_BOARD=" + mBoard.path(), "TARQ_LOG=" + mBoard / "run/log"});
         ASSERT_EQ(tarqctl({"wait", kShellName}).code, 0);
     }
+    // With overlay id 5. For the next daemon that starts.
+    void describeBoard(const std::string& parts) const {
+        writeFile(mBoard / "run/properties/ro.vendor.hardwareinfo_index", "3");
+        writeFile(mBoard / "run/properties/ro.boot.dtbo_overlay_st",
+                  "storageId-2_FindIdOK_overlayId-5-OK");
+        writeFile(mBoard / "root/vendor/etc/hardwareInfo.xml",
+                  "<hardware product='p'><hardwre_info index='3' overlay_id='5' hw_version='1'>" +
+                          parts + "</hardwre_info></hardware>");
+    }
     std::unique_ptr<ChildProcess> start(const Words& words, uid_t uid = getuid()) const {
         Words command = {"sh", "-c", "exec \"$0\" \"$@\" 2>&1", mBoard / "tarqctl"};
         command.insert(command.end(), words.begin(), words.end());
@@ -120,6 +129,88 @@ TEST_F(TarqctlE2e, hardware_list_is_printed_and_time_is_taken) {
         EXPECT_EQ(tarqctl({"ota-time", time}).out, "") << time;
     }
     EXPECT_EQ(tarqctl({"ota-time", "0", "--json"}).out, "{}\n");
+}
+
+TEST_F(TarqctlE2e, package_is_compared_and_explained) {
+    describeBoard("<hw Peripheral='tp'>gt9</hw><hw Peripheral='bt'>r s</hw>");
+    startDaemon();
+    const std::string refused =
+            R"(no: 2 of 2 board parts do not fit, and the timestamp fallback is off
+
+  part        board   package      verdict
+  overlay_id  5       5            fits: 5 is listed
+  tp          gt9     x            does not fit: no "gt9" in "x"; the probe got no answer
+  bt          r s     (not named)  does not fit: a package must name every part of the board
+  \x0a        (none)               ignored: there is no such part
+  fallback    off: ro.vendor.ota_enter_timestamp_check is not "true"
+
+to make it fit:
+  write tp:x,gt9
+  add bt:r,s
+tarqctl: match: there is no part "\x0a", the nearest name is "tp"
+)";
+    EXPECT_EQ(tarqctl({"match", "overlay_id:5", "\n:", "tp:x"}).out, refused);
+    const Result fitting = tarqctl({"match", "--strict", "tp:x,gt9", "--json", "bt:r,s"});
+    EXPECT_EQ(fitting.code, 0);
+    EXPECT_THAT(fitting.out,
+                StartsWith("{\"verdict\":\"yes\",\"sentence\":\"all 2 board parts fit"));
+    const Result piped = sh("tarqctl hwinfo | tarqctl match --file - --strict", mBoard.path());
+    EXPECT_THAT(piped.out, StartsWith("yes: all 2 board parts fit\n"));
+    EXPECT_EQ(piped.code, 0);
+    writeFile(mBoard / "list", "# comment\r\n\r\n \t\ntp:gt9\r\n#tp:x\nbt:r s");
+    EXPECT_EQ(tarqctl({"match", "--file", mBoard / "list", "--strict"}).code, 0);
+    EXPECT_EQ(tarqctl({"match", "--file", "/dev/null"}).code, 1);
+
+    tarqctl({"setprop", "ro.vendor.ota_enter_timestamp_check", "true"});
+    writeFile(mBoard / "root/vendor/etc/hardware_timestamp.txt", "--LCD\n");
+    EXPECT_THAT(tarqctl({"match", "--ota-time", "7", "tp:x"}).out, HasSubstr("find LCD in borad"));
+    writeFile(mBoard / "root/vendor/etc/hardware_timestamp.txt", ",\n,6");
+    EXPECT_THAT(tarqctl({"match", "--strict", "tp:x"}).out,
+                HasSubstr("passed: the package's time, 7"));
+}
+
+TEST_F(TarqctlE2e, yes_without_a_comparison_is_said_and_strict_refuses_it) {
+    startDaemon();
+    const Result nothing = tarqctl({"match", "overlay_id:1", "tp:x"});
+    EXPECT_EQ(nothing.code, 0);
+    EXPECT_THAT(nothing.out, EndsWith("tarqctl: match: yes, but overlay ids were not compared: the "
+                                      "board has none\ntarqctl: match: yes, but no part was "
+                                      "compared: the board lists none\n"));
+    EXPECT_EQ(tarqctl({"match", "--strict", "tp:x"}).code, 1);
+    tarqctl({"setprop", "ro.vendor.ota_skip_hw_info", "true"});
+    EXPECT_EQ(tarqctl({"match", "--strict", "tp:x"}).code, 1);
+    const std::string log = mBoard / "run/log";
+    fs::remove(log);
+    EXPECT_EQ(tarqctl({"match", "foo:x"}).out,
+              "yes: the reasons are not known, " + log +
+                      ": No such file or directory\n"
+                      "tarqctl: match: there is no part \"foo\", the nearest name is \"tp\"\n");
+    EXPECT_EQ(tarqctl({"match", "--strict", "tp:x"}).code, 1);
+}
+
+// The verdicts may be wrong: requests at the same time share their states, and the tool says so.
+TEST_F(TarqctlE2e, every_explanation_is_about_its_own_list) {
+    describeBoard("<hw Peripheral='tp'>gt9</hw><hw Peripheral='bt'>r</hw>");
+    startDaemon();
+    std::vector<std::unique_ptr<ChildProcess>> tools;
+    for (const std::string n : {"0", "1", "2", "3", "4", "5", "6", "7"}) {
+        const std::string line =
+                "for i in 1 2 3 4 5; do tarqctl match tp:x" + n + " bt:r" + n + " 2>&1; done";
+        tools.push_back(std::make_unique<ChildProcess>(
+                Words{"sh", "-c", line},
+                Words{"TARQ_BOARD=" + mBoard.path(), "PATH=" + mBoard.path() + ":/usr/bin:/bin"}));
+    }
+    for (size_t i = 0; i < tools.size(); ++i) {
+        const std::string n = std::to_string(i);
+        const std::string row = "  tp        gt9    x" + n +
+                                "       does not fit: no \"gt9\" in \"x" + n +
+                                "\"; the probe got no answer\n  bt        r      r" + n +
+                                "       fits: has \"r\"\n";
+        const std::string out = finish(*tools[i]).out;
+        size_t rows = 0;
+        for (size_t at = 0; (at = out.find(row, at)) != std::string::npos; ++at) ++rows;
+        EXPECT_EQ(rows, 5) << out;
+    }
 }
 
 TEST_F(TarqctlE2e, command_output_is_printed_as_it_is_and_a_cut_is_said) {

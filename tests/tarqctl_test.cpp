@@ -24,10 +24,11 @@ struct Result {
     std::string err;
 };
 
-Result tarqctl(const Words& words, bool coloured = false) {
+Result tarqctl(const Words& words, bool coloured = false, const std::string& input = "") {
+    std::istringstream in(input);
     std::ostringstream out;
     std::ostringstream err;
-    const int code = runTarqctl(words, coloured, out, err);
+    const int code = runTarqctl(words, coloured, in, out, err);
     return {code, out.str(), err.str()};
 }
 
@@ -70,6 +71,9 @@ TEST_F(Tarqctl, wrong_usage_names_the_fault_and_hints_at_the_help) {
             {{"services", "--board"}, "--board"},
             {{"shell"}, "CMDLINE is required"},
             {{"shell", "caf\xe9"}, "not UTF-8"},
+            {{"match", "a:b", "--file", "-"}, "ITEM excludes --file"},
+            {{"match", "caf\xe9:a"}, "not UTF-8"},
+            {{"match", "a:b", "--ota-time", "1s"}, "\"1s\""},
             {{"--timeout", "nan", "hwinfo"}, "\"nan\""},
             {{"--timeout", "0", "hwinfo"}, "\"0\""},
             {{"--timeout", "1e9", "hwinfo"}, "\"1e9\""},
@@ -92,6 +96,8 @@ TEST_F(Tarqctl, global_options_stand_on_either_side_and_shell_takes_all_that_fol
             {{"hwinfo", "--timeout=5", "--board=" + dir}, "hwinfo"},
             {{"--timeout", "5", "ota-time", "-7", "--board", dir}, "ota-time -7"},
             {{"services", "log"}, "services log"},
+            {{"match", "log", "--strict", "[a,b]", "", "--ota-time", "5", "tp:x y"},
+             "match log --strict '[a,b]' '' --ota-time 5 'tp:x y'"},
             {{"shell", "ls", "--json", "-l"}, "shell 'ls --json -l'"},
             {{"--board", dir, "shell", "--json"}, "shell --json"},
             {{"shell", "--", "it's"}, "shell 'it'\\''s'"},
@@ -103,6 +109,16 @@ TEST_F(Tarqctl, global_options_stand_on_either_side_and_shell_takes_all_that_fol
                       std::string("tarqctl: ") + command + ": cannot connect to " + dir +
                               "/run/binder.sock: No such file or directory\nhint: scripts/run\n");
     }
+}
+
+TEST_F(Tarqctl, list_that_cannot_be_sent_is_refused) {
+    expectFailure(tarqctl({"match", "--strict"}), 2, "give the items of the package, or --file");
+    expectFailure(tarqctl({"match", "--file", "/nowhere"}), 2,
+                  "/nowhere: No such file or directory");
+    const Words words = {"match", "--file", "-"};
+    expectFailure(tarqctl(words, false, "a:b\ncaf\xe9\n"), 2, "-:2: it is not UTF-8");
+    expectFailure(tarqctl(words, false, std::string("#\n\na:\0\n", 7)), 2,
+                  "-:3: it has a NUL in it");
 }
 
 TEST_F(Tarqctl, help_of_every_command_has_one_shape) {

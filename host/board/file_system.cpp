@@ -2,12 +2,14 @@
 
 #define FUSE_USE_VERSION 312
 #include <fuse3/fuse.h>
+#include <signal.h>
 #include <spawn.h>
 #include <sys/mman.h>
 #include <sys/mount.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <stdexcept>
 
 namespace tarq::board {
@@ -136,7 +138,7 @@ class CapturedErrors {
 }  // namespace
 
 FileSystem::FileSystem(Hardware& hardware, const std::filesystem::path& mountPoint, bool forAll)
-    : mHardware(hardware), mMountPoint(mountPoint) {
+    : mHardware(hardware) {
     const CapturedErrors errors;
     std::string options = "-ofsname=virtual_board,default_permissions";
     if (forAll) options += ",allow_other";
@@ -156,21 +158,24 @@ FileSystem::FileSystem(Hardware& hardware, const std::filesystem::path& mountPoi
         fuse_loop_cfg_set_max_threads(config, kMaxThreads);
         fuse_loop_mt(mFuse, config);
         fuse_loop_cfg_destroy(config);
+        mLoopEnded = true;
     });
 }
 
 FileSystem::~FileSystem() {
     mHardware.end();
     fuse_exit(mFuse);
-    // The loop sees that it is to end at the next request. Made by a thread, because it is answered
-    // by nobody before the unmounting when the loop had another one in between.
-    std::thread request([this] {
-        struct stat status;
-        stat(mMountPoint.c_str(), &status);
-    });
+    // Only a signal makes the loop look whether it is to end; again, if it looked just before. A
+    // request of our own would do as well, but nobody could kill a process that waits for itself.
+    struct sigaction wake = {};
+    wake.sa_handler = [](int) {};
+    sigaction(SIGUSR1, &wake, nullptr);
+    while (!mLoopEnded) {
+        pthread_kill(mLoop.native_handle(), SIGUSR1);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
     mLoop.join();
     fuse_unmount(mFuse);
-    request.join();
     fuse_destroy(mFuse);
 }
 

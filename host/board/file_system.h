@@ -1,6 +1,7 @@
 // The hardware as files: a FUSE file system.
 #pragma once
 
+#include <atomic>
 #include <filesystem>
 #include <string>
 #include <thread>
@@ -24,8 +25,8 @@ class FileSystem {
 
   private:
     Hardware& mHardware;
-    const std::filesystem::path mMountPoint;
     fuse* mFuse;
+    std::atomic<bool> mLoopEnded{false};
     std::thread mLoop;
 };
 

@@ -30,6 +30,8 @@ Run declareServices(CLI::App& app);
 Run declareWait(CLI::App& app);
 Run declareLog(CLI::App& app);
 Run declareHwinfo(CLI::App& app);
+Run declareMatch(CLI::App& app);
+Run declareExplainLog(CLI::App& app);
 Run declareOtaTime(CLI::App& app);
 Run declareShell(CLI::App& app);
 Run declareGetprop(CLI::App& app);

@@ -1,24 +1,16 @@
-#include <com/tarq/hardwareInfo/IHardwareInfoService.h>
 // hwinfo: the daemon's list of parts, in its order and with nothing added.
 #include <CLI/App.hpp>
 #include <ostream>
 
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/daemon.h"
+#include "tools/tarqctl/hardware_list.h"
 #include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
 
-using com::tarq::hardwareInfo::IHardwareInfoService;
-
 static std::vector<std::string> ask(Session& session) {
     const Daemon daemon(session, "the daemon is still starting, or hangs");
-    std::vector<android::String16> items;
-    bool always = false;  // the answer's own result is true whatever happened
-    daemon.expectOk(daemon.service<IHardwareInfoService>()->getHardwareInfo(&items, &always));
-    std::vector<std::string> texts;
-    for (const android::String16& item : items) texts.emplace_back(android::String8(item));
-    return texts;
+    return hardwareList(daemon);
 }
 
 static void printText(std::ostream& out, const std::vector<std::string>& items) {

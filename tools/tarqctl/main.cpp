@@ -17,8 +17,8 @@ int main(int argc, char** argv) {
     // A reader that has had enough, such as head, ends the tool without a word, also where whoever
     // started it ignores the signal.
     signal(SIGPIPE, SIG_DFL);
-    const int code =
-            tarq::tools::runTarqctl({argv + 1, argv + argc}, wantsColours(), std::cout, std::cerr);
+    const int code = tarq::tools::runTarqctl({argv + 1, argv + argc}, wantsColours(), std::cin,
+                                             std::cout, std::cerr);
     // What could not be printed was not done, whatever the daemon said.
     if (std::cout.flush()) return code;
     std::cerr << "tarqctl: standard output: cannot be written\n";

@@ -1,23 +1,16 @@
-#include <com/tarq/hardwareInfo/IHardwareInfoService.h>
 // ota-time N: kept by the daemon for all callers, until the next one.
+#include <com/tarq/hardwareInfo/IHardwareInfoService.h>
+
 #include <CLI/App.hpp>
-#include <charconv>
 
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/daemon.h"
 #include "tools/tarqctl/print_json.h"
+#include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
 
 using com::tarq::hardwareInfo::IHardwareInfoService;
-
-// The whole text, without a plus sign or blanks. Empty when it is a number, else what is wrong.
-static std::string parse(const std::string& text, int64_t* value) {
-    const char* end = text.data() + text.size();
-    const std::from_chars_result result = std::from_chars(text.data(), end, *value);
-    if (result.ec == std::errc() && result.ptr == end) return "";
-    return "\"" + text + "\" is no decimal number of 64 bits, sign included";
-}
 
 // The daemon takes any number and has nothing to say to it.
 static int send(Session& session, int64_t timestamp) {
@@ -34,10 +27,10 @@ Run declareOtaTime(CLI::App& app) {
     int64_t ignored = 0;
     app.add_option("N", *text, "in the unit of the board's timestamp file; 0 lets no package pass")
             ->required()
-            ->check([ignored](const std::string& n) mutable { return parse(n, &ignored); });
+            ->check([ignored](const std::string& n) mutable { return parseOtaTime(n, &ignored); });
     return [text](Session& session) {
         int64_t timestamp = 0;
-        parse(*text, &timestamp);
+        parseOtaTime(*text, &timestamp);
         return send(session, timestamp);
     };
 }

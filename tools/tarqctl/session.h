@@ -11,9 +11,10 @@ namespace tarq::tools {
 
 constexpr double kMaxTimeout = 86400;  // seconds
 
-// The global options and where to print. Text is printed a line or more at a time and flushed, so
-// that a reader on a pipe sees it at once.
+// The global options, what to read and where to print. Text is printed a line or more at a time and
+// flushed, so that a reader on a pipe sees it at once.
 struct Session {
+    std::istream& in;
     std::ostream& out;
     std::ostream& err;
     bool coloured = false;  // out is a terminal that wants colours

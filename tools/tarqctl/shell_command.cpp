@@ -8,6 +8,7 @@
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/daemon.h"
 #include "tools/tarqctl/print_json.h"
+#include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
 
@@ -65,12 +66,6 @@ std::string ask(Session& session, const std::string& command) {
     }
     const String8 text(output[0]);
     return {text.string(), text.size()};
-}
-
-// Text that is not well-formed would reach the daemon as another command, or as none at all.
-std::string checkUtf8(const std::string& command) {
-    const String8 back{String16(command.data(), command.size())};
-    return command == std::string(back.string(), back.size()) ? "" : "it is not UTF-8";
 }
 
 }  // namespace

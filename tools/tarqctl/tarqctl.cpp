@@ -113,9 +113,9 @@ int runCommand(const std::vector<std::string>& arguments, Session& session) {
 
 }  // namespace
 
-int runTarqctl(const std::vector<std::string>& arguments, bool coloured, std::ostream& out,
-               std::ostream& err) {
-    Session session{out, err, coloured};
+int runTarqctl(const std::vector<std::string>& arguments, bool coloured, std::istream& in,
+               std::ostream& out, std::ostream& err) {
+    Session session{in, out, err, coloured};
     try {
         return runCommand(arguments, session);
     } catch (const Failure& failure) {

@@ -1,0 +1,286 @@
+// Holds what the tool knows of the daemon's log against the daemon: its own code is asked in this
+// process, on a board of plain files, and what it logged is read.
+#include <gmock/gmock.h>
+#include <stdarg.h>
+#include <string.h>
+#include <utils/String16.h>
+
+#include <set>
+
+#include "hardware_info/ota_timestamp.h"
+#include "hardware_info/peripheral_matching.h"
+#include "hardware_info/peripheral_table.h"
+#include "tests/captured_log.h"
+#include "tests/temporary_directory.h"
+#include "tools/tarqctl/explanation.h"
+#include "tools/tarqctl/match_requests.h"
+#include "tools/tarqctl/print_explanation.h"
+
+using namespace tarq::tools;
+using namespace testing;
+using Items = std::vector<std::string>;
+
+namespace {
+
+std::string camera;  // what answers as /dev/v4l-subdev0; empty for none
+
+}  // namespace
+
+extern "C" int __wrap_ioctl(int /*fd*/, unsigned long request, ...) {
+    va_list arguments;
+    va_start(arguments, request);
+    if (!camera.empty()) strcpy(va_arg(arguments, char*), camera.c_str());
+    va_end(arguments);
+    return camera.empty() ? -1 : 0;
+}
+
+namespace {
+
+// What is set: a property, a file, a part, or one of "overlay", "time" and "camera".
+using Board = std::vector<std::pair<std::string, std::string>>;
+
+const std::string kTouchPanel = "/sys/class/tpinfo/tpinfo_ic_info";
+const std::string kReg = "/sys/bus/mipi-dsi/devices/ff450000.dsi.0/of_node/id";
+const std::string kFlag = "/sys/bus/mipi-dsi/devices/ff450000.dsi.0/of_node/hwid-flag";
+const std::string kId1 = "/proc/device-tree/dsi@ff450000/dsi,id1";
+const std::string kId2 = "/proc/device-tree/dsi@ff450000/dsi,id2";
+const std::string kGpio = "/sys/class/gpio/";
+const std::string kTimes = "/vendor/etc/hardware_timestamp.txt";
+const std::string kSkip = "ro.vendor.ota_skip_hw_info";
+const std::string kCheckTime = "ro.vendor.ota_enter_timestamp_check";
+
+struct MatchExplanation : Test {
+    static const TemporaryDirectory& directory() {
+        static const TemporaryDirectory directory;
+        return directory;
+    }
+
+    void setUp(const Board& board) {
+        setenv("TARQ_BOARD", directory().path().c_str(), 1);
+        std::filesystem::remove_all(directory() / "root");
+        std::filesystem::remove_all(directory() / "run");
+        writeFile(directory() / "root/dev/v4l-subdev0", "");
+        for (PeripheralEntry& row : peripheralTable) strcpy(row.value, "null");
+        boardIdentity = {};
+        _setOtaTimestamp(0);
+        camera.clear();
+        for (const auto& [name, value] : board) set(name, value);
+    }
+    void set(const std::string& name, const std::string& value) {
+        if (name[0] == '/') writeFile(directory() / ("root" + name), value);
+        if (name.rfind("ro.", 0) == 0) writeFile(directory() / ("run/properties/" + name), value);
+        if (name == "overlay") boardIdentity.overlayId = std::stoi(value);
+        if (name == "time") _setOtaTimestamp(std::stoll(value));
+        if (name == "camera") camera = value;
+        for (PeripheralEntry& row : peripheralTable) {
+            if (name == row.name) strcpy(row.value, value.c_str());
+        }
+    }
+
+    // Whatever is not a text of the table is an item or a part, as it stands.
+    void expectKnown(const std::string& text, const Items& items) {
+        for (const LogTextRow& row : matchLogTexts()) {
+            if (argumentsOf(row.pattern, text)) {
+                produced.insert(row.pattern);
+                return;
+            }
+        }
+        bool known = false;
+        for (const std::string& item : items) known |= text == item.substr(0, 1023);
+        for (const PeripheralEntry& row : peripheralTable) {
+            known |= text == std::string(row.name) + ":" + row.value;
+        }
+        EXPECT_TRUE(known) << text;
+    }
+
+    // What the log tells of the daemon's answer, which it must not get wrong.
+    Explanation ask(const Items& items) {
+        std::vector<android::String16> list;
+        for (const std::string& item : items) list.emplace_back(item.data(), item.size());
+        const bool answer = _isMatchHardwareInfo(list);
+        MatchRequests log;
+        const std::string prefix = "05-01 10:00:00.123   512   530 I HardwareInfoService: ";
+        for (const std::string& entry : captured.take()) {
+            const std::string text = entry.substr(entry.find(": ") + 2);
+            expectKnown(text, items);
+            for (const std::string& line : asLogged(text)) log.add(prefix + line);
+        }
+        const Outcome outcome = answer ? Outcome::YES : Outcome::NO;
+        const std::vector<MatchRequest> ours = log.with(items);
+        EXPECT_THAT(ours, ElementsAre(Field(&MatchRequest::outcome, outcome)));
+        const bool hasNewline = std::any_of(items.begin(), items.end(), [](const auto& item) {
+            return item.find('\n') != std::string::npos;
+        });
+        const std::vector<MatchRequest> all = log.all();
+        if (!hasNewline) {
+            EXPECT_EQ(all.at(0).outcome, outcome);
+        }
+        if (!answer) {
+            EXPECT_NE(all.at(0).outcome, Outcome::YES);
+        }
+        EXPECT_FALSE(ours.at(0).disturbed);
+        return explain(ours.at(0));
+    }
+
+    // Follows the advice, the first or the last of each, until the daemon says yes.
+    void expectAdviceFits(Items items, bool first) {
+        for (int tries = 0; tries < 3; ++tries) {
+            const Explanation explanation = ask(items);
+            if (explanation.verdict == "yes") return;
+            for (const ExplainedRow& row : explanation.rows) {
+                if (row.better.empty()) continue;
+                items.erase(std::remove_if(items.begin(), items.end(),
+                                           [&row](const std::string& item) {
+                                               return itemFrom(item).name == row.name;
+                                           }),
+                            items.end());
+                items.push_back(first ? row.better.front() : row.better.back());
+            }
+        }
+        ADD_FAILURE() << PrintToString(items) << " still does not fit";
+    }
+
+    CapturedLog captured;
+    std::set<std::string> produced;  // the patterns of all that was logged
+};
+
+std::string cell(int number) {
+    return std::string("\0\0\0", 3) + static_cast<char>(number);
+}
+
+TEST_F(MatchExplanation, every_text_is_known_and_every_answer_explained) {
+    const Board pins = {{"lcd", "A-1,B-2"}, {kId1, cell(42)}, {kId2, cell(43)}};
+    const auto with = [](Board board, const Board& more) {
+        board.insert(board.end(), more.begin(), more.end());
+        return board;
+    };
+    const Board late = {{"bt", "r"}, {kCheckTime, "true"}, {"time", "90"}, {kTouchPanel, "id:5"}};
+    const std::string long64(64, '1');
+    const struct {
+        Board board;
+        Items items;
+        std::string explained;
+        std::string sentence = "\n";
+    } cases[] = {
+            {{}, {}, "yes: the board lists no parts\n"},
+            {{{kSkip, "true"}}, {"a"}, "yes: nothing was compared: " + kSkip + " is \"true\"\n"},
+            {{{kSkip + "_no_hwid", "true"}}, {"a"}, "compared: the board has no overlay id, which"},
+            {{{"overlay", "5"}}, {"overlay_id:1*5"}, "fits: 5 is listed"},
+            {{{"overlay", "5"}, {"bt", "r"}}, {"overlay_id:15", "bt:r"}, "does not fit: 5 is not"},
+            {{{"overlay", "5"}}, {"overlay_id:5," + long64}, "more than 63 bytes are not compared"},
+            {{{"bt", "r"}}, {"overlay_id:1"}, "ignored: the board has no overlay id"},
+            {{{"bt", "r"}}, {"bt:r" + std::string(100, 'r')}, "more than 101 bytes is not"},
+            {{{"bt", "r,s"}}, {"bt"}, "does not fit: no \"r\", \"s\" in \"\""},
+            {{{"bt", "r,s"}}, {"bt:null"}, "does not fit: no \"r\", \"s\" in \"null\""},
+            {{{"bt", "r *s"}}, {"bt:xrxs"}, "fits: has \"r\", \"s\""},
+            {{{"bt", "r"}}, {"bt:r", "bt:s"}, "  s        does not fit"},
+            {{{"bt", "r"}}, {"wifi:r", "x:y"}, "ignored: the board lists no wifi"},
+            {{{"tp", "gt"}}, {"tp:X"}, "no \"gt\" in \"X\"; the probe got no answer"},
+            {{{"tp", "gt"}, {kTouchPanel, "a"}}, {"tp:gt"}, "has \"gt\"; the probe got no answer"},
+            {{{"tp", "gt"}, {kTouchPanel, "type:GT\nid:5\n"}},
+             {"tp:X,GT-5"},
+             "fits: probe says GT-5"},
+            {{{"tp", "gt"}, {kTouchPanel, "type:GT\nid:5\n"}}, {"tp:X"}, "probe says GT-5, not"},
+            {{{"lcd", "A-1,B-1280"}, {kReg, std::string("\0\0\5", 3)}},
+             {"lcd:B-1280"},
+             "fits: probe says B-1280 (panel id by reg), listed"},
+            {{{"lcd", "A-1,,X,B-3"}, {kFlag, cell(3)}},
+             {"lcd:C-1"},
+             "; probe says B-3 (panel id 3 by hwid-flag), not listed"},
+            {{{"lcd", "A-1,B-2"}, {kFlag, cell(3)}},
+             {"lcd:B-2"},
+             "; the probe (panel id 3 by hwid-flag) found no entry of the board's list"},
+            {with(pins, {{kGpio + "gpio42/value", "1\n"}, {kGpio + "gpio43/value", "0\n"}}),
+             {"lcd:B-2"},
+             "fits: probe says B-2 (panel id 2 by dsi-id), listed"},
+            {with(pins, {{kGpio + "gpio42/value", "7\n"}}), {"lcd:X"}, "probe got no answer"},
+            {with(pins, {{kId1, cell(-1)}}), {"lcd:X"}, "probe got no answer"},
+            {{{"lcd", "A-1"}}, {"lcd:X"}, "probe got no answer"},
+            {pins, {"lcd:X"}, "probe got no answer"},
+            {with(pins, {{kGpio + "export", ""}}), {"lcd:X"}, "probe got no answer"},
+            {with(pins, {{kGpio + "export", ""}, {kGpio + "gpio42/direction", ""}}), {"lcd:X"}, ""},
+            {{{"internal_camera", "g"}}, {"internal_camera:x"}, "; the probe got no answer"},
+            {{{"internal_camera", "g"}, {"camera", "gc5035"}},
+             {"internal_camera:null"},
+             "fits: what the probe found is listed"},
+            {{{"internal_camera", "g"}, {"camera", "ov"}},
+             {"internal_camera:null"},
+             "; what the probe found is not listed"},
+            {with(late, {{"camera", "ov"}}),
+             {},
+             "refused: it is only for boards",
+             "1 of 1 board part does not fit, and the timestamp fallback is not for this camera\n"},
+            {with(late, {{"time", "0"}}),
+             {},
+             "fallback  refused: nobody has handed over",
+             "and there is no package time for"},
+            {late, {}, "refused: \"Fail to open /vendor", "and the timestamp file is of no use"},
+            {with(late, {{kTimes, "--\n"}}), {}, "refused: \"Fail to find PeripheralType after"},
+            {with(late, {{kTimes, "--Tp\n"}}),
+             {},
+             "refused: \"Fail to find Tp in borad\"",
+             "and the timestamp file is of no"},
+            {with(late, {{kTimes, "--TP\n\n"}}), {}, "refused: \"Fail to parse /vendor"},
+            {with(late, {{kTimes, "--TP\nx,1\n"}}),
+             {},
+             "passed: the timestamp file lists none of the board's parts\n",
+             "but the timestamp file lists none of them"},
+            {with(late, {{kTimes, "--TP\n-5,\n-5,90"}}),
+             {},
+             "90, is not later than the earliest time of TP, 90\n",
+             "\n  or give a package time of 91 or later\n"},
+            {with(late, {{kTimes, "--TP\n-5,89"}}),
+             {},
+             "is later than the earliest time of TP, 89",
+             "yes: 1 of 1 board part does not fit, but the package is late enough for"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.explained + " " + PrintToString(c.items));
+        setUp(c.board);
+        EXPECT_THAT(asText(ask(c.items)), AllOf(HasSubstr(c.explained), HasSubstr(c.sentence)));
+        for (const bool first : {true, false}) expectAdviceFits(c.items, first);
+    }
+    for (const LogTextRow& row : matchLogTexts())
+        EXPECT_EQ(produced.count(row.pattern), 1) << row.pattern;
+}
+
+TEST_F(MatchExplanation, items_that_look_like_other_lines_lead_nowhere) {
+    const std::string given = "service get match peripherals,peripherals given:";
+    const std::string inited = "service  hardwareInfo inited:";
+    const Items board = {inited, ">>>hardware info Dump Begin", "bt:null", "hw overLayId:-1",
+                         "<<<hardware info Dump End"};
+    Items forged = board;
+    forged.insert(forged.end(), {given, inited, "bt:s"});
+    for (const Items& items : std::vector<Items>{
+                 forged,
+                 {given, "bt:s", "bt flag is unmatch"},
+                 {"tp:a\nisTpMatchByTpInfo: match", "isTpMatchByTpInfo: match"},
+                 {"bt:s\n" + inited + "\n>>>hardware info Dump Begin", "bt:null"},
+                 {"bt:r\ntp:gt", "tp:gt"},
+                 {"bt:r\nx", "\n", "", "tp:gt\n"},
+                 {std::string(1100, 'x') + "\n" + inited, "tp:" + std::string(99, 'x')},
+         }) {
+        SCOPED_TRACE(PrintToString(items));
+        setUp({{"tp", "gt"}, {"bt", "r"}, {kTouchPanel, "type:GT\nid:5\n"}});
+        ask(items);
+    }
+}
+
+TEST_F(MatchExplanation, doubts_are_about_what_is_probably_not_meant) {
+    setUp({{"tp", "gt9"}, {"bt", "r"}});
+    EXPECT_THAT(ask({"overlay_id:1", "tp:gt911 gt9", "bt:rr", "bt:r", "camera:x", "keybord_ic:x",
+                     "wifi" + std::string(98, ':'), "codec"})
+                        .doubts,
+                ElementsAre("bt: the board's \"r\" is found only inside \"rr\"",
+                            "bt is named twice, the later one counts",
+                            "there is no part \"camera\", the nearest name is \"internal_camera\"",
+                            "there is no part \"keybord_ic\", the nearest name is \"keyboard_ic\"",
+                            "wifi: the item is longer than 101 bytes and is not compared",
+                            "\"codec\" has no colon, so it is a name without a value"));
+    setUp({{"bt", "r"}, {kCheckTime, "true"}, {"time", "1600000000000"}, {kTimes, ",1600000000"}});
+    EXPECT_THAT(ask({}).doubts, ElementsAre("the package's time 1600000000000 and the timestamp "
+                                            "file's 1600000000 seem to have different units, such "
+                                            "as s and ms"));
+}
+
+}  // namespace

@@ -1,0 +1,146 @@
+// The rows of an explanation: one item or part each.
+#include <algorithm>
+
+#include "hardware_info/text.h"
+#include "tools/tarqctl/explanation.h"
+
+namespace tarq::tools {
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+std::string listOf(const Texts& texts) {
+    std::string list;
+    for (const std::string& text : texts) list += (list.empty() ? "\"" : ", \"") + text + "\"";
+    return list;
+}
+
+std::string probeReason(const ProbeFinding& probe) {
+    const std::string how = probe.how.empty() ? "" : " (" + probe.how + ")";
+    if (!probe.answered) {
+        return how.empty() ? "the probe got no answer"
+                           : "the probe" + how + " found no entry of the board's list";
+    }
+    if (!probe.listed) return "";
+    const std::string listed = *probe.listed ? ", listed" : ", not listed";
+    if (!probe.part) return "what the probe found is" + listed.substr(1);
+    return "probe says " + *probe.part + how + listed;
+}
+
+std::string wordsReason(const Item& part, const ItemFinding& finding) {
+    if (!finding.missingWords.empty()) {
+        return "no " + listOf(finding.missingWords) + " in \"" + finding.item.value + "\"";
+    }
+    const Texts words = tokensOf(part.value);
+    return words.empty() ? "the board's value has no word" : "has " + listOf(words);
+}
+
+// Either is enough: words that do not fit are no reason where the probe does.
+std::string comparedReason(const Item& part, const ItemFinding& finding) {
+    const std::string probe = finding.probe ? probeReason(*finding.probe) : "";
+    if (!finding.missingWords.empty() && fits(finding)) return probe;
+    return wordsReason(part, finding) + (probe.empty() ? "" : "; " + probe);
+}
+
+// The item with more in its value; alone where both would be too much, or "null" is the value.
+std::string itemWith(const std::string& name, const std::string& value, const Texts& added,
+                     size_t maxSize) {
+    std::string addition;
+    for (const std::string& text : added) addition += (addition.empty() ? "" : ",") + text;
+    const bool replaced = value.empty() || value == "null";
+    const std::string item = name + ":" + (replaced ? "" : value + ",") + addition;
+    return item.size() <= maxSize ? item : name + ":" + addition;
+}
+
+// Empty for a value of the board that no item can hold.
+Texts betterItems(const Item& part, const ItemFinding* finding) {
+    const Texts words =
+            finding != nullptr && !finding->tooLong ? finding->missingWords : tokensOf(part.value);
+    const std::string value = finding != nullptr && !finding->tooLong ? finding->item.value : "";
+    Texts better = {itemWith(part.name, value, words, kMaxItemSize)};
+    if (finding != nullptr && finding->probe && finding->probe->part) {
+        better.push_back(itemWith(part.name, value, {*finding->probe->part}, kMaxItemSize));
+    }
+    // One panel is fitted, however many the board lists.
+    if (words.size() > 1) std::reverse(better.begin(), better.end());
+    better.erase(std::remove_if(better.begin(), better.end(),
+                                [](const std::string& item) { return item.size() > kMaxItemSize; }),
+                 better.end());
+    return better;
+}
+
+ExplainedRow overlayRow(const MatchRequest& request, const ItemFinding& finding) {
+    const std::string& ids = finding.item.value;
+    ExplainedRow row = {kOverlayId, request.overlayId, ids, Verdict::NOT_EXAMINED, ""};
+    if (request.overlayId == "-1" || request.overlayId.empty()) row.board.reset();
+    if (!finding.examined) return row;
+    if (!finding.overlayFits) {
+        row.verdict = Verdict::IGNORED;
+        row.reason = "the board has no overlay id";
+    } else if (*finding.overlayFits) {
+        row.verdict = Verdict::FITS;
+        row.reason = request.overlayId + " is listed";
+    } else {
+        row.verdict = Verdict::MISFIT;
+        row.reason = finding.tooLong ? "more than 63 bytes are not compared"
+                                     : request.overlayId + " is not listed";
+        row.better = {itemWith(kOverlayId, finding.tooLong ? "" : ids, {request.overlayId},
+                               sizeof(kOverlayId) + kMaxOverlayIdsSize)};
+    }
+    return row;
+}
+
+// A part that the board has.
+ExplainedRow partRow(const MatchRequest& request, const Item& part, const ItemFinding* finding) {
+    ExplainedRow row = {part.name, part.value, {}, Verdict::NOT_EXAMINED, ""};
+    if (finding != nullptr) row.package = finding->item.value;
+    if (finding == nullptr ? !request.itemsDone : !finding->examined) return row;
+    row.verdict = Verdict::MISFIT;
+    if (finding == nullptr) {
+        row.reason = "a package must name every part of the board";
+    } else if (finding->tooLong) {
+        row.reason = "an item of more than 101 bytes is not compared";
+    } else {
+        if (fits(*finding)) row.verdict = Verdict::FITS;
+        row.reason = comparedReason(part, *finding);
+    }
+    if (row.verdict == Verdict::MISFIT) row.better = betterItems(part, finding);
+    return row;
+}
+
+ExplainedRow ignoredRow(const ItemFinding& finding, const std::string& reason) {
+    ExplainedRow row = {finding.item.name, {}, finding.item.value, Verdict::IGNORED, reason};
+    if (!finding.examined) row = {row.name, {}, row.package, Verdict::NOT_EXAMINED, ""};
+    return row;
+}
+
+}  // namespace
+
+const char* wordFor(Verdict verdict) {
+    constexpr const char* words[] = {"fits", "does not fit", "ignored", "not examined"};
+    return words[static_cast<size_t>(verdict)];
+}
+
+std::vector<ExplainedRow> explainedRows(const MatchRequest& request) {
+    std::vector<ExplainedRow> rows;
+    for (const ItemFinding& finding : request.items) {
+        if (finding.item.name == kOverlayId) rows.push_back(overlayRow(request, finding));
+    }
+    for (const Item& part : request.board) {
+        const ItemFinding* finding = findingOf(request, part.name);
+        if (part.value != "null") {
+            rows.push_back(partRow(request, part, finding));
+        } else if (finding != nullptr) {
+            rows.push_back(ignoredRow(*finding, "the board lists no " + part.name));
+        }
+    }
+    for (const ItemFinding& finding : request.items) {
+        const std::string& name = finding.item.name;
+        if (name == kOverlayId || partOf(request, name) != nullptr) continue;
+        rows.push_back(ignoredRow(finding, "there is no such part"));
+    }
+    return rows;
+}
+
+}  // namespace tarq::tools

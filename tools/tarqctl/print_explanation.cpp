@@ -1,0 +1,108 @@
+#include "tools/tarqctl/print_explanation.h"
+
+#include <algorithm>
+#include <array>
+
+#include "tools/tarqctl/session.h"
+
+namespace tarq::tools {
+
+namespace {
+
+using Cells = std::array<std::string, 4>;
+
+// In characters: the bytes of UTF-8 that go on with one do not count.
+size_t width(const std::string& text) {
+    return static_cast<size_t>(
+            std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xc0) != 0x80; }));
+}
+
+Cells cellsOf(const ExplainedRow& row) {
+    const std::string reason = row.reason.empty() ? "" : ": " + row.reason;
+    return {printable(row.name), printable(row.board.value_or("(none)")),
+            printable(row.package.value_or("(not named)")),
+            printable(wordFor(row.verdict) + reason)};
+}
+
+// Filled with blanks.
+std::string cell(const std::string& text, size_t wanted) {
+    return "  " + text + std::string(wanted - width(text), ' ');
+}
+
+std::string tableOf(const Explanation& explanation) {
+    const std::string fallback = explanation.fallback.empty() ? "" : "fallback";
+    std::vector<Cells> table = {{"part", "board", "package", "verdict"}};
+    for (const ExplainedRow& row : explanation.rows) table.push_back(cellsOf(row));
+    std::array<size_t, 3> widths = {fallback.size(), 0, 0};
+    for (const Cells& cells : table) {
+        for (size_t i = 0; i < 3; ++i) widths[i] = std::max(widths[i], width(cells[i]));
+    }
+    std::string text;
+    for (const Cells& cells : table) {
+        for (size_t i = 0; i < 3; ++i) text += cell(cells[i], widths[i]);
+        text += "  " + cells[3] + "\n";
+    }
+    if (fallback.empty()) return text;
+    return text + cell(fallback, widths[0]) + "  " + printable(explanation.fallback) + "\n";
+}
+
+std::string howToFit(const Explanation& explanation) {
+    std::string text;
+    for (const ExplainedRow& row : explanation.rows) {
+        for (size_t i = 0; i < row.better.size(); ++i) {
+            text += i > 0 ? " or " : row.package ? "\n  write " : "\n  add ";
+            text += printable(shellQuoted(row.better[i]));
+        }
+    }
+    if (explanation.requiredTime) {
+        text += "\n  or give a package time of " + std::to_string(*explanation.requiredTime) +
+                " or later";
+    }
+    return text.empty() ? "" : "\nto make it fit:" + text + "\n";
+}
+
+Json asJson(const ExplainedRow& row) {
+    const auto orNull = [](const std::optional<std::string>& text) {
+        return text ? Json(*text) : Json(nullptr);
+    };
+    std::string verdict = wordFor(row.verdict);
+    std::replace(verdict.begin(), verdict.end(), ' ', '_');
+    return {{"name", row.name},   {"board", orNull(row.board)}, {"package", orNull(row.package)},
+            {"verdict", verdict}, {"reason", row.reason},       {"better", row.better}};
+}
+
+}  // namespace
+
+std::string printable(const std::string& text) {
+    std::string result;
+    for (const char c : text) {
+        char escape[5];
+        snprintf(escape, sizeof(escape), "\\x%02x", static_cast<unsigned char>(c));
+        const bool control = static_cast<unsigned char>(c) < ' ' || c == 0x7f;
+        result += control ? escape : std::string(1, c);
+    }
+    return result;
+}
+
+std::string asText(const Explanation& explanation) {
+    std::string text = explanation.verdict + ": " + printable(explanation.sentence) + "\n";
+    if (!explanation.rows.empty()) text += "\n" + tableOf(explanation);
+    return explanation.verdict == "yes" ? text : text + howToFit(explanation);
+}
+
+Json asJson(const Explanation& explanation) {
+    Json items = Json::array();
+    for (const ExplainedRow& row : explanation.rows) items.push_back(asJson(row));
+    Json json = {{"verdict", explanation.verdict},
+                 {"sentence", explanation.sentence},
+                 {"items", items},
+                 {"fallback", nullptr},
+                 {"required_time", nullptr},
+                 {"not_compared", explanation.notCompared},
+                 {"doubts", explanation.doubts}};
+    if (!explanation.fallback.empty()) json["fallback"] = explanation.fallback;
+    if (explanation.requiredTime) json["required_time"] = *explanation.requiredTime;
+    return json;
+}
+
+}  // namespace tarq::tools

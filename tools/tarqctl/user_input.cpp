@@ -1,0 +1,41 @@
+#include "tools/tarqctl/user_input.h"
+
+#include <errno.h>
+#include <string.h>
+#include <utils/String16.h>
+#include <utils/String8.h>
+
+#include <charconv>
+#include <fstream>
+
+namespace tarq::tools {
+
+using android::String16;
+using android::String8;
+
+std::string checkUtf8(const std::string& text) {
+    const String8 back{String16(text.data(), text.size())};
+    return text == std::string(back.string(), back.size()) ? "" : "it is not UTF-8";
+}
+
+std::string parseOtaTime(const std::string& text, int64_t* value) {
+    const char* end = text.data() + text.size();
+    const std::from_chars_result result = std::from_chars(text.data(), end, *value);
+    if (result.ec == std::errc() && result.ptr == end) return "";
+    return "\"" + text + "\" is no decimal number of 64 bits, sign included";
+}
+
+void readLines(const Session& session, const std::string& file,
+               const std::function<void(const std::string&)>& take) {
+    std::ifstream opened;
+    errno = 0;
+    if (file != "-") opened.open(file, std::ios::binary);
+    std::istream& in = file == "-" ? session.in : opened;
+    bool isRead = file == "-" || opened.is_open();
+    for (std::string line; isRead && std::getline(in, line);) take(line);
+    if (isRead && !in.bad()) return;
+    throw session.failure("cannot_read", file + ": " + strerror(errno != 0 ? errno : EIO),
+                          "tarqctl " + session.line.substr(0, session.line.find(' ')) + " --help");
+}
+
+}  // namespace tarq::tools

@@ -1,0 +1,26 @@
+// What users write, checked before it goes to the daemon.
+#pragma once
+
+#include <stdint.h>
+
+#include <functional>
+#include <string>
+
+#include "tools/tarqctl/session.h"
+
+namespace tarq::tools {
+
+// Empty when the text is UTF-8, else what is wrong. The daemon takes UTF-16: another text would
+// reach it as a different one, or as none at all.
+std::string checkUtf8(const std::string& text);
+
+// A package's time: the whole text, without a plus sign or blanks. Empty when it is a number, else
+// what is wrong.
+std::string parseOtaTime(const std::string& text, int64_t* value);
+
+// Hands over the lines of the file, or of standard input for "-", without their newlines. Throws a
+// Failure if it cannot be read.
+void readLines(const Session& session, const std::string& file,
+               const std::function<void(const std::string&)>& take);
+
+}  // namespace tarq::tools
