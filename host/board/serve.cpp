@@ -53,7 +53,8 @@ static std::string mount(Hardware& hardware, const fs::path& mountPoint, bool sh
             why = refusal.what();
         }
     }
-    say("no FUSE, so there are plain files only, no GPIO, camera, fault or hold", why);
+    say("no FUSE, so there are plain files only, no GPIO, camera, fault, hold or trace of LEDs",
+        why);
     return why;
 }
 
@@ -61,13 +62,14 @@ void serve(const fs::path& folder, const fs::path& directory, bool shared) {
     const sigset_t signals = blockEndings();
     dieWithParent();
     Hardware hardware;
-    fit(folder / "board.xml", hardware);
+    const std::shared_ptr<LedTraceWriter> ledTrace = fit(folder / "board.xml", hardware);
     RunningBoard board(directory, shared);
     PlainFiles files(board.directory());
     board.boot(folder);
     std::optional<FileSystem> mounted;
     const std::string withoutFuse = mount(hardware, board.directory() / "hw", shared, &mounted);
     if (mounted) board.linkHardware();
+    if (mounted && ledTrace) ledTrace->open(traceOfLeds(board.directory()));
     Commands commands(hardware, files, withoutFuse);
     const ControlServer control(board.directory(), [&](const std::vector<std::string>& words) {
         commands.perform(words);

@@ -1,0 +1,173 @@
+#include "host/board/led_driver.h"
+
+#include <stdint.h>
+#include <stdio.h>
+
+#include <algorithm>
+
+#include "host/board/led_fields.h"
+
+namespace tarq::board {
+
+static constexpr uint32_t kMaxColour = 0xffffff;
+static constexpr uint32_t kMaxBrightness = 0xff;
+
+static uint32_t dimmed(uint32_t colour, uint32_t brightness) {
+    uint32_t result = 0;
+    for (const int shift : {16, 8, 0}) {
+        result |= (colour >> shift & 0xff) * brightness / kMaxBrightness << shift;
+    }
+    return result;
+}
+
+// ---- what is written and read ----
+
+struct LedDriver::Attribute {
+    const char* name;
+    bool (LedDriver::*write)(Fields& fields, int64_t now);
+};
+
+const std::vector<LedDriver::Attribute>& LedDriver::table() {
+    static const std::vector<Attribute> kTable = {
+            {"set_color", &LedDriver::setColour},
+            {"set_brightness", &LedDriver::setBrightness},
+            {"get_color", &LedDriver::getColour},
+            {"get_brightness", &LedDriver::getBrightness},
+            {"standby_effect", &LedDriver::setStandby},
+            {"xml_effect_trans_state", &LedDriver::setState},
+            {"xml_effect_trans_vals", &LedDriver::setParameter},
+            {"xml_effect_trans_data", &LedDriver::addStep},
+    };
+    return kTable;
+}
+
+std::vector<std::string> LedDriver::attributes() {
+    std::vector<std::string> names;
+    for (const Attribute& attribute : table()) names.emplace_back(attribute.name);
+    return names;
+}
+
+bool LedDriver::write(const std::string& attribute, const std::string& record, int64_t now) {
+    Fields fields(record);
+    for (const Attribute& known : table()) {
+        if (attribute == known.name) return (this->*known.write)(fields, now);
+    }
+    return false;
+}
+
+bool LedDriver::read(const std::string& attribute, std::string* text) const {
+    uint32_t value = 0;
+    if (attribute == "get_color") {
+        value = mLeds[mColourOf].colour;
+    } else if (attribute == "get_brightness") {
+        value = mLeds[mBrightnessOf].brightness;
+    } else {
+        return false;
+    }
+    char line[16];
+    snprintf(line, sizeof(line), "%x\n", value);
+    *text = line;
+    return true;
+}
+
+size_t LedDriver::led(Fields& fields) const {
+    return fields.hex(static_cast<uint32_t>(mLeds.size() - 1));
+}
+
+bool LedDriver::set(Fields& fields, uint32_t Led::*value, uint32_t max) {
+    const size_t id = led(fields);
+    const uint32_t given = fields.hex(max);
+    if (!fields.areGood()) return false;
+    mLeds[id].*value = given;
+    return true;
+}
+
+bool LedDriver::setColour(Fields& fields, int64_t) {
+    return set(fields, &Led::colour, kMaxColour);
+}
+
+bool LedDriver::setBrightness(Fields& fields, int64_t) {
+    return set(fields, &Led::brightness, kMaxBrightness);
+}
+
+bool LedDriver::select(Fields& fields, size_t* selected) const {
+    const size_t id = led(fields);
+    if (!fields.areGood()) return false;
+    *selected = id;
+    return true;
+}
+
+bool LedDriver::getColour(Fields& fields, int64_t) {
+    return select(fields, &mColourOf);
+}
+
+bool LedDriver::getBrightness(Fields& fields, int64_t) {
+    return select(fields, &mBrightnessOf);
+}
+
+bool LedDriver::setStandby(Fields& fields, int64_t now) {
+    const size_t id = led(fields);
+    Standby standby;
+    standby.type = fields.hex(Standby::kBreathe);
+    standby.colour = fields.hex(kMaxColour);
+    standby.brightness = fields.hex(kMaxBrightness);
+    standby.periods = fields.decimal(INT32_MIN, INT32_MAX);
+    standby.period = int64_t{100} * fields.hex(UINT32_MAX);
+    standby.start = now;
+    if (!fields.areGood() || standby.period == 0) return false;
+    mLeds[id].standby = standby;
+    return true;
+}
+
+bool LedDriver::setState(Fields& fields, int64_t now) {
+    const uint32_t state = fields.hex(2);
+    if (!fields.areGood()) return false;
+    if (state == 0) {
+        if (!mTransfer || !mTransfer->isComplete()) return false;
+        mEffect.swap(mTransfer);
+        mTransfer.reset();
+        mEffectStart = now;
+    } else if (state == 1) {
+        mTransfer.emplace(mLeds.size());
+    } else {
+        mEffect.reset();
+    }
+    return true;
+}
+
+bool LedDriver::setParameter(Fields& fields, int64_t) {
+    return mTransfer && mTransfer->setParameter(fields);
+}
+
+bool LedDriver::addStep(Fields& fields, int64_t) {
+    return mTransfer && mTransfer->addStep(fields);
+}
+
+// ---- what is shown ----
+
+std::optional<uint32_t> LedDriver::Standby::shown(int64_t now) const {
+    const int64_t elapsed = now - start;
+    if (type == kNone || (periods > 0 && elapsed / period >= periods)) return std::nullopt;
+    const int64_t place = elapsed % period;
+    const int64_t fromDark = std::min(place, period - place);  // half a period at the brightest
+    uint32_t level = brightness;
+    if (type == kBlink && place >= period / 2) level = 0;
+    if (type == kBreathe) level = static_cast<uint32_t>(level * fromDark * 2 / period);
+    return dimmed(colour, level);
+}
+
+uint32_t LedDriver::shown(size_t led, int64_t now) const {
+    const Led& state = mLeds[led];
+    if (mEffect && mEffect->names(led)) {
+        return dimmed(mEffect->colour(led, now - mEffectStart), state.brightness);
+    }
+    return state.standby.shown(now).value_or(dimmed(state.colour, state.brightness));
+}
+
+std::vector<uint32_t> LedDriver::shown(int64_t now) const {
+    std::vector<uint32_t> colours(mLeds.size());
+    for (size_t led = 0; led < colours.size(); ++led) colours[led] = shown(led, now);
+    return colours;
+}
+
+}  // namespace tarq::board
