@@ -11,21 +11,13 @@
 #include "host/board/board_description.h"
 #include "host/board/commands.h"
 #include "host/board/control.h"
+#include "host/board/endings.h"
 #include "host/board/file_system.h"
 #include "host/board/running_board.h"
 
 namespace tarq::board {
 
 namespace fs = std::filesystem;
-
-// From here on they wait until there is something to end; by the threads they are never taken.
-static sigset_t blockEndings() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&signals, signal);
-    sigprocmask(SIG_BLOCK, &signals, nullptr);
-    return signals;
-}
 
 // The board ends with who started it, however that ends.
 static void dieWithParent() {
@@ -59,7 +51,7 @@ static std::string mount(Hardware& hardware, const fs::path& mountPoint, bool sh
 }
 
 void serve(const fs::path& folder, const fs::path& directory, bool shared) {
-    const sigset_t signals = blockEndings();
+    const Endings endings;
     dieWithParent();
     Hardware hardware;
     const std::shared_ptr<LedTraceWriter> ledTrace = fit(folder / "board.xml", hardware);
@@ -76,8 +68,7 @@ void serve(const fs::path& folder, const fs::path& directory, bool shared) {
     });
     puts("ready");
     fflush(stdout);
-    int received = 0;
-    sigwait(&signals, &received);
+    endings.wait();
 }
 
 }  // namespace tarq::board
