@@ -22,48 +22,23 @@ static uint32_t dimmed(uint32_t colour, uint32_t brightness) {
 
 // ---- what is written and read ----
 
-struct LedDriver::Attribute {
-    const char* name;
-    bool (LedDriver::*write)(Fields& fields, int64_t now);
-};
-
-const std::vector<LedDriver::Attribute>& LedDriver::table() {
-    static const std::vector<Attribute> kTable = {
-            {"set_color", &LedDriver::setColour},
-            {"set_brightness", &LedDriver::setBrightness},
-            {"get_color", &LedDriver::getColour},
-            {"get_brightness", &LedDriver::getBrightness},
-            {"standby_effect", &LedDriver::setStandby},
-            {"xml_effect_trans_state", &LedDriver::setState},
-            {"xml_effect_trans_vals", &LedDriver::setParameter},
-            {"xml_effect_trans_data", &LedDriver::addStep},
-    };
-    return kTable;
-}
-
-std::vector<std::string> LedDriver::attributes() {
-    std::vector<std::string> names;
-    for (const Attribute& attribute : table()) names.emplace_back(attribute.name);
-    return names;
-}
-
 bool LedDriver::write(const std::string& attribute, const std::string& record, int64_t now) {
     Fields fields(record);
-    for (const Attribute& known : table()) {
-        if (attribute == known.name) return (this->*known.write)(fields, now);
-    }
+    if (attribute == "set_color") return set(fields, &Led::colour, kMaxColour);
+    if (attribute == "set_brightness") return set(fields, &Led::brightness, kMaxBrightness);
+    if (attribute == "get_color") return select(fields, &mColourOf);
+    if (attribute == "get_brightness") return select(fields, &mBrightnessOf);
+    if (attribute == "standby_effect") return setStandby(fields, now);
+    if (attribute == "xml_effect_trans_state") return setState(fields, now);
+    if (attribute == "xml_effect_trans_vals") return mTransfer && mTransfer->setParameter(fields);
+    if (attribute == "xml_effect_trans_data") return mTransfer && mTransfer->addStep(fields);
     return false;
 }
 
 bool LedDriver::read(const std::string& attribute, std::string* text) const {
-    uint32_t value = 0;
-    if (attribute == "get_color") {
-        value = mLeds[mColourOf].colour;
-    } else if (attribute == "get_brightness") {
-        value = mLeds[mBrightnessOf].brightness;
-    } else {
-        return false;
-    }
+    if (attribute != "get_color" && attribute != "get_brightness") return false;
+    const uint32_t value =
+            attribute == "get_color" ? mLeds[mColourOf].colour : mLeds[mBrightnessOf].brightness;
     char line[16];
     snprintf(line, sizeof(line), "%x\n", value);
     *text = line;
@@ -82,27 +57,11 @@ bool LedDriver::set(Fields& fields, uint32_t Led::*value, uint32_t max) {
     return true;
 }
 
-bool LedDriver::setColour(Fields& fields, int64_t) {
-    return set(fields, &Led::colour, kMaxColour);
-}
-
-bool LedDriver::setBrightness(Fields& fields, int64_t) {
-    return set(fields, &Led::brightness, kMaxBrightness);
-}
-
 bool LedDriver::select(Fields& fields, size_t* selected) const {
     const size_t id = led(fields);
     if (!fields.areGood()) return false;
     *selected = id;
     return true;
-}
-
-bool LedDriver::getColour(Fields& fields, int64_t) {
-    return select(fields, &mColourOf);
-}
-
-bool LedDriver::getBrightness(Fields& fields, int64_t) {
-    return select(fields, &mBrightnessOf);
 }
 
 bool LedDriver::setStandby(Fields& fields, int64_t now) {
@@ -133,14 +92,6 @@ bool LedDriver::setState(Fields& fields, int64_t now) {
         mEffect.reset();
     }
     return true;
-}
-
-bool LedDriver::setParameter(Fields& fields, int64_t) {
-    return mTransfer && mTransfer->setParameter(fields);
-}
-
-bool LedDriver::addStep(Fields& fields, int64_t) {
-    return mTransfer && mTransfer->addStep(fields);
 }
 
 // ---- what is shown ----

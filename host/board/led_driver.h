@@ -40,8 +40,6 @@ class LedDriver {
     // count: 1 to 255.
     explicit LedDriver(size_t count) : mLeds(count) {}
 
-    static std::vector<std::string> attributes();
-
     // False when the record is refused.
     bool write(const std::string& attribute, const std::string& record, int64_t now);
     // False for an attribute that has nothing to read.
@@ -68,22 +66,12 @@ class LedDriver {
         uint32_t brightness = 0xff;
         Standby standby;
     };
-    struct Attribute;
-    static const std::vector<Attribute>& table();
 
     size_t led(Fields& fields) const;
     bool set(Fields& fields, uint32_t Led::*value, uint32_t max);
     bool select(Fields& fields, size_t* selected) const;
-    // Of the attributes; false when the record is refused.
-    bool setColour(Fields& fields, int64_t now);
-    bool setBrightness(Fields& fields, int64_t now);
-    bool getColour(Fields& fields, int64_t now);
-    bool getBrightness(Fields& fields, int64_t now);
     bool setStandby(Fields& fields, int64_t now);
     bool setState(Fields& fields, int64_t now);
-    bool setParameter(Fields& fields, int64_t now);
-    bool addStep(Fields& fields, int64_t now);
-
     uint32_t shown(size_t led, int64_t now) const;
 
     std::vector<Led> mLeds;

@@ -4,33 +4,22 @@
 
 namespace tarq::board {
 
-static constexpr size_t kMaxDigits = 10;  // a longer one is out of every range
-
 std::string Fields::word() {
     std::string word;
     mGood &= static_cast<bool>(mRecord >> word);
     return word;
 }
 
-uint32_t Fields::hex(uint32_t max) {
-    const std::string digits = word();
-    const bool isNumber = digits.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos &&
-                          digits.size() <= kMaxDigits;
-    const uint64_t number = isNumber ? strtoull(digits.c_str(), nullptr, 16) : 0;
-    if (isNumber && number <= max) return static_cast<uint32_t>(number);
-    mGood = false;
-    return 0;
-}
-
-int64_t Fields::decimal(int64_t min, int64_t max) {
+int64_t Fields::number(int base, int64_t min, int64_t max) {
+    static constexpr size_t kLongest = 12;  // a longer one is out of every range
     const std::string text = word();
-    const std::string digits = text.substr(text.rfind('-', 0) == 0 ? 1 : 0);
-    const bool isNumber = digits.find_first_not_of("0123456789") == std::string::npos &&
-                          !digits.empty() && digits.size() <= kMaxDigits;
-    const int64_t number = isNumber ? strtoll(text.c_str(), nullptr, 10) : 0;
-    if (isNumber && number >= min && number <= max) return number;
-    mGood = false;
-    return min;
+    const size_t sign = base == 10 && text.rfind('-', 0) == 0 ? 1 : 0;
+    const char* digits = base == 10 ? "0123456789" : "0123456789abcdefABCDEF";
+    mGood &= text.size() > sign && text.size() <= kLongest &&
+             text.find_first_not_of(digits, sign) == std::string::npos;
+    const int64_t number = mGood ? strtoll(text.c_str(), nullptr, base) : min;
+    mGood &= number >= min && number <= max;
+    return mGood ? number : min;
 }
 
 bool Fields::areGood() {

@@ -37,7 +37,9 @@ class LedAttribute : public Node {
 std::shared_ptr<LedTraceWriter> addLeds(Hardware& hardware, size_t count) {
     const auto trace = std::make_shared<LedTraceWriter>(count);
     const auto leds = std::make_shared<Leds>(Leds{LedDriver(count), trace});
-    for (const std::string& name : LedDriver::attributes()) {
+    for (const std::string name :
+         {"set_color", "set_brightness", "get_color", "get_brightness", "standby_effect",
+          "xml_effect_trans_state", "xml_effect_trans_vals", "xml_effect_trans_data"}) {
         hardware.add("/sys/class/rgbled/" + name, name, std::make_unique<LedAttribute>(leds, name));
     }
     return trace;

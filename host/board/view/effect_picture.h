@@ -4,6 +4,7 @@
 
 #include <stdint.h>
 
+#include <complex>
 #include <map>
 #include <string>
 #include <vector>
@@ -28,35 +29,39 @@ std::vector<std::string> captionOf(const LedEffect& effect, const std::string& t
 // The frames of one effect in one size and with one palette.
 class EffectPicture {
   public:
-    static constexpr uint8_t kTransparent = 1;  // a place of the palette that is in no picture
-
     EffectPicture(const std::vector<EffectFrame>& frames, const std::vector<std::string>& caption);
 
     size_t width() const { return mWidth; }
     size_t height() const { return mHeight; }
-    // RRGGBB, 256 at most.
+    // RRGGBB, 256 at most; the first one is in no picture.
     const std::vector<uint32_t>& palette() const { return mPalette; }
     // Row by row, places in the palette.
     std::vector<uint8_t> draw(const std::vector<uint32_t>& colours) const;
 
   private:
+    using Point = std::complex<double>;
     struct Ring;
     struct Light {  // what falls on a pixel
         uint8_t led;
-        uint8_t shade;  // of its colour; 0 is none, the background
+        uint8_t shade;  // of its colour; 0 is none
     };
+    static constexpr size_t kLine = 13;  // from one line of the caption to the next, in pixels
+
     void choosePalette(const std::vector<EffectFrame>& frames);
     void placeLeds(const Ring& ring);
-    void write(const std::string& text, double x, double y, uint8_t colour);
+    void placeIds(const Ring& ring);
+    void placeCaption(const std::vector<std::string>& lines, size_t longest);
+    void write(const std::string& text, Point middle, uint8_t colour);
 
     size_t mWidth = 0;
     size_t mHeight = 0;
+    Point mCentre;  // of the ring
     std::vector<uint32_t> mPalette;
-    uint32_t mMask = 0xffffffff;          // of a colour, what is looked at
-    size_t mShades = 0;                   // of each colour in the palette
-    std::map<uint32_t, uint8_t> mPlaces;  // of the darkest one of a masked colour
+    size_t mShades = 0;                   // that each colour has in the palette
+    uint32_t mMask = 0xffffff;            // what is looked at of a colour
+    std::map<uint32_t, uint8_t> mPlaces;  // of the first shade of a masked colour
     std::vector<Light> mLights;           // by pixel
-    std::vector<uint8_t> mStanding;       // pixels that are the same in every picture; 0 for others
+    std::vector<uint8_t> mStanding;       // the pixels without any light
 };
 
 }  // namespace tarq::board

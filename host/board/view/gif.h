@@ -1,4 +1,4 @@
-// Moving pictures.
+// Moving pictures in the format GIF.
 #pragma once
 
 #include <gif_lib.h>
@@ -10,32 +10,26 @@
 
 namespace tarq::board {
 
-// Makes the bytes of a GIF file, frame by frame. Of each only what differs from the one before is
-// kept. All of it throws std::runtime_error when there is not enough memory.
+// Encodes frame by frame; of each only what differs from the one before is kept. All of it throws
+// std::bad_alloc.
 class Gif {
   public:
-    // palette: RRGGBB, 256 at most; transparent: the one of them that is in no frame. loops: it is
-    // shown again and again, else once.
-    Gif(size_t width, size_t height, const std::vector<uint32_t>& palette, uint8_t transparent,
-        bool loops);
+    static constexpr uint8_t kTransparent = 0;  // a place in the palette that is in no frame
+
+    // palette: RRGGBB, 256 at most. loops: it is shown again and again, else once.
+    Gif(size_t width, size_t height, const std::vector<uint32_t>& palette, bool loops);
 
     // Row by row, places in the palette. time: for how long, in ms.
     void add(const std::vector<uint8_t>& pixels, int64_t time);
-    // Called once, after the last frame.
+    // The file; called once, after the last frame.
     std::string finish();
 
   private:
-    static void check(int result);
-    void putScreen(const std::vector<uint32_t>& palette);
-    void putLooping();
-    void putControl(int64_t time);
-
-    const size_t mWidth;
-    const size_t mHeight;
-    const uint8_t mTransparent;
+    const int mWidth;
+    const int mHeight;
     std::string mBytes;
     std::unique_ptr<GifFileType, void (*)(GifFileType*)> mEncoder;
-    std::vector<uint8_t> mBefore;  // what is seen so far
+    std::vector<uint8_t> mSeen;  // the frame before
 };
 
 }  // namespace tarq::board

@@ -56,16 +56,16 @@ std::string blocks(const Colours& colours, const winsize& screen) {
             text += withIds ? format(" %2x  ", id, 0) : std::string(kWidth, ' ');
             text += led + 1 < first + perRow ? "\x1b[0m " : "\x1b[0m";
         }
-        text += "\x1b[K\r\n";
+        text += "\n";
     };
     for (size_t row = 0; row < rows && (areHigh || row < screen.ws_row); ++row) {
         if (areHigh) addLine(row * perRow, false);
         addLine(row * perRow, true);
         if (areHigh) addLine(row * perRow, false);
-        if (areHigh) text += "\x1b[K\r\n";
+        if (areHigh) text += "\n";
     }
-    text.resize(text.size() - 2);  // at the bottom a newline would scroll
-    return text + "\x1b[J";
+    text.pop_back();  // at the bottom a newline would scroll
+    return text;
 }
 
 void print(const std::string& text) {
@@ -107,7 +107,9 @@ void watchLeds(const std::filesystem::path& board) {
         leds.update();
         const Colours colours = leds.driver().shown(now());
         const winsize size = isText ? winsize{} : sizeOfTerminal();
-        const bool isResized = size.ws_col != sizeBefore.ws_col || size.ws_row != sizeBefore.ws_row;
+        const bool isResized = size.ws_col != sizeBefore.ws_col ||
+                               size.ws_row != sizeBefore.ws_row || colours.size() != before.size();
+        if (isResized && !isText) print("\x1b[2J");
         if (colours != before || isResized) print(isText ? listed(colours) : blocks(colours, size));
         before = colours;
         sizeBefore = size;
