@@ -4,6 +4,7 @@
 #include <stdint.h>
 
 #include "hardware_info/hardware_info_module.h"
+#include "rgbleds/rgb_led_module.h"
 #include "shell/shell_module.h"
 
 // In the order in which their services appear to clients. Until the last has returned no call is
@@ -11,6 +12,7 @@
 // a module that fails says so in the log, and the others start all the same.
 static int32_t (*const kModules[])() = {
         hardware_info_module,
+        rgb_led_module,
         shell_module,
 };
 

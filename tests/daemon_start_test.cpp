@@ -64,6 +64,7 @@ TEST(DaemonStart, modules_register_in_order_whatever_the_manager_says) {
         EXPECT_EQ(tarqd_main(), 0);
         EXPECT_THAT(events,
                     testing::ElementsAre("binder", "com.tarq.hardwareInfo.IHardwareInfoService 8",
+                                         "com.tarq.rgbleds.IRgbLedsService 8",
                                          "com.tarq.shell.IShellService 8", "binder", "pool",
                                          "main joins"));
         EXPECT_EQ(log.take().back(), "I ShellService: instantiate.....\n");

@@ -62,6 +62,7 @@ TEST_F(DaemonTest, services_are_listed_newest_first) {
     const auto names = android::defaultServiceManager()->listServices();
     EXPECT_THAT(std::vector(names.begin(), names.end()),
                 testing::ElementsAre(String16("com.tarq.shell.IShellService"),
+                                     String16("com.tarq.rgbleds.IRgbLedsService"),
                                      String16("com.tarq.hardwareInfo.IHardwareInfoService")));
 }
 

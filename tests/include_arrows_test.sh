@@ -30,5 +30,9 @@ forbid "$never" nothing $device
 # The platform knows no module; it gives common/ its host half.
 forbid "$include (\"|<com/tarq)" '#include "(host/platform|common)/' host/platform
 # The virtual board and the daemon meet in files, a pty and a socket.
-[[ -d host/board ]] && forbid "$include (\"|<com/tarq|<binder)" '#include "host/board/' host/board
+# Who looks at them reads effect files as the daemon does.
+board='#include "host/board/'
+foreign="$include (\"|<com/tarq|<binder)"
+forbid "$foreign" "$board" $(find host/board -mindepth 1 -maxdepth 1 ! -name view)
+forbid "$foreign" "$board|#include \"rgbleds/effect_file\.h\"" host/board/view
 exit $status

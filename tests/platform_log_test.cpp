@@ -1,6 +1,7 @@
 #include <android/log.h>
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <host/growing_file.h>
 #include <host/log_sink.h>
 #include <pty.h>
 #include <sys/socket.h>
@@ -156,6 +157,27 @@ TEST(Log, file_that_cannot_be_opened_is_named_and_a_sink_sees_entries_as_given) 
     });
     EXPECT_THAT(writes, ElementsAre(HasSubstr("/nowhere/log (No such file or directory)"),
                                     EndsWith(" I t       : text\n")));
+}
+
+TEST(GrowingFile, lines_are_handed_over_once_complete_and_a_new_file_is_read_anew) {
+    const TemporaryDirectory directory;
+    const std::string path = directory / "log";
+    tarq::host::GrowingFile file(path);
+    const auto read = [&file] {
+        std::vector<std::string> lines;
+        file.read([&lines](const std::string& line) { lines.push_back(line); });
+        return lines;
+    };
+    writeFile(path, "one\ntw");
+    EXPECT_THAT(read(), ElementsAre("one"));
+    std::ofstream(path, std::ios::app) << "o\n\nthr";
+    EXPECT_THAT(read(), ElementsAre("two", ""));
+    writeFile(path, "new\n");  // emptied and begun again
+    EXPECT_THAT(read(), ElementsAre("thr", "new"));
+    std::filesystem::remove(path);
+    EXPECT_THAT(read(), IsEmpty());
+    writeFile(path, "another, which is longer\n");
+    EXPECT_THAT(read(), ElementsAre("another, which is longer"));
 }
 
 }  // namespace

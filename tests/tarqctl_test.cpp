@@ -8,7 +8,6 @@
 
 #include "tests/temporary_directory.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/growing_file.h"
 #include "tools/tarqctl/known_services.h"
 
 using namespace tarq::tools;
@@ -222,27 +221,6 @@ TEST_F(Tarqctl, log_is_passed_on_coloured_or_taken_apart) {
                                                   lines.substr(good.size() - 1) + "\n");
     std::filesystem::remove(board() / "run/log");
     expectFailure(tarqctl({"log"}), 2, "run/log: No such file or directory\n");
-}
-
-TEST(growing_file, lines_are_handed_over_once_complete_and_a_new_file_is_read_anew) {
-    const TemporaryDirectory directory;
-    const std::string path = directory / "log";
-    GrowingFile file(path);
-    const auto read = [&file] {
-        Words lines;
-        file.read([&lines](const std::string& line) { lines.push_back(line); });
-        return lines;
-    };
-    writeFile(path, "one\ntw");
-    EXPECT_THAT(read(), ElementsAre("one"));
-    std::ofstream(path, std::ios::app) << "o\n\nthr";
-    EXPECT_THAT(read(), ElementsAre("two", ""));
-    writeFile(path, "new\n");  // emptied and begun again
-    EXPECT_THAT(read(), ElementsAre("thr", "new"));
-    std::filesystem::remove(path);
-    EXPECT_THAT(read(), IsEmpty());
-    writeFile(path, "another, which is longer\n");
-    EXPECT_THAT(read(), ElementsAre("another, which is longer"));
 }
 
 TEST_F(Tarqctl, absent_service_is_explained_by_what_can_be_seen) {

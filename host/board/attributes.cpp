@@ -1,10 +1,14 @@
 #include "host/board/attributes.h"
 
 #include <ctype.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
 namespace tarq::board {
+
+static constexpr char kLetters[] = "nrt\\";
+static constexpr char kMeanings[] = "\n\r\t\\";
 
 // The byte that two hexadecimal digits at the place make.
 static char hexByte(const std::string& text, size_t place) {
@@ -16,8 +20,6 @@ static char hexByte(const std::string& text, size_t place) {
 }
 
 std::string unescaped(const std::string& text) {
-    static constexpr char kLetters[] = "nrt\\";
-    static constexpr char kMeanings[] = "\n\r\t\\";
     std::string bytes;
     for (size_t i = 0; i < text.size(); ++i) {
         if (text[i] != '\\') {
@@ -32,6 +34,22 @@ std::string unescaped(const std::string& text) {
         }
     }
     return bytes;
+}
+
+std::string escaped(const std::string& bytes) {
+    std::string text;
+    for (const char byte : bytes) {
+        if (const char* known = strchr(kMeanings, byte); known != nullptr && byte != 0) {
+            text += {'\\', kLetters[known - kMeanings]};
+        } else if (byte >= ' ' && byte <= '~') {
+            text += byte;
+        } else {
+            char code[5];
+            snprintf(code, sizeof(code), "\\x%02x", static_cast<unsigned char>(byte));
+            text += code;
+        }
+    }
+    return text;
 }
 
 std::string fromHex(const std::string& digits) {

@@ -8,8 +8,9 @@
 
 namespace tarq::board {
 
-// How a user types bytes. Both throw std::invalid_argument.
+// How a user types bytes, and reads them. Throw std::invalid_argument.
 std::string unescaped(const std::string& text);  // with \n \r \t \\ \xHH
+std::string escaped(const std::string& bytes);   // back again
 std::string fromHex(const std::string& digits);  // "00000003"
 
 // A text that a driver makes up, such as the touch panel's; or a property of the device tree, cells

@@ -11,6 +11,7 @@
 #include "host/board/attributes.h"
 #include "host/board/camera.h"
 #include "host/board/gpio.h"
+#include "host/board/led_nodes.h"
 
 namespace tarq::board {
 
@@ -26,6 +27,7 @@ constexpr char kGpio[] = "/sys/class/gpio/";
 struct Fitting {
     Hardware& hardware;
     std::shared_ptr<GpioLines> lines = std::make_shared<GpioLines>();
+    std::shared_ptr<LedTraceWriter> ledTrace = {};
 };
 
 // "" when the element does not have it.
@@ -115,6 +117,12 @@ void fitCamera(const XMLElement& element, Fitting& fitting) {
                          std::make_unique<Camera>(needed(element, "sensor")));
 }
 
+void fitLeds(const XMLElement& element, Fitting& fitting) {
+    const uint32_t count = number(element, "count");
+    if (count < 1 || count > 255) throw std::invalid_argument("count is not 1 to 255");
+    fitting.ledTrace = addLeds(fitting.hardware, count);
+}
+
 struct Kind {
     const char* name;
     std::vector<std::string> attributes;
@@ -127,6 +135,7 @@ const Kind& kindOf(const XMLElement& element) {
             {"display", {"reg", "hwid_flag", "id1_gpio", "id2_gpio"}, fitDisplay},
             {"gpio", {"number", "level", "direction"}, fitGpio},
             {"camera", {"node", "sensor"}, fitCamera},
+            {"leds", {"count"}, fitLeds},
     };
     for (const Kind& kind : kKinds) {
         if (strcmp(kind.name, element.Name()) == 0) return kind;
@@ -148,8 +157,8 @@ void fitElement(const XMLElement& element, Fitting& fitting) {
 
 }  // namespace
 
-void fit(const std::filesystem::path& file, Hardware& hardware) {
-    if (!std::filesystem::exists(file)) return;
+std::shared_ptr<LedTraceWriter> fit(const std::filesystem::path& file, Hardware& hardware) {
+    if (!std::filesystem::exists(file)) return nullptr;
     const auto fail = [&](int line, const std::string& what) {
         throw std::runtime_error(file.string() + ":" + std::to_string(line) + ": " + what);
     };
@@ -175,6 +184,7 @@ void fit(const std::filesystem::path& file, Hardware& hardware) {
             fail(node->GetLineNum(), std::string(element->Name()) + ": " + wrong.what());
         }
     }
+    return fitting.ledTrace;
 }
 
 }  // namespace tarq::board

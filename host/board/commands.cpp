@@ -16,6 +16,7 @@ Commands::Commands(Hardware& hardware, PlainFiles& files, std::string withoutFus
 
 void Commands::perform(const std::vector<std::string>& words) {
     const std::string command = words.empty() ? "" : words[0];
+    if (words == std::vector<std::string>{"trace"}) return requireTrace();
     const size_t count = command == "set" || command == "fault" ? 3 : 2;
     if (words.size() != count) throw std::invalid_argument("is no command");
     const std::string node = fs::path(words[1]).lexically_normal();
@@ -40,6 +41,13 @@ void Commands::set(const std::string& node, const std::string& value) {
     }
     mHardware.set(path, value);
     if (!mWithoutFuse.empty()) mFiles.write(path, mHardware.plainContents()[path]);
+}
+
+void Commands::requireTrace() {
+    if (!mHardware.has("/sys/class/rgbled/set_color")) {
+        throw std::runtime_error("no LEDs are fitted");
+    }
+    if (!mWithoutFuse.empty()) throw std::runtime_error("needs FUSE: " + mWithoutFuse);
 }
 
 // A plain file is played by the hardware as long as something is the matter with it.

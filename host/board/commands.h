@@ -16,11 +16,13 @@ class Commands {
     Commands(Hardware& hardware, PlainFiles& files, std::string withoutFuse);
 
     // words: "set NODE VALUE", "fault NODE FAULT", "hold NODE", "release NODE", NODE being a name
-    // or a path of the device. Throws std::exception with the reason when it was not done.
+    // or a path of the device; or "trace", which is refused when the LEDs have none. Throws
+    // std::exception with the reason when it was not done.
     void perform(const std::vector<std::string>& words);
 
   private:
     void set(const std::string& node, const std::string& value);
+    void requireTrace();
     template <typename Change>
     void disturb(const std::string& node, const Change& change);
 

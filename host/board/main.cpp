@@ -6,6 +6,7 @@
 
 #include "host/board/control.h"
 #include "host/board/serve.h"
+#include "host/board/view/views.h"
 
 namespace {
 
@@ -51,9 +52,9 @@ std::string onlyRunningBoard() {
     throw std::runtime_error(why);
 }
 
-int askBoard(const std::string& given, const Words& words) {
+int askBoard(const std::string& board, const Words& words) {
     std::string reason;
-    if (tarq::board::ask(given.empty() ? onlyRunningBoard() : given, words, &reason)) return kDone;
+    if (tarq::board::ask(board, words, &reason)) return kDone;
     std::string what;
     for (const std::string& word : words) what += (what.empty() ? "" : " ") + word;
     fprintf(stderr, "virtual_board: %s: %s\n", what.c_str(), reason.c_str());
@@ -67,7 +68,38 @@ struct Request {
     std::string directory;
     bool shared = false;
     Words words;  // of a command
+    std::function<void(const std::string& board)> show;
+    bool follows = false;
+    bool asJson = false;
+    std::string effect;
+    std::string gif;
 };
+
+void declareViews(CLI::App& app, Request& request) {
+    CLI::App* trace = app.add_subcommand(
+            "trace", "Prints what was written to the LED driver, a record a line");
+    trace->add_flag("-f", request.follows, "go on with what is added, until Ctrl-C");
+    trace->add_flag("--json", request.asJson, "as JSON Lines, with times in ms");
+    trace->callback([&request] {
+        request.show = [&request](const std::string& board) {
+            tarq::board::printTrace(board, request.follows, request.asJson);
+        };
+    });
+    CLI::App* leds = app.add_subcommand(
+            "leds", "Shows the LEDs until Ctrl-C, as text with NO_COLOR or without a terminal");
+    CLI::Option* gif = leds->add_option(
+            "--gif", request.gif, "draw the effect that is played into this file, as a moving GIF");
+    leds->add_option("--effect", request.effect,
+                     "draw this one: a file of the device, such as /vendor/etc/leds/wave_fast.xml, "
+                     "or any other")
+            ->needs(gif);
+    leds->callback([&request] {
+        request.show = [&request](const std::string& board) {
+            if (request.gif.empty()) return tarq::board::watchLeds(board);
+            tarq::board::drawEffect(board, request.effect, request.gif);
+        };
+    });
+}
 
 void declare(CLI::App& app, Request& request) {
     app.require_subcommand(1);
@@ -94,6 +126,7 @@ void declare(CLI::App& app, Request& request) {
                     ->required();
         }
     }
+    declareViews(app, request);
 }
 
 // The last first, as CLI11 wants them. What is set may look like an option: the timestamp file
@@ -117,8 +150,13 @@ int run(int argc, char** argv) {
         fputs(app.help().c_str(), stdout);
         return kDone;
     }
-    if (!request.words.empty()) return askBoard(request.board, request.words);
-    tarq::board::serve(request.folder, request.directory, request.shared);
+    if (request.words.empty() && !request.show) {
+        tarq::board::serve(request.folder, request.directory, request.shared);
+        return kDone;
+    }
+    const std::string board = request.board.empty() ? onlyRunningBoard() : request.board;
+    if (!request.words.empty()) return askBoard(board, request.words);
+    request.show(board);
     return kDone;
 }
 
@@ -129,6 +167,9 @@ int main(int argc, char** argv) {
         return run(argc, argv);
     } catch (const CLI::ParseError& error) {
         fprintf(stderr, "virtual_board: %s; try virtual_board --help\n", error.what());
+    } catch (const tarq::board::Refusal& refusal) {
+        fprintf(stderr, "virtual_board: %s\n", refusal.what());
+        return kRefused;
     } catch (const std::exception& error) {
         fprintf(stderr, "virtual_board: %s\n", error.what());
     }

@@ -11,21 +11,13 @@
 #include "host/board/board_description.h"
 #include "host/board/commands.h"
 #include "host/board/control.h"
+#include "host/board/endings.h"
 #include "host/board/file_system.h"
 #include "host/board/running_board.h"
 
 namespace tarq::board {
 
 namespace fs = std::filesystem;
-
-// From here on they wait until there is something to end; by the threads they are never taken.
-static sigset_t blockEndings() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&signals, signal);
-    sigprocmask(SIG_BLOCK, &signals, nullptr);
-    return signals;
-}
 
 // The board ends with who started it, however that ends.
 static void dieWithParent() {
@@ -53,29 +45,30 @@ static std::string mount(Hardware& hardware, const fs::path& mountPoint, bool sh
             why = refusal.what();
         }
     }
-    say("no FUSE, so there are plain files only, no GPIO, camera, fault or hold", why);
+    say("no FUSE, so there are plain files only, no GPIO, camera, fault, hold or trace of LEDs",
+        why);
     return why;
 }
 
 void serve(const fs::path& folder, const fs::path& directory, bool shared) {
-    const sigset_t signals = blockEndings();
+    const Endings endings;
     dieWithParent();
     Hardware hardware;
-    fit(folder / "board.xml", hardware);
+    const std::shared_ptr<LedTraceWriter> ledTrace = fit(folder / "board.xml", hardware);
     RunningBoard board(directory, shared);
     PlainFiles files(board.directory());
     board.boot(folder);
     std::optional<FileSystem> mounted;
     const std::string withoutFuse = mount(hardware, board.directory() / "hw", shared, &mounted);
     if (mounted) board.linkHardware();
+    if (mounted && ledTrace) ledTrace->open(traceOfLeds(board.directory()));
     Commands commands(hardware, files, withoutFuse);
     const ControlServer control(board.directory(), [&](const std::vector<std::string>& words) {
         commands.perform(words);
     });
     puts("ready");
     fflush(stdout);
-    int received = 0;
-    sigwait(&signals, &received);
+    endings.wait();
 }
 
 }  // namespace tarq::board

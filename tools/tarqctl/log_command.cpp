@@ -1,4 +1,5 @@
 // log [-f]: the file in which the board's daemon writes its log.
+#include <host/growing_file.h>
 #include <signal.h>
 #include <string.h>
 #include <unistd.h>
@@ -9,7 +10,6 @@
 
 #include "tools/tarqctl/board.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/growing_file.h"
 #include "tools/tarqctl/log_line.h"
 #include "tools/tarqctl/print_json.h"
 
@@ -39,7 +39,8 @@ static void print(const Session& session, const std::string& line) {
 }
 
 // Without Ctrl-C the end comes when nothing can be printed any more.
-static void follow(const Session& session, GrowingFile& log, const GrowingFile::TakeLine& take) {
+static void follow(const Session& session, host::GrowingFile& log,
+                   const host::GrowingFile::TakeLine& take) {
     while (session.out.good()) {
         log.read(take);
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
@@ -55,7 +56,7 @@ Run declareLog(CLI::App& app) {
         const auto take = [&session](const std::string& line) { print(session, line); };
         // Every line has been flushed, so that there is nothing left to do at Ctrl-C.
         if (*following) signal(SIGINT, [](int) { _exit(kDone); });
-        GrowingFile log(path);
+        host::GrowingFile log(path);
         if (const int error = log.read(take)) {
             throw session.failure("no_log", path + ": " + strerror(error), howToStart(error));
         }

@@ -1,5 +1,6 @@
 // match ITEM…: the verdict is the service's; its reasons are in the log that it wrote meanwhile.
 #include <com/tarq/hardwareInfo/IHardwareInfoService.h>
+#include <host/growing_file.h>
 #include <string.h>
 
 #include <CLI/App.hpp>
@@ -7,7 +8,6 @@
 #include <ostream>
 
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/growing_file.h"
 #include "tools/tarqctl/hardware_list.h"
 #include "tools/tarqctl/match_requests.h"
 #include "tools/tarqctl/print_explanation.h"
@@ -82,7 +82,7 @@ Answer ask(Session& session, const Items& items, const std::string& otaTime) {
         daemon.expectOk(service->setOtaTimestamp(time));
     }
     const std::string path = session.board + "/run/log";
-    GrowingFile log(path);
+    host::GrowingFile log(path);
     log.read([](const std::string&) {});
     Answer answer;
     std::vector<android::String16> list;

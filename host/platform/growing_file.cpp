@@ -1,4 +1,4 @@
-#include "tools/tarqctl/growing_file.h"
+#include <host/growing_file.h>
 
 #include <errno.h>
 #include <fcntl.h>
@@ -8,7 +8,7 @@
 
 #include <utility>
 
-namespace tarq::tools {
+namespace tarq::host {
 
 GrowingFile::GrowingFile(std::string path) : mPath(std::move(path)) {}
 
@@ -66,4 +66,4 @@ void GrowingFile::finish(const TakeLine& take) {
     if (!mPartial.empty()) take(std::exchange(mPartial, {}));
 }
 
-}  // namespace tarq::tools
+}  // namespace tarq::host

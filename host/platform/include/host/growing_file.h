@@ -1,10 +1,10 @@
-// Following a log.
+// Following a file that others append to. Host only.
 #pragma once
 
 #include <functional>
 #include <string>
 
-namespace tarq::tools {
+namespace tarq::host {
 
 // Reads a file line by line while others append to it. When it is emptied, or another file takes
 // its place, reading starts anew.
@@ -32,4 +32,4 @@ class GrowingFile {
     std::string mPartial;
 };
 
-}  // namespace tarq::tools
+}  // namespace tarq::host

@@ -1,0 +1,41 @@
+#include "rgbleds/effect_loader.h"
+
+#include <android/log.h>
+
+#include <memory>
+
+#include "common/device_file.h"
+#include "rgbleds/effect_file.h"
+#include "rgbleds/led_attributes.h"
+#include "rgbleds/log_tag.h"
+
+static void transfer(const char* path, const EffectItem& item) {
+    switch (item.kind) {
+        case EffectItem::kParameter:
+            writeAttribute(kTransferValues, item.text);
+            break;
+        case EffectItem::kStep:
+            writeAttribute(kTransferData, item.text);
+            break;
+        case EffectItem::kEmptyStep:
+            __android_log_print(ANDROID_LOG_INFO, kLogTag, "%s id =%s \n", "eff",
+                                item.text.c_str());
+            break;
+        case EffectItem::kIncomplete:
+            __android_log_print(ANDROID_LOG_ERROR, kLogTag, "%s:%d: %s is missing", path, item.line,
+                                item.text.c_str());
+            break;
+    }
+}
+
+void parseXmlFile(const char* path) {
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(fopen(deviceFile(path).c_str(), "re"), fclose);
+    std::vector<EffectItem> items;
+    if (file == nullptr || !readEffect(file.get(), &items)) {
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Error opening xml file .\n");
+        return;
+    }
+    writeAttribute(kTransferState, "1");
+    for (const EffectItem& item : items) transfer(path, item);
+    writeAttribute(kTransferState, "0");
+}

@@ -1,0 +1,4 @@
+#pragma once
+
+// Of everything that this module logs.
+constexpr char kLogTag[] = "rgbLedsService";
