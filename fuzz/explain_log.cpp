@@ -1,16 +1,19 @@
-// Saved logs: parsed, read and explained.
+// Saved logs: taken apart, read and explained.
 #include <stddef.h>
 #include <stdint.h>
 
 #include <sstream>
 
-#include "tools/tarqctl/tarqctl.h"
+#include "tools/tarqctl/match_requests.h"
+#include "tools/tarqctl/print_explanation.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    for (const char* json : {"--json=false", "--json"}) {
-        std::istringstream in(std::string(reinterpret_cast<const char*>(data), size));
-        std::ostringstream out;
-        tarq::tools::runTarqctl({"explain-log", json}, false, in, out, out);
+    std::istringstream in(std::string(reinterpret_cast<const char*>(data), size));
+    tarq::tools::MatchRequests log;
+    for (std::string line; std::getline(in, line);) log.add(line);
+    for (const tarq::tools::MatchRequest& request : log.all()) {
+        const tarq::tools::Explanation explanation = explain(request);
+        if (asText(explanation).empty() || asJson(explanation).empty()) __builtin_trap();
     }
     return 0;
 }

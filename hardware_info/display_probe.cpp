@@ -66,8 +66,8 @@ static bool panelIdByPins(int32_t& panelId) {
 }
 
 static bool levelFrom(const std::string& value, int32_t& level) {
-    // A negative number is a large one.
-    const int number = atoi(trimmed(value).c_str());
+    // Blanks and the line's end do not matter to atoi. A negative number is a large one here.
+    const int number = atoi(value.c_str());
     if (static_cast<uint32_t>(number) >= 2) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to convert %s to int",
                             value.c_str());
@@ -115,10 +115,10 @@ static bool isPanel(std::string_view item, int32_t panelId) {
                             std::string(item).c_str());
         return false;
     }
-    if (atoi(trimmed(field).c_str()) == panelId) return true;
+    const std::string id(field);
+    if (atoi(id.c_str()) == panelId) return true;  // whatever blanks are around it
     // Said of a number that is another panel's as well.
-    __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to convert %s to int",
-                        std::string(field).c_str());
+    __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to convert %s to int", id.c_str());
     return false;
 }
 

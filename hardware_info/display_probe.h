@@ -11,8 +11,8 @@
 // the hardware reports nothing; the reason is logged. Any thread, after start-up.
 bool getLcdInfoFromXml(std::string& item);
 
-// The search alone: the first item of the list with that number. Items are kept as they are, their
-// numbers are trimmed.
+// The search alone: the first item of the list with that number. Items are kept as they are;
+// blanks around their numbers do not matter.
 bool findPanel(std::string_view list, int32_t panelId, std::string& item);
 
 // Reads an identification pin: path is a device tree cell with its number, level becomes 0 or 1.

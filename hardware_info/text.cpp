@@ -14,13 +14,6 @@ bool Pieces::next(std::string_view* piece) {
     return true;
 }
 
-std::string trimmed(std::string_view text) {
-    static constexpr char kBlanks[] = " \t\n\r";
-    const size_t begin = text.find_first_not_of(kBlanks);
-    if (begin == std::string_view::npos) return "";
-    return std::string(text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1));
-}
-
 std::vector<std::string> tokensOf(std::string_view list) {
     static constexpr char kSeparators[] = " ,*";
     std::vector<std::string> tokens;

@@ -26,13 +26,8 @@ class Pieces {
     char mSeparator;
 };
 
-// Without the spaces, tabs, line feeds and carriage returns at both ends. A string, as what follows
-// is a conversion to a number, which needs the NUL.
-std::string trimmed(std::string_view text);
-
 // What stands between any of " ", "," and "*"; never empty ones.
 std::vector<std::string> tokensOf(std::string_view list);
 
-// Whether a token of the list has the value id. A token counts as the number it begins with, and as
-// 0 when it begins with none.
+// Whether the number in a token of the list is the id.
 bool includesId(std::string_view list, int32_t id);

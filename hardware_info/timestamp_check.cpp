@@ -82,7 +82,7 @@ bool TimestampWalk::takeTime(std::string_view line) {
     if (time.empty()) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Fail to get timestamp in %s", kPath);
     }
-    mTimes.push_back({mKind, atol(trimmed(time).c_str())});
+    mTimes.push_back({mKind, atol(std::string(time).c_str())});  // whatever blanks are around it
     return true;
 }
 

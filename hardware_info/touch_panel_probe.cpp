@@ -26,7 +26,7 @@ bool parseTpInfo(std::string_view text, std::string& info) {
         if (key == "type") {
             type = value;
         } else if (key == "id") {
-            id = atoi(trimmed(value).c_str());
+            id = atoi(value.c_str());  // whatever blanks are around it
         } else {
             __android_log_print(ANDROID_LOG_ERROR, kLogTag, "fail to take tp info");
             return false;

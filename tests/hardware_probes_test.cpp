@@ -4,6 +4,7 @@
 
 #include <set>
 #include <thread>
+#include <tuple>
 
 #include "hardware_info/camera_probe.h"
 #include "hardware_info/display_probe.h"
@@ -14,6 +15,8 @@
 #include "tests/test_board.h"
 
 using android::String16;
+using testing::EndsWith;
+using testing::HasSubstr;
 
 static const std::string kGpio = "/sys/class/gpio/";
 static const std::string kTimes = "/vendor/etc/hardware_timestamp.txt";
@@ -67,28 +70,25 @@ TEST_F(HardwareProbes, panel_is_told_by_two_pins_that_are_exported_meanwhile) {
 
 TEST_F(HardwareProbes, pin_that_fails_on_the_way_is_read_by_the_next_call) {
     const std::string value = kGpio + "gpio42/value";
-    const struct {
-        std::string file, fault, reason;
-        bool staysExported;
-    } cases[] = {{"export", "absent", "Failed to export gpio: 42", false},
-                 {"export", "unwritable", "Failed to export gpio: 42", false},
-                 {"gpio42/direction", "unwritable", "Failed to set gpio direction: 42", true},
-                 {"gpio42/value", "empty", "Unable to get gpio val: " + value, true}};
     const std::string notExported = "W Unable to open file: " + value +
                                     "\nW Unable to open gpio path: " + value +
-                                    ", ready to export\n";
+                                    ", ready to export\nE ";
+    const std::string failed = "\nE Fail to get gpio value from gpio: 42\n";
     int32_t level = -1;
     EXPECT_TRUE(getGpioValFromDsiId(kId1.c_str(), level));  // an input from now on
-    for (const auto& c : cases) {
-        fault(kGpio + c.file, c.fault);
+    for (const auto& [file, kind, reason, staysExported] :
+         std::vector<std::tuple<std::string, std::string, std::string, bool>>{
+                 {"export", "unwritable", "Failed to export gpio: 42", false},
+                 {"gpio42/direction", "unwritable", "Failed to set gpio direction: 42", true},
+                 {"gpio42/value", "empty", "Unable to get gpio val: " + value, true}}) {
+        fault(kGpio + file, kind);
         logged();
         EXPECT_FALSE(getGpioValFromDsiId(kId1.c_str(), level));
-        EXPECT_EQ(loggedText(),
-                  notExported + "E " + c.reason + "\nE Fail to get gpio value from gpio: 42\n");
-        fault(kGpio + c.file, "none");
+        EXPECT_EQ(loggedText(), notExported + reason + failed);
+        fault(kGpio + file, "none");
         EXPECT_TRUE(getGpioValFromDsiId(kId1.c_str(), level));
         EXPECT_EQ(level, 1);
-        EXPECT_EQ(isExported("gpio42"), c.staysExported);
+        EXPECT_EQ(isExported("gpio42"), staysExported);
         std::ofstream(board().path(kGpio + "unexport")) << 42;
     }
 }
@@ -128,39 +128,44 @@ TEST_F(HardwareProbes, null_camera_means_gc5035_and_another_one_bars_the_times) 
     const std::vector<String16> items = {String16("internal_camera:null")};
     setPart(PeripheralType::LCD, "null");
     setPart(PeripheralType::INTERNAL_CAMERA, "?");
-    EXPECT_THAT(match(items), testing::EndsWith("I isInternalCameraMatch: match\nfits"));
-    EXPECT_THAT(match({}), testing::EndsWith("I internal_camera flag is unmatch\n" + byTime));
+    EXPECT_THAT(match(items), EndsWith("I isInternalCameraMatch: match\nfits"));
+    EXPECT_THAT(match({}), EndsWith("I internal_camera flag is unmatch\n" + byTime));
     fault("camera1", "absent");
-    EXPECT_THAT(match(items), testing::EndsWith(unmatched + "I enter hw timestamp failue, beacause "
-                                                            "is two supply camera\nrefused"));
+    EXPECT_THAT(match(items), EndsWith(unmatched + "I enter hw timestamp failue, beacause "
+                                                   "is two supply camera\nrefused"));
     fault("camera9", "absent");
-    EXPECT_THAT(match(items),
-                testing::EndsWith("E Fail to get internal camera\n" + unmatched + byTime));
+    EXPECT_THAT(match(items), EndsWith("E Fail to get internal camera\n" + unmatched + byTime));
+}
+
+TEST_F(HardwareProbes, times_of_all_three_parts_count) {
+    otaTimestamp = 3;
+    writeFile(board().path(kTimes), "--TP\nGT-5,1\n--INTERNAL_CAMERA\ngc5035,3\n--LCD\nP-2,2\n");
+    EXPECT_THAT(match({}), HasSubstr("TP\nI Earliest Support Time: 1\n"
+                                     "I Peripheral Type:  INTERNAL_CAMERA\n"
+                                     "I Earliest Support Time: 3\nI Peripheral Type:  "
+                                     "LCD\nI Earliest Support Time: 2\n"));
 }
 
 TEST_F(HardwareProbes, every_fault_ends_in_its_line) {
     const std::vector<std::string> none = {"absent", "unreadable", "empty", "directory"};
-    const struct {
-        std::string file;
-        std::vector<std::string> faults;
-        std::string line;
-    } cases[] = {{"touch_panel", none, "E get tp info error: tpinfo_ic_info not found\n"},
-                 {"touch_panel", {"garbage"}, "E fail to take tp info\n"},
-                 {"hwid_flag", none, "E Fail to get flag from hwid-flag\n"},
-                 {"hwid_flag", {"garbage"}, "E Fail to get flag from hwid-flag\n"},
-                 {"dsi_id1", none, "E Fail to open dsi id: " + kId1 + "\n"},
-                 {"dsi_id1", {"garbage"}, "E Invalid gpio: -16776902\n"},
-                 {kTimes, none, "E Fail to open " + kTimes + "\n"},
-                 {kTimes, {"garbage"}, "default match success\n"}};
+    const std::vector<std::string> noise = {"garbage"};
+    const std::tuple<std::string, std::vector<std::string>, std::string> cases[] = {
+            {"touch_panel", none, "E get tp info error: tpinfo_ic_info not found\n"},
+            {"touch_panel", noise, "E fail to take tp info\n"},
+            {"hwid_flag", none, "E Fail to get flag from hwid-flag\n"},
+            {"hwid_flag", noise, "E Fail to get flag from hwid-flag\n"},
+            {"dsi_id1", none, "E Fail to open dsi id: " + kId1 + "\n"},
+            {"dsi_id1", noise, "E Invalid gpio: -16776902\n"},
+            {kTimes, none, "E Fail to open " + kTimes + "\n"},
+            {kTimes, noise, "default match success\n"}};
     otaTimestamp = 1;
     writeFile(board().path(kTimes), "--TP\nGT-5,0\n");
-    for (const auto& c : cases) {
-        for (const std::string& kind : c.faults) {
-            fault(c.file, kind);
-            EXPECT_THAT(match({String16("tp:?"), String16("lcd:?")}), testing::HasSubstr(c.line))
-                    << kind;
+    for (const auto& [file, faults, line] : cases) {
+        for (const std::string& kind : faults) {
+            fault(file, kind);
+            EXPECT_THAT(match({String16("tp:?"), String16("lcd:?")}), HasSubstr(line)) << kind;
         }
-        fault(c.file, "none");
+        fault(file, "none");
     }
 }
 
@@ -168,14 +173,14 @@ TEST_F(HardwareProbes, file_of_100_MB_is_read_and_judged) {
     std::string info;
     fault("touch_panel", "huge");
     EXPECT_FALSE(getTpInfo(info));
-    EXPECT_THAT(loggedText(), testing::EndsWith("E fail to take tp info\n"));
+    EXPECT_THAT(loggedText(), EndsWith("E fail to take tp info\n"));
 }
 
 TEST_F(HardwareProbes, slow_file_holds_up_its_own_call_only) {
     board().command({"hold", "touch_panel"});
     std::string info;
     std::thread waiting([&info] { getTpInfo(info); });
-    EXPECT_THAT(match({String16("lcd:P-2")}), testing::EndsWith("match\nfits"));
+    EXPECT_THAT(match({String16("lcd:P-2")}), EndsWith("match\nfits"));
     board().command({"release", "touch_panel"});
     waiting.join();
     EXPECT_EQ(info, "GT-5");
@@ -184,16 +189,14 @@ TEST_F(HardwareProbes, slow_file_holds_up_its_own_call_only) {
 TEST_F(HardwareProbes, eight_at_once_leave_pins_and_states_that_serve_the_next) {
     boardIdentity.overlayId = 3;
     const std::vector<String16> fitting = {String16("overlay_id:3"), String16("lcd:P-2")};
-    const auto client = [&fitting](bool foreign) {
-        for (int n = 0; n < 20; ++n) {
-            const bool fits = _isMatchHardwareInfo(foreign ? std::vector{String16("overlay_id:33")}
-                                                           : fitting);
-            EXPECT_FALSE(foreign && fits);  // whatever the others do
-        }
+    const auto matchOften = [](const std::vector<String16>& items, bool mayFit) {
+        for (int n = 0; n < 20; ++n) EXPECT_TRUE(!_isMatchHardwareInfo(items) || mayFit);
     };
     std::vector<std::thread> clients;
-    for (int i = 0; i < 8; ++i) clients.emplace_back(client, i % 2 == 0);
-    for (std::thread& thread : clients) thread.join();
-    logged();
-    EXPECT_THAT(match(fitting), testing::EndsWith("I isLcdMatchByHwId: match\nfits"));
+    for (int i = 0; i < 4; ++i) {
+        clients.emplace_back(matchOften, fitting, true);
+        clients.emplace_back(matchOften, std::vector{String16("overlay_id:33")}, false);
+    }
+    for (std::thread& client : clients) client.join();
+    EXPECT_THAT(match(fitting), EndsWith("I isLcdMatchByHwId: match\nfits"));
 }

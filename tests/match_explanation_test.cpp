@@ -119,6 +119,11 @@ struct MatchExplanation : Test {
             EXPECT_NE(all.at(0).outcome, Outcome::YES);
         }
         EXPECT_FALSE(ours.at(0).disturbed);
+        if (!ours.at(0).items.empty()) {
+            Items others = items;
+            others[0] = "!" + others[0];
+            EXPECT_THAT(log.with(others), IsEmpty());
+        }
         return explain(ours.at(0));
     }
 

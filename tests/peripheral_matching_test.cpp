@@ -183,6 +183,13 @@ TEST_F(PeripheralMatching, time_must_be_later_than_all_of_the_boards_parts) {
             {"-\n", noComma},
             {"--\n", "E Fail to find PeripheralType after \"--\" in " + kTimes + "\nno"},
             {"--TP\ngt9xx-5,1\n--WIFI\n", "E Fail to find WIFI in borad\nno"},
+            {"--CODEC\n", "E Fail to find CODEC in borad\nno"},
+            {"--USB_CAMERA", "E Fail to find USB_CAMERA in borad\nno"},
+            {"--BT\n", "E Fail to find BT in borad\nno"},
+            {"--SWITCH\n", "E Fail to find SWITCH in borad\nno"},
+            {"--EMMC\n", "E Fail to find EMMC in borad\nno"},
+            {"--LED_IC\n", "E Fail to find LED_IC in borad\nno"},
+            {"--KEYBOARD_IC\n", "E Fail to find KEYBOARD_IC in borad\nno"},
             {"--TP\r\n", "E Invalid Peripheral Type: TP\r\nE Fail to find TP\r in borad\nno"},
             {"--INTERNAL_CAMERA\n", "E Fail to find INTERNAL_CAMERA in borad\nno"}};
     for (const auto& [content, result] : cases) {

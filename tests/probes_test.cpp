@@ -153,3 +153,14 @@ TEST_F(Probes, pin_is_below_128_and_its_level_0_or_1) {
         EXPECT_EQ(level(kId2), result);
     }
 }
+
+TEST_F(Probes, files_of_a_pin_are_neither_made_nor_emptied) {
+    writeFile(file(kId2), "\0\0\0\5"s);
+    writeFile(file("/sys/class/gpio/export"), "####");
+    std::filesystem::create_directories(file("/sys/class/gpio/gpio5"));
+    EXPECT_EQ(level(kId2), cannotOpen("/sys/class/gpio/gpio5/value") +
+                                   "W Unable to open gpio path: /sys/class/gpio/gpio5/value, ready "
+                                   "to export\nE Failed to set gpio direction: 5\n"
+                                   "E Fail to get gpio value from gpio: 5\n7");
+    EXPECT_EQ(readFile(file("/sys/class/gpio/export")), "5###");
+}

@@ -158,12 +158,18 @@ tarqctl: match: there is no part "\x0a", the nearest name is "tp"
     EXPECT_THAT(piped.out, StartsWith("yes: all 2 board parts fit\n"));
     EXPECT_EQ(piped.code, 0);
     writeFile(mBoard / "list", "# comment\r\n\r\n \t\ntp:gt9\r\n#tp:x\nbt:r s");
-    EXPECT_EQ(tarqctl({"match", "--file", mBoard / "list", "--strict"}).code, 0);
+    EXPECT_THAT(
+            tarqctl({"match", "--file", mBoard / "list"}).out,
+            EndsWith("gt9      fits: has \"gt9\"; the probe got no answer\n  bt    r s    r s      "
+                     "fits: has \"r\", \"s\"\n"));
     EXPECT_EQ(tarqctl({"match", "--file", "/dev/null"}).code, 1);
 
     tarqctl({"setprop", "ro.vendor.ota_enter_timestamp_check", "true"});
-    writeFile(mBoard / "root/vendor/etc/hardware_timestamp.txt", "--LCD\n");
-    EXPECT_THAT(tarqctl({"match", "--ota-time", "7", "tp:x"}).out, HasSubstr("find LCD in borad"));
+    for (const std::string part : {"LCD", "TP"}) {
+        writeFile(mBoard / "root/vendor/etc/hardware_timestamp.txt", "--" + part);
+        EXPECT_THAT(tarqctl({"match", "--ota-time", "7", "tp:x"}).out,
+                    HasSubstr("\"Fail to find " + part + " in borad\""));
+    }
     writeFile(mBoard / "root/vendor/etc/hardware_timestamp.txt", ",\n,6");
     EXPECT_THAT(tarqctl({"match", "--strict", "tp:x"}).out,
                 HasSubstr("passed: the package's time, 7"));
@@ -186,6 +192,24 @@ TEST_F(TarqctlE2e, yes_without_a_comparison_is_said_and_strict_refuses_it) {
                       ": No such file or directory\n"
                       "tarqctl: match: there is no part \"foo\", the nearest name is \"tp\"\n");
     EXPECT_EQ(tarqctl({"match", "--strict", "tp:x"}).code, 1);
+}
+
+TEST_F(TarqctlE2e, yes_that_another_request_has_caused_is_said) {
+    describeBoard("<hw Peripheral='tp'>gt9</hw><hw Peripheral='bt'>r</hw>");
+    const std::string touchPanel = mBoard / "root/sys/class/tpinfo/tpinfo_ic_info";
+    fs::create_directories(fs::path(touchPanel).parent_path());
+    ASSERT_EQ(mkfifo(touchPanel.c_str(), 0600), 0);
+    startDaemon();
+    const auto slow = start({"match", "bt:x", "tp:GT-5"});
+    ASSERT_TRUE(eventually([&] {
+        return readFile(mBoard / "run/log").find("tp,gt9 inited,GT-5 given") != std::string::npos;
+    }));
+    EXPECT_EQ(tarqctl({"match", "bt:r"}).code, 1);
+    std::ofstream(touchPanel) << "type:GT\nid:5\n";
+    const Result result = finish(*slow);
+    EXPECT_EQ(result.code, 0);
+    EXPECT_THAT(result.out, StartsWith("yes: 1 of 2 board parts does not fit; another request at "
+                                       "the same time got in between, ask again\n"));
 }
 
 // The verdicts may be wrong: requests at the same time share their states, and the tool says so.

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/syscall.h>
 
 #include <memory>
 #include <string>
@@ -75,8 +76,11 @@ class TestBoard {
     std::unique_ptr<ChildProcess> waitingReader(const std::string& devicePath) const {
         auto reader =
                 std::make_unique<ChildProcess>(std::vector<std::string>{"cat", path(devicePath)});
-        const std::string place = "/proc/" + std::to_string(reader->pid()) + "/wchan";
-        EXPECT_TRUE(eventually([&] { return readFile(place) == "request_wait_answer"; }));
+        const std::string process = "/proc/" + std::to_string(reader->pid());
+        EXPECT_TRUE(eventually([&] {
+            return readFile(process + "/wchan") == "request_wait_answer" &&
+                   readFile(process + "/syscall").rfind(std::to_string(SYS_read) + " ", 0) == 0;
+        }));
         return reader;
     }
 

@@ -23,10 +23,6 @@ static Hardware& hardware() {
     return *static_cast<Hardware*>(fuse_get_context()->private_data);
 }
 
-static Hardware::OpenFile& fileOf(const fuse_file_info* info) {
-    return *reinterpret_cast<Hardware::OpenFile*>(info->fh);
-}
-
 static bool interrupted() {
     return fuse_interrupted() != 0;
 }
@@ -54,30 +50,27 @@ static int onReaddir(const char* path, void* buffer, fuse_fill_dir_t fill, off_t
 }
 
 static int onOpen(const char* path, fuse_file_info* info) {
-    std::unique_ptr<Hardware::OpenFile> file;
-    const int error = hardware().open(path, info->flags, &file);
-    info->fh = reinterpret_cast<uint64_t>(file.release());
-    return error;
+    return hardware().open(path, info->flags, &info->fh);
 }
 
 static int onRelease(const char*, fuse_file_info* info) {
-    delete &fileOf(info);
+    hardware().close(info->fh);
     return 0;
 }
 
 static int onRead(const char*, char* buffer, size_t size, off_t offset, fuse_file_info* info) {
-    return hardware().read(fileOf(info), buffer, size, offset, interrupted);
+    return hardware().read(info->fh, buffer, size, offset, interrupted);
 }
 
 static int onWrite(const char*, const char* data, size_t size, off_t, fuse_file_info* info) {
-    const int error = hardware().write(fileOf(info), std::string(data, size), interrupted);
+    const int error = hardware().write(info->fh, std::string(data, size), interrupted);
     return error != 0 ? error : static_cast<int>(size);
 }
 
 static int onIoctl(const char*, unsigned request, void*, fuse_file_info* info, unsigned flags,
                    void* argument) {
     if ((flags & FUSE_IOCTL_DIR) != 0) return -ENOTTY;
-    return hardware().ioctl(fileOf(info), request, argument, interrupted);
+    return hardware().ioctl(info->fh, request, argument, interrupted);
 }
 
 // What is not there stays so, also for fopen(…, "w+").

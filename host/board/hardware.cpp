@@ -136,7 +136,7 @@ int Hardware::list(const std::string& path, std::set<std::string>* names) {
     return 0;
 }
 
-int Hardware::open(const std::string& path, int flags, std::unique_ptr<OpenFile>* file) {
+int Hardware::open(const std::string& path, int flags, uint64_t* file) {
     const std::lock_guard lock(mMutex);
     const std::shared_ptr<Entry> entry = visible(path);
     if (!entry) return -ENOENT;
@@ -145,8 +145,14 @@ int Hardware::open(const std::string& path, int flags, std::unique_ptr<OpenFile>
     const mode_t mode = entry->node->mode();
     if (reads && ((mode & 0444) == 0 || entry->fault == Fault::unreadable)) return -EACCES;
     if (writes && ((mode & 0222) == 0 || entry->fault == Fault::unwritable)) return -EACCES;
-    *file = std::make_unique<OpenFile>(OpenFile{entry, entry->node->life()});
+    *file = ++mLastOpened;
+    mOpen[*file] = {entry, entry->node->life()};
     return 0;
+}
+
+void Hardware::close(uint64_t file) {
+    const std::lock_guard lock(mMutex);
+    mOpen.erase(file);
 }
 
 // Waits as long as the node is held or slow, without the lock. Then 0, or why the call fails.
@@ -178,23 +184,26 @@ int Hardware::generate(OpenFile& file) {
     return 0;
 }
 
-int Hardware::read(OpenFile& file, char* buffer, size_t size, off_t offset,
+int Hardware::read(uint64_t number, char* buffer, size_t size, off_t offset,
                    Interrupted interrupted) {
     std::unique_lock lock(mMutex);
+    OpenFile& file = mOpen.at(number);
     int error = enter(lock, file, interrupted);
     // As in sysfs, whoever goes back to the start gets the content anew.
     if (error == 0 && (offset == 0 || !file.generated)) error = generate(file);
     return error != 0 ? error : static_cast<int>(copy(file.content, offset, buffer, size));
 }
 
-int Hardware::write(OpenFile& file, const std::string& record, Interrupted interrupted) {
+int Hardware::write(uint64_t number, const std::string& record, Interrupted interrupted) {
     std::unique_lock lock(mMutex);
+    OpenFile& file = mOpen.at(number);
     const int error = enter(lock, file, interrupted);
     return error != 0 ? error : file.entry->node->write(record);
 }
 
-int Hardware::ioctl(OpenFile& file, unsigned request, void* argument, Interrupted interrupted) {
+int Hardware::ioctl(uint64_t number, unsigned request, void* argument, Interrupted interrupted) {
     std::unique_lock lock(mMutex);
+    OpenFile& file = mOpen.at(number);
     int error = enter(lock, file, interrupted);
     if (error == 0) error = file.entry->node->ioctl(request, argument);
     const Fault fault = file.entry->fault;

@@ -18,7 +18,6 @@ namespace tarq::board {
 // (held, or slow) waits without it. Paths are absolute, without a slash at the end.
 class Hardware {
   public:
-    struct OpenFile;                 // what one open has; read by one or several threads
     using Interrupted = bool (*)();  // whether the caller who waits is told to go away
 
     // ---- for who fits the board and commands it ----
@@ -49,15 +48,29 @@ class Hardware {
 
     // ---- for the file system; results are 0, a count, or a negative errno ----
 
+    // file: the number that open() has given; good until close(), after all calls on it.
     int attributes(const std::string& path, struct stat* status);
     int list(const std::string& path, std::set<std::string>* names);
-    int open(const std::string& path, int flags, std::unique_ptr<OpenFile>* file);
-    int read(OpenFile& file, char* buffer, size_t size, off_t offset, Interrupted interrupted);
-    int write(OpenFile& file, const std::string& record, Interrupted interrupted);
-    int ioctl(OpenFile& file, unsigned request, void* argument, Interrupted interrupted);
+    int open(const std::string& path, int flags, uint64_t* file);
+    void close(uint64_t file);
+    int read(uint64_t file, char* buffer, size_t size, off_t offset, Interrupted interrupted);
+    int write(uint64_t file, const std::string& record, Interrupted interrupted);
+    int ioctl(uint64_t file, unsigned request, void* argument, Interrupted interrupted);
 
   private:
-    struct Entry;
+    struct Entry {
+        std::unique_ptr<Node> node;  // null once it was removed
+        Fault fault = Fault::none;
+        bool held = false;
+
+        bool isThere() const { return node && node->life() != 0 && fault != Fault::absent; }
+    };
+    struct OpenFile {
+        std::shared_ptr<Entry> entry;
+        unsigned life;  // of the node, when it was opened
+        bool generated = false;
+        Content content = {};  // as it was made for the first read
+    };
 
     std::shared_ptr<Entry> visible(const std::string& path) const;
     std::set<std::string> children(const std::string& path) const;
@@ -67,22 +80,9 @@ class Hardware {
     std::mutex mMutex;
     std::map<std::string, std::shared_ptr<Entry>> mEntries;
     std::map<std::string, std::string> mNames;  // -> path
+    std::map<uint64_t, OpenFile> mOpen;
+    uint64_t mLastOpened = 0;
     bool mEnding = false;
-};
-
-struct Hardware::Entry {
-    std::unique_ptr<Node> node;  // null once it was removed
-    Fault fault = Fault::none;
-    bool held = false;
-
-    bool isThere() const { return node && node->life() != 0 && fault != Fault::absent; }
-};
-
-struct Hardware::OpenFile {
-    std::shared_ptr<Entry> entry;
-    unsigned life;  // of the node, when it was opened
-    bool generated = false;
-    Content content = {};  // as it was made for the first read
 };
 
 }  // namespace tarq::board

@@ -132,7 +132,9 @@ std::vector<ExplainedRow> explainedRows(const MatchRequest& request) {
         if (part.value != "null") {
             rows.push_back(partRow(request, part, finding));
         } else if (finding != nullptr) {
-            rows.push_back(ignoredRow(*finding, "the board lists no " + part.name));
+            const bool isNeither = finding->item.value == "null";
+            rows.push_back(ignoredRow(
+                    *finding, isNeither ? "neither has one" : "the board lists no " + part.name));
         }
     }
     for (const ItemFinding& finding : request.items) {

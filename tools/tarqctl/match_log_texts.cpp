@@ -1,5 +1,7 @@
 #include "tools/tarqctl/match_log_texts.h"
 
+#include <string.h>
+
 #include <algorithm>
 
 namespace tarq::tools {
@@ -129,19 +131,20 @@ bool isPrintedBy(char conversion, const std::string& text) {
     return !text.empty() && text.find_first_not_of(digits) == std::string::npos;
 }
 
-const LogTextRow& firstRow(LogText kind) {
-    const auto& table = matchLogTexts();
-    return *std::find_if(table.begin(), table.end(),
-                         [kind](const LogTextRow& row) { return row.kind == kind; });
-}
-
 }  // namespace
 
+const char* patternOf(LogText kind) {
+    const auto& table = matchLogTexts();
+    return std::find_if(table.begin(), table.end(),
+                        [kind](const LogTextRow& row) { return row.kind == kind; })
+            ->pattern;
+}
+
 std::optional<std::vector<std::string>> argumentsOf(const char* pattern, const std::string& text) {
+    size_t begin = strcspn(pattern, "%");
+    if (text.compare(0, begin, pattern, begin) != 0) return std::nullopt;  // most are done with
     std::vector<std::string> arguments;
     const std::vector<Piece> pieces = piecesOf(pattern);
-    if (text.compare(0, pieces[0].literal.size(), pieces[0].literal) != 0) return std::nullopt;
-    size_t begin = pieces[0].literal.size();
     for (size_t i = 1; i < pieces.size(); ++i) {
         const std::string& literal = pieces[i].literal;
         const bool last = i + 1 == pieces.size();
@@ -167,7 +170,7 @@ std::optional<RecognisedText> recognise(const std::string& text) {
 }
 
 std::vector<std::string> logLines(LogText kind, const std::vector<std::string>& arguments) {
-    const std::vector<Piece> pieces = piecesOf(firstRow(kind).pattern);
+    const std::vector<Piece> pieces = piecesOf(patternOf(kind));
     std::string text = pieces[0].literal;
     for (size_t i = 1; i < pieces.size(); ++i) text += arguments[i - 1] + pieces[i].literal;
     return asLogged(text);

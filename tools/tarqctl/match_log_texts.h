@@ -70,6 +70,9 @@ struct LogTextRow {
 // A kind may have several rows.
 const std::vector<LogTextRow>& matchLogTexts();
 
+// That of the kind's first row.
+const char* patternOf(LogText kind);
+
 // The arguments if the text was printed with the pattern; each is as short as it can be.
 std::optional<std::vector<std::string>> argumentsOf(const char* pattern, const std::string& text);
 

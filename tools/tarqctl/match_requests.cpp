@@ -14,12 +14,10 @@ using Texts = std::vector<std::string>;
 
 // How many ends of a list are looked at. More than one exist when more requests follow, or when an
 // item looks like such an end.
-constexpr size_t kMaxReadings = 16;
+constexpr size_t kMaxReadings = 8;
 
 bool isText(const Lines& lines, size_t index, LogText kind) {
-    if (index >= lines.size()) return false;
-    const std::optional<RecognisedText> line = recognise(lines[index].text);
-    return line && line->kind == kind;
+    return index < lines.size() && argumentsOf(patternOf(kind), lines[index].text);
 }
 
 // Where the description of the board may follow on the list that starts there.
