@@ -118,6 +118,7 @@ TEST_F(VirtualBoard, folder_that_is_no_board_is_one_error_line) {
             {"<board><display reg='0'/></board>", "1: display: \"0\": not two hexadecimal"},
             {"<board><gpio number='1'/>\n<gpio number='1'/></board>", "2: gpio: /sys/class/gpio"},
             {"<board>\n<gpio number='1' level='up'/></board>", "2: gpio: level is neither"},
+            {"<board><leds count='256'/></board>", "1: leds: count is not 1 to 255"},
             {"<board>", "1: XML_ERROR"}};
     for (const auto& [xml, where] : kWrong) {
         writeFile(mFolder / "board.xml", xml);
@@ -154,7 +155,7 @@ TEST_F(VirtualBoard, killed_one_has_lost_nothing_for_the_next) {
 
 TEST_F(VirtualBoard, without_fuse_there_are_plain_files_and_the_rest_says_so) {
     if (system("unshare -m true 2>/dev/null") != 0) GTEST_SKIP() << "unshare -m is refused";
-    const TestBoard board("<touch_panel type='a' id='1'/><gpio number='3'/>", "",
+    const TestBoard board("<touch_panel type='a' id='1'/><gpio number='3'/><leds count='1'/>", "",
                           "unshare -m sh -c 'mount --bind /dev/null /dev/fuse && exec \"$@\"' -");
     EXPECT_THAT(board.withoutFuse(), testing::HasSubstr("plain files only"));
     const std::string file = board.path("/sys/class/tpinfo/tpinfo_ic_info");
@@ -167,6 +168,10 @@ TEST_F(VirtualBoard, without_fuse_there_are_plain_files_and_the_rest_says_so) {
         EXPECT_EQ(board.ask({std::istream_iterator<std::string>(in), {}}, &said), 1);
         EXPECT_THAT(said, testing::HasSubstr(words + std::string(": needs FUSE: ")));
     }
+    std::string said;
+    EXPECT_EQ(board.ask({"trace"}, &said), 2);
+    EXPECT_THAT(said, testing::HasSubstr("leds.jsonl: needs FUSE: "));
+    EXPECT_TRUE(std::ofstream(board.path("/sys/class/rgbled/set_color"), std::ios::app) << "1");
 }
 
 }  // namespace

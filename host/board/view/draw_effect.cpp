@@ -34,7 +34,7 @@ static LedEffect readEffectFile(const fs::path& path, size_t leds) {
         if (!isStep && item.kind != EffectItem::kParameter) {
             const bool isEmpty = item.kind == EffectItem::kEmptyStep;
             const std::string what = isEmpty ? "a step without a text" : item.text + " is missing";
-            fprintf(stderr, "virtual_board: %s%s\n", place.c_str(), what.c_str());
+            fprintf(stderr, "virtual_board: %sleft out: %s\n", place.c_str(), what.c_str());
         } else if (!driver.write(isStep ? "xml_effect_trans_data" : "xml_effect_trans_vals",
                                  item.text, 0)) {
             throw Refusal(place + "the driver refuses \"" + item.text + "\"");
