@@ -9,7 +9,7 @@ using namespace testing;
 
 namespace {
 
-const std::string kEffects = TARQ_BOARDS "/demo_panel/vendor/etc/leds/";
+const std::string kEffects = SOURCES "/host/board/boards/demo_panel/vendor/etc/leds/";
 
 class Leds : public Test {
   protected:
@@ -112,6 +112,9 @@ TEST_F(Leds, gif_shows_an_effect_in_its_time_and_is_small) {
         EXPECT_EQ(seen({"leds", "--gif", path, "--effect", kEffects + name + ".xml"}), "");
         const std::string bytes = readFile(path);
         EXPECT_LT(bytes.size(), 200'000u) << name;
+        if (name == "wave_fast") {
+            EXPECT_TRUE(bytes == readFile(SOURCES "/docs/wave_fast.gif")) << "draw it anew";
+        }
         EXPECT_EQ(bytes.find("NETSCAPE2.0") == std::string::npos, name == "progress");
         GifFileType* gif = DGifOpenFileName(path.c_str(), nullptr);
         ASSERT_EQ(DGifSlurp(gif), GIF_OK) << name;

@@ -153,93 +153,100 @@ std::string cell(int number) {
     return std::string("\0\0\0", 3) + static_cast<char>(number);
 }
 
+Board with(Board board, const Board& more) {
+    board.insert(board.end(), more.begin(), more.end());
+    return board;
+}
+
+const Board kPins = {{"lcd", "A-1,B-2"}, {kId1, cell(42)}, {kId2, cell(43)}};
+// A package that does not fit but for its time.
+const Board kLate = {{"bt", "r"}, {kCheckTime, "true"}, {"time", "90"}, {kTouchPanel, "id:5"}};
+
+struct Case {
+    Board board;
+    Items items;
+    std::string explained;
+    std::string sentence = "\n";
+};
+
+const Case kCases[] = {
+        {{}, {}, "yes: the board lists no parts\n"},
+        {{{kSkip, "true"}}, {"a"}, "yes: nothing was compared: " + kSkip + " is \"true\"\n"},
+        {{{kSkip + "_no_hwid", "true"}}, {"a"}, "compared: the board has no overlay id, which"},
+        {{{"overlay", "5"}}, {"overlay_id:1*5"}, "fits: 5 is listed"},
+        {{{"overlay", "5"}, {"bt", "r"}}, {"overlay_id:15", "bt:r"}, "does not fit: 5 is not"},
+        {{{"overlay", "5"}},
+         {"overlay_id:5," + std::string(64, '1')},
+         "more than 63 bytes are not compared"},
+        {{{"bt", "r"}}, {"overlay_id:1"}, "ignored: the board has no overlay id"},
+        {{{"bt", "r"}}, {"bt:r" + std::string(100, 'r')}, "more than 101 bytes is not"},
+        {{{"bt", "r,s"}}, {"bt"}, "does not fit: no \"r\", \"s\" in \"\""},
+        {{{"bt", "r,s"}}, {"bt:null"}, "does not fit: no \"r\", \"s\" in \"null\""},
+        {{{"bt", "r *s"}}, {"bt:xrxs"}, "fits: has \"r\", \"s\""},
+        {{{"bt", "r"}}, {"bt:r", "bt:s"}, "  s        does not fit"},
+        {{{"bt", "r"}}, {"wifi:r", "x:y"}, "ignored: the board lists no wifi"},
+        {{{"tp", "gt"}}, {"tp:X"}, "no \"gt\" in \"X\"; the probe got no answer"},
+        {{{"tp", "gt"}, {kTouchPanel, "a"}}, {"tp:gt"}, "has \"gt\"; the probe got no answer"},
+        {{{"tp", "gt"}, {kTouchPanel, "type:GT\nid:5\n"}}, {"tp:X,GT-5"}, "fits: probe says GT-5"},
+        {{{"tp", "gt"}, {kTouchPanel, "type:GT\nid:5\n"}},
+         {"tp:X, GT-5"},
+         "GT-5, not listed exactly so"},
+        {{{"lcd", "A-1,B-1280"}, {kReg, std::string("\0\0\5", 3)}},
+         {"lcd:B-1280"},
+         "fits: probe says B-1280 (panel id by reg), listed"},
+        {{{"lcd", "A-1,,X,B-3"}, {kFlag, cell(3)}},
+         {"lcd:C-1"},
+         "; probe says B-3 (panel id 3 by hwid-flag), not listed"},
+        {{{"lcd", "A-1,B-2"}, {kFlag, cell(3)}},
+         {"lcd:B-2"},
+         "; the probe (panel id 3 by hwid-flag) found no entry of the board's list"},
+        {with(kPins, {{kGpio + "gpio42/value", "1\n"}, {kGpio + "gpio43/value", "0\n"}}),
+         {"lcd:B-2"},
+         "fits: probe says B-2 (panel id 2 by dsi-id), listed"},
+        {with(kPins, {{kGpio + "gpio42/value", "7\n"}}), {"lcd:X"}, "probe got no answer"},
+        {with(kPins, {{kId1, cell(-1)}}), {"lcd:X"}, "probe got no answer"},
+        {{{"lcd", "A-1"}}, {"lcd:X"}, "probe got no answer"},
+        {kPins, {"lcd:X"}, "probe got no answer"},
+        {with(kPins, {{kGpio + "export", ""}}), {"lcd:X"}, "probe got no answer"},
+        {with(kPins, {{kGpio + "export", ""}, {kGpio + "gpio42/direction", ""}}), {"lcd:X"}, ""},
+        {{{"internal_camera", "g"}}, {"internal_camera:x"}, "; the probe got no answer"},
+        {{{"internal_camera", "g"}, {"camera", "gc5035"}},
+         {"internal_camera:null"},
+         "fits: what the probe found is listed"},
+        {{{"internal_camera", "g"}, {"camera", "ov"}},
+         {"internal_camera:null"},
+         "; what the probe found is not listed"},
+        {with(kLate, {{"camera", "ov"}}),
+         {},
+         "refused: it is only for boards",
+         "1 of 1 board part does not fit, and the timestamp fallback is not for this camera\n"},
+        {with(kLate, {{"time", "0"}}),
+         {},
+         "fallback  refused: nobody has handed over",
+         "and there is no package time for"},
+        {kLate, {}, "refused: \"Fail to open /vendor", "and the timestamp file is of no use"},
+        {with(kLate, {{kTimes, "--\n"}}), {}, "refused: \"Fail to find PeripheralType after"},
+        {with(kLate, {{kTimes, "--Tp\n"}}),
+         {},
+         "refused: \"Fail to find Tp in borad\"",
+         "and the timestamp file is of no"},
+        {with(kLate, {{kTimes, "--TP\n\n"}}), {}, "refused: \"Fail to parse /vendor"},
+        {with(kLate, {{kTimes, "--TP\nx,1\n"}}),
+         {},
+         "passed: the timestamp file lists none of the board's parts\n",
+         "but the timestamp file lists none of them"},
+        {with(kLate, {{kTimes, "--TP\n-5,\n-5,90"}}),
+         {},
+         "90, is not later than the earliest time of TP, 90\n",
+         "\n  or give a package time of 91 or later\n"},
+        {with(kLate, {{kTimes, "--TP\n-5,89"}}),
+         {},
+         "is later than the earliest time of TP, 89",
+         "yes: 1 of 1 board part does not fit, but the package is late enough for"},
+};
+
 TEST_F(MatchExplanation, every_text_is_known_and_every_answer_explained) {
-    const Board pins = {{"lcd", "A-1,B-2"}, {kId1, cell(42)}, {kId2, cell(43)}};
-    const auto with = [](Board board, const Board& more) {
-        board.insert(board.end(), more.begin(), more.end());
-        return board;
-    };
-    const Board late = {{"bt", "r"}, {kCheckTime, "true"}, {"time", "90"}, {kTouchPanel, "id:5"}};
-    const std::string long64(64, '1');
-    const struct {
-        Board board;
-        Items items;
-        std::string explained;
-        std::string sentence = "\n";
-    } cases[] = {
-            {{}, {}, "yes: the board lists no parts\n"},
-            {{{kSkip, "true"}}, {"a"}, "yes: nothing was compared: " + kSkip + " is \"true\"\n"},
-            {{{kSkip + "_no_hwid", "true"}}, {"a"}, "compared: the board has no overlay id, which"},
-            {{{"overlay", "5"}}, {"overlay_id:1*5"}, "fits: 5 is listed"},
-            {{{"overlay", "5"}, {"bt", "r"}}, {"overlay_id:15", "bt:r"}, "does not fit: 5 is not"},
-            {{{"overlay", "5"}}, {"overlay_id:5," + long64}, "more than 63 bytes are not compared"},
-            {{{"bt", "r"}}, {"overlay_id:1"}, "ignored: the board has no overlay id"},
-            {{{"bt", "r"}}, {"bt:r" + std::string(100, 'r')}, "more than 101 bytes is not"},
-            {{{"bt", "r,s"}}, {"bt"}, "does not fit: no \"r\", \"s\" in \"\""},
-            {{{"bt", "r,s"}}, {"bt:null"}, "does not fit: no \"r\", \"s\" in \"null\""},
-            {{{"bt", "r *s"}}, {"bt:xrxs"}, "fits: has \"r\", \"s\""},
-            {{{"bt", "r"}}, {"bt:r", "bt:s"}, "  s        does not fit"},
-            {{{"bt", "r"}}, {"wifi:r", "x:y"}, "ignored: the board lists no wifi"},
-            {{{"tp", "gt"}}, {"tp:X"}, "no \"gt\" in \"X\"; the probe got no answer"},
-            {{{"tp", "gt"}, {kTouchPanel, "a"}}, {"tp:gt"}, "has \"gt\"; the probe got no answer"},
-            {{{"tp", "gt"}, {kTouchPanel, "type:GT\nid:5\n"}},
-             {"tp:X,GT-5"},
-             "fits: probe says GT-5"},
-            {{{"tp", "gt"}, {kTouchPanel, "type:GT\nid:5\n"}}, {"tp:X"}, "probe says GT-5, not"},
-            {{{"lcd", "A-1,B-1280"}, {kReg, std::string("\0\0\5", 3)}},
-             {"lcd:B-1280"},
-             "fits: probe says B-1280 (panel id by reg), listed"},
-            {{{"lcd", "A-1,,X,B-3"}, {kFlag, cell(3)}},
-             {"lcd:C-1"},
-             "; probe says B-3 (panel id 3 by hwid-flag), not listed"},
-            {{{"lcd", "A-1,B-2"}, {kFlag, cell(3)}},
-             {"lcd:B-2"},
-             "; the probe (panel id 3 by hwid-flag) found no entry of the board's list"},
-            {with(pins, {{kGpio + "gpio42/value", "1\n"}, {kGpio + "gpio43/value", "0\n"}}),
-             {"lcd:B-2"},
-             "fits: probe says B-2 (panel id 2 by dsi-id), listed"},
-            {with(pins, {{kGpio + "gpio42/value", "7\n"}}), {"lcd:X"}, "probe got no answer"},
-            {with(pins, {{kId1, cell(-1)}}), {"lcd:X"}, "probe got no answer"},
-            {{{"lcd", "A-1"}}, {"lcd:X"}, "probe got no answer"},
-            {pins, {"lcd:X"}, "probe got no answer"},
-            {with(pins, {{kGpio + "export", ""}}), {"lcd:X"}, "probe got no answer"},
-            {with(pins, {{kGpio + "export", ""}, {kGpio + "gpio42/direction", ""}}), {"lcd:X"}, ""},
-            {{{"internal_camera", "g"}}, {"internal_camera:x"}, "; the probe got no answer"},
-            {{{"internal_camera", "g"}, {"camera", "gc5035"}},
-             {"internal_camera:null"},
-             "fits: what the probe found is listed"},
-            {{{"internal_camera", "g"}, {"camera", "ov"}},
-             {"internal_camera:null"},
-             "; what the probe found is not listed"},
-            {with(late, {{"camera", "ov"}}),
-             {},
-             "refused: it is only for boards",
-             "1 of 1 board part does not fit, and the timestamp fallback is not for this camera\n"},
-            {with(late, {{"time", "0"}}),
-             {},
-             "fallback  refused: nobody has handed over",
-             "and there is no package time for"},
-            {late, {}, "refused: \"Fail to open /vendor", "and the timestamp file is of no use"},
-            {with(late, {{kTimes, "--\n"}}), {}, "refused: \"Fail to find PeripheralType after"},
-            {with(late, {{kTimes, "--Tp\n"}}),
-             {},
-             "refused: \"Fail to find Tp in borad\"",
-             "and the timestamp file is of no"},
-            {with(late, {{kTimes, "--TP\n\n"}}), {}, "refused: \"Fail to parse /vendor"},
-            {with(late, {{kTimes, "--TP\nx,1\n"}}),
-             {},
-             "passed: the timestamp file lists none of the board's parts\n",
-             "but the timestamp file lists none of them"},
-            {with(late, {{kTimes, "--TP\n-5,\n-5,90"}}),
-             {},
-             "90, is not later than the earliest time of TP, 90\n",
-             "\n  or give a package time of 91 or later\n"},
-            {with(late, {{kTimes, "--TP\n-5,89"}}),
-             {},
-             "is later than the earliest time of TP, 89",
-             "yes: 1 of 1 board part does not fit, but the package is late enough for"},
-    };
-    for (const auto& c : cases) {
+    for (const Case& c : kCases) {
         SCOPED_TRACE(c.explained + " " + PrintToString(c.items));
         setUp(c.board);
         EXPECT_THAT(asText(ask(c.items)), AllOf(HasSubstr(c.explained), HasSubstr(c.sentence)));

@@ -4,6 +4,7 @@
 #include <stdio.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "host/board/led_fields.h"
 
@@ -83,8 +84,7 @@ bool LedDriver::setState(Fields& fields, int64_t now) {
     if (!fields.areGood()) return false;
     if (state == 0) {
         if (!mTransfer || !mTransfer->isComplete()) return false;
-        mEffect.swap(mTransfer);
-        mTransfer.reset();
+        mEffect = std::exchange(mTransfer, std::nullopt);
         mEffectStart = now;
     } else if (state == 1) {
         mTransfer.emplace(mLeds.size());

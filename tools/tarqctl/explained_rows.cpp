@@ -16,16 +16,18 @@ std::string listOf(const Texts& texts) {
     return list;
 }
 
-std::string probeReason(const ProbeFinding& probe) {
+std::string probeReason(const ProbeFinding& probe, const std::string& package) {
     const std::string how = probe.how.empty() ? "" : " (" + probe.how + ")";
     if (!probe.answered) {
         return how.empty() ? "the probe got no answer"
                            : "the probe" + how + " found no entry of the board's list";
     }
     if (!probe.listed) return "";
-    const std::string listed = *probe.listed ? ", listed" : ", not listed";
-    if (!probe.part) return "what the probe found is" + listed.substr(1);
-    return "probe says " + *probe.part + how + listed;
+    const std::string listed = *probe.listed ? "listed" : "not listed";
+    if (!probe.part) return "what the probe found is " + listed;
+    // A blank behind a comma belongs to the element.
+    const bool nearly = !*probe.listed && package.find(*probe.part) != std::string::npos;
+    return "probe says " + *probe.part + how + ", " + listed + (nearly ? " exactly so" : "");
 }
 
 std::string wordsReason(const Item& part, const ItemFinding& finding) {
@@ -38,7 +40,7 @@ std::string wordsReason(const Item& part, const ItemFinding& finding) {
 
 // Either is enough: words that do not fit are no reason where the probe does.
 std::string comparedReason(const Item& part, const ItemFinding& finding) {
-    const std::string probe = finding.probe ? probeReason(*finding.probe) : "";
+    const std::string probe = finding.probe ? probeReason(*finding.probe, finding.item.value) : "";
     if (!finding.missingWords.empty() && fits(finding)) return probe;
     return wordsReason(part, finding) + (probe.empty() ? "" : "; " + probe);
 }

@@ -140,13 +140,14 @@ struct EffectPicture::Ring {
 
 void EffectPicture::placeLeds(const Ring& ring) {
     const bool glows = mShades >= 8;  // with fewer it would be made of rings
-    for (size_t i = 0; i < mLights.size(); ++i) {
-        const Point pixel(static_cast<double>(i % mWidth) + 0.5,
-                          static_cast<double>(i / mWidth) + 0.5);
-        const double led = ring.nearestLed(pixel - mCentre);
-        const double distance = std::abs(pixel - mCentre - ring.led(led, ring.radius));
-        const double light = ring.light(distance, glows) * static_cast<double>(mShades);
-        mLights[i] = {static_cast<uint8_t>(led), static_cast<uint8_t>(std::lround(light))};
+    for (size_t y = 0, i = 0; y < mHeight; ++y) {
+        for (size_t x = 0; x < mWidth; ++x, ++i) {
+            const Point pixel(static_cast<double>(x) + 0.5, static_cast<double>(y) + 0.5);
+            const double led = ring.nearestLed(pixel - mCentre);
+            const double distance = std::abs(pixel - mCentre - ring.led(led, ring.radius));
+            const double light = ring.light(distance, glows) * static_cast<double>(mShades);
+            mLights[i] = {static_cast<uint8_t>(led), static_cast<uint8_t>(std::lround(light))};
+        }
     }
 }
 

@@ -57,7 +57,7 @@ void Gif::add(const std::vector<uint8_t>& pixels, int64_t time) {
         }
     }
     check(EGifPutImageDesc(mEncoder.get(), 0, top, mWidth, bottom - top, false, nullptr));
-    check(EGifPutLine(mEncoder.get(), &news[static_cast<size_t>(top * mWidth)],
+    check(EGifPutLine(mEncoder.get(), news.data() + static_cast<ptrdiff_t>(top) * mWidth,
                       (bottom - top) * mWidth));
     mSeen = pixels;
 }
