@@ -297,54 +297,41 @@ TEST_F(RgbLeds, calls_at_the_same_time_lose_nothing) {
     }
 }
 
-// A client of a daemon that runs on the board.
-struct RgbLedsDaemon : RgbLeds {
-    void SetUp() override {
-        RgbLeds::SetUp();
-        writeFile(board().path("/vendor/etc/leds/wave_fast.xml"), kRoot + "</effect>");
-    }
-    std::unique_ptr<ChildProcess> daemon() {
-        return std::make_unique<ChildProcess>(
-                std::vector<std::string>{TARQD},
-                std::vector<std::string>{"TARQ_LOG=" + directory / "log"});
-    }
-    static sp<IRgbLedsService> leds() {
-        return android::interface_cast<IRgbLedsService>(
-                android::defaultServiceManager()->getService(IRgbLedsService::descriptor));
-    }
-};
-
-TEST_F(RgbLedsDaemon, boot_effect_is_played_before_any_call_is_answered) {
-    using com::tarq::hardwareInfo::IHardwareInfoService;
-    board().command({"hold", "xml_effect_trans_state"});
-    const auto running = daemon();
-    const auto manager = android::defaultServiceManager();
-    const auto hardware = manager->getService(IHardwareInfoService::descriptor);
-    ASSERT_NE(hardware, nullptr);
-    EXPECT_EQ(manager->checkService(IRgbLedsService::descriptor), nullptr);
-    std::atomic<bool> answered = false;
-    std::thread caller([&] {
-        EXPECT_EQ(hardware->pingBinder(), android::OK);
-        answered = true;
-    });
-    EXPECT_TRUE(eventually([&] {
-        return readFile(directory / "log").find("startBootXml:/vendor/etc/leds/wave_fast.xml\n") !=
-               std::string::npos;
-    }));
-    EXPECT_FALSE(answered);
-    EXPECT_EQ(records(), "");
-    board().command({"release", "xml_effect_trans_state"});
-    caller.join();
-    EXPECT_EQ(records(), kBegin + "state 0;");
+sp<IRgbLedsService> leds() {
+    return android::interface_cast<IRgbLedsService>(
+            android::defaultServiceManager()->getService(IRgbLedsService::descriptor));
 }
 
-TEST_F(RgbLedsDaemon, callback_of_a_stopped_or_dead_process_disturbs_nobody) {
-    const auto running = daemon();
+// The daemon is started here, so this is the only one that uses the binder.
+TEST_F(RgbLeds, daemon_plays_the_boot_effect_first_and_minds_no_callback_that_is_gone) {
+    using com::tarq::hardwareInfo::IHardwareInfoService;
+    writeFile(board().path("/vendor/etc/leds/wave_fast.xml"), kRoot + "</effect>");
+    board().command({"hold", "xml_effect_trans_state"});
+    const std::string file = directory / "log";
+    const ChildProcess daemon({TARQD}, {"TARQ_LOG=" + file});
+    ASSERT_TRUE(eventually([&] {
+        return readFile(file).find("startBootXml:/vendor/etc/leds/wave_fast.xml") !=
+               std::string::npos;
+    }));
     const pid_t peer = fork();
     if (peer == 0) {
         leds()->registerRgbLedsCallbacks(new Callback);
         raise(SIGSTOP);
     }
+    const auto manager = android::defaultServiceManager();
+    const auto hardware = manager->checkService(IHardwareInfoService::descriptor);
+    ASSERT_NE(hardware, nullptr);
+    EXPECT_EQ(manager->checkService(IRgbLedsService::descriptor), nullptr);
+    std::atomic<bool> answered = false;
+    std::thread caller([&] { answered = hardware->pingBinder() == android::OK; });
+    board().command({"set", "/data/x", "takes a while"});
+    EXPECT_FALSE(answered);
+    EXPECT_EQ(records(), "");
+    board().command({"release", "xml_effect_trans_state"});
+    caller.join();
+    EXPECT_TRUE(answered);
+    EXPECT_EQ(records(), kBegin + "state 0;");
+
     EXPECT_EQ(waitpid(peer, nullptr, WUNTRACED), peer);
     bool done = false;
     for (int i = 0; i < 1000; ++i) {  // more than its socket takes
