@@ -18,12 +18,12 @@ class BoardFiles {
     }
     ~BoardFiles() { std::filesystem::remove_all(mPath); }
 
-  private:
     void write(const std::string& devicePath, const std::string& content) {
         const std::filesystem::path path = mPath + "/root" + devicePath;
         std::filesystem::create_directories(path.parent_path());
         std::ofstream(path) << content;
     }
 
+  private:
     std::string mPath = "/tmp/tarq_fuzz.XXXXXX";
 };

@@ -112,6 +112,7 @@ TEST_F(TarqctlE2e, services_are_waited_for_and_listed) {
 }
 
 TEST_F(TarqctlE2e, examples_of_the_help_work) {
+    fs::create_directories(mBoard / "root/sys/class/rgbled");  // the attributes are plain files
     startDaemon();
     for (const tarq::tools::Command& command : tarq::tools::commands()) {
         EXPECT_EQ(sh(command.example, mBoard.path()).code, 0) << command.example;

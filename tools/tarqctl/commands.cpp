@@ -1,5 +1,8 @@
 #include "tools/tarqctl/commands.h"
 
+#include <CLI/App.hpp>
+#include <map>
+
 namespace tarq::tools {
 
 // In the order in which a newcomer needs them. The examples are carried out by a test.
@@ -18,6 +21,8 @@ const std::vector<Command>& commands() {
              "tarqctl log | tarqctl explain-log", declareExplainLog},
             {"ota-time", "Hands the daemon the build time of an update package.",
              "tarqctl ota-time 1577836800", declareOtaTime},
+            {"led", "Sets, reads and watches the LEDs, and plays effects.",
+             "tarqctl led color 3 ff8000", declareLed},
             {"shell", "Runs a command line in the daemon and prints its output.",
              "tarqctl shell 'uname -m; id -u'", declareShell},
             {"getprop", "Prints one property, or all of them.",
@@ -26,6 +31,21 @@ const std::vector<Command>& commands() {
              declareSetprop},
     };
     return table;
+}
+
+// The footer is where the help keeps its example.
+Run declareOneOf(const std::vector<Command>& commands, CLI::App& app) {
+    // Also keeps an argument that is called like a command from being taken for one.
+    app.require_subcommand(1);
+    std::map<std::string, Run> runs;
+    for (const Command& command : commands) {
+        CLI::App* below = app.add_subcommand(command.name, command.sentence);
+        below->footer(command.example);
+        runs[command.name] = command.declare(*below);
+    }
+    return [&app, runs = std::move(runs)](Session& session) {
+        return runs.at(app.get_subcommands().front()->get_name())(session);
+    };
 }
 
 }  // namespace tarq::tools

@@ -26,6 +26,9 @@ struct Command {
 // In the order of the help.
 const std::vector<Command>& commands();
 
+// Declares them below the app, one of which has to be given, and returns the run of that one.
+Run declareOneOf(const std::vector<Command>& commands, CLI::App& app);
+
 Run declareServices(CLI::App& app);
 Run declareWait(CLI::App& app);
 Run declareLog(CLI::App& app);
@@ -33,6 +36,7 @@ Run declareHwinfo(CLI::App& app);
 Run declareMatch(CLI::App& app);
 Run declareExplainLog(CLI::App& app);
 Run declareOtaTime(CLI::App& app);
+Run declareLed(CLI::App& app);
 Run declareShell(CLI::App& app);
 Run declareGetprop(CLI::App& app);
 Run declareSetprop(CLI::App& app);

@@ -1,6 +1,7 @@
 #include "tools/tarqctl/known_services.h"
 
 #include <com/tarq/hardwareInfo/IHardwareInfoService.h>
+#include <com/tarq/rgbleds/IRgbLedsService.h>
 #include <com/tarq/shell/IShellService.h>
 #include <cutils/properties.h>
 #include <string.h>
@@ -18,6 +19,7 @@ static std::string descriptor() {
 const std::vector<KnownService>& knownServices() {
     static const std::vector<KnownService>& services = *new std::vector<KnownService>{
             {descriptor<com::tarq::hardwareInfo::IHardwareInfoService>(), nullptr},
+            {descriptor<com::tarq::rgbleds::IRgbLedsService>(), nullptr},
             {descriptor<com::tarq::shell::IShellService>(), nullptr},
     };
     return services;

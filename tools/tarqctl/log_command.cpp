@@ -1,16 +1,13 @@
 // log [-f]: the file in which the board's daemon writes its log.
-#include <host/growing_file.h>
-#include <signal.h>
 #include <string.h>
-#include <unistd.h>
 
 #include <CLI/App.hpp>
 #include <ostream>
-#include <thread>
 
 #include "tools/tarqctl/board.h"
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/log_line.h"
+#include "tools/tarqctl/print_file.h"
 #include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
@@ -38,15 +35,6 @@ static void print(const Session& session, const std::string& line) {
     }
 }
 
-// Without Ctrl-C the end comes when nothing can be printed any more.
-static void follow(const Session& session, host::GrowingFile& log,
-                   const host::GrowingFile::TakeLine& take) {
-    while (session.out.good()) {
-        log.read(take);
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    }
-}
-
 Run declareLog(CLI::App& app) {
     const auto following = std::make_shared<bool>(false);
     app.add_flag("-f", *following, "go on with what is added, until Ctrl-C");
@@ -54,14 +42,9 @@ Run declareLog(CLI::App& app) {
         openBoard(session);
         const std::string path = session.board + "/run/log";
         const auto take = [&session](const std::string& line) { print(session, line); };
-        // Every line has been flushed, so that there is nothing left to do at Ctrl-C.
-        if (*following) signal(SIGINT, [](int) { _exit(kDone); });
-        host::GrowingFile log(path);
-        if (const int error = log.read(take)) {
+        if (const int error = printFile(session, path, *following, take)) {
             throw session.failure("no_log", path + ": " + strerror(error), howToStart(error));
         }
-        if (*following) follow(session, log, take);
-        log.finish(take);
         return kDone;
     };
 }

@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <map>
 #include <ostream>
 
 #include "tools/tarqctl/command_line.h"
@@ -12,12 +11,6 @@
 namespace tarq::tools {
 
 namespace {
-
-// The parser with all commands, and what each of them runs.
-struct Parser {
-    CLI::App app{"Talks to the device daemon of a virtual board."};
-    std::map<std::string, Run> runs;
-};
 
 // Written so that "nan" fails, which is neither less nor greater.
 std::string checkTimeout(const std::string& text) {
@@ -38,50 +31,51 @@ void declareGlobals(CLI::App& app, Session& session, double* timeout) {
             ->check(checkTimeout);
 }
 
-// The footer is where the help keeps its example.
-void declareCommands(Parser& parser) {
-    for (const Command& command : commands()) {
-        CLI::App* app = parser.app.add_subcommand(command.name, command.sentence);
-        app->footer(command.example);
-        parser.runs[command.name] = command.declare(*app);
-    }
-}
-
-void declare(Parser& parser, Session& session, double* timeout) {
-    parser.app.formatter(std::make_shared<HelpFormatter>());
-    parser.app.set_help_flag("-h,--help", "this text");
-    parser.app.footer("tarqctl services");
+Run declare(CLI::App& app, Session& session, double* timeout) {
+    app.formatter(std::make_shared<HelpFormatter>());
+    app.set_help_flag("-h,--help", "this text");
+    app.footer("tarqctl services");
     // Global options are understood behind the command as well.
-    parser.app.fallthrough();
-    // Also keeps an argument that is called like a command from being taken for one.
-    parser.app.require_subcommand(1);
-    declareGlobals(parser.app, session, timeout);
-    declareCommands(parser);
+    app.fallthrough();
+    declareGlobals(app, session, timeout);
+    return declareOneOf(commands(), app);
 }
 
-std::string commandNames() {
+std::string commandNames(const CLI::App& app) {
     std::string names;
-    for (const Command& command : commands()) names += std::string(" ") + command.name;
+    for (const CLI::App* command : app.get_subcommands({})) names += " " + command->get_name();
     return names;
+}
+
+const CLI::App* commandBelow(const CLI::App& app, const std::string& name) {
+    for (const CLI::App* command : app.get_subcommands({})) {
+        if (command->get_name() == name) return command;
+    }
+    return nullptr;
 }
 
 // The parser's word on the command's arguments is kept. It knows no good one for a command that is
 // missing or misspelt.
-Failure wrongUsage(const Parser& parser, const CommandLine& line, const Session& session,
+Failure wrongUsage(const CLI::App& all, const CommandLine& line, const Session& session,
                    const CLI::ParseError& error) {
-    const std::string name = line.words.empty() ? "" : line.words[0];
-    std::string why = error.what();
-    std::string hint = "tarqctl --help";
-    const CLI::App* app = &parser.app;
-    if (parser.runs.count(name) != 0) {
-        hint = "tarqctl " + name + " --help";
-        app = parser.app.get_subcommand(name);
-    } else if (!name.empty() && name[0] != '-') {
-        why = "there is no such command, only" + commandNames();
-    } else if (error.get_name() == "RequiredError") {
-        why = "no command is given; there are" + commandNames();
+    const CLI::App* app = &all;
+    std::string path = "tarqctl";
+    auto word = line.words.begin();
+    for (; word != line.words.end() && !app->get_subcommands({}).empty(); ++word) {
+        const CLI::App* below = commandBelow(*app, *word);
+        if (below == nullptr) break;
+        app = below;
+        path += " " + *word;
     }
-    Failure failure = session.failure("usage", why, hint);
+    std::string why = error.what();
+    if (const std::string names = commandNames(*app); names.empty()) {
+        // one of its arguments
+    } else if (word != line.words.end() && (*word)[0] != '-') {
+        why = "there is no such command, only" + names;
+    } else if (error.get_name() == "RequiredError") {
+        why = "no command is given; there are" + names;
+    }
+    Failure failure = session.failure("usage", why, path + " --help");
     failure.usage = usageOf(*app);
     return failure;
 }
@@ -93,22 +87,22 @@ std::string quoted(const std::vector<std::string>& words) {
 }
 
 int runCommand(const std::vector<std::string>& arguments, Session& session) {
-    Parser parser;
+    CLI::App app{"Talks to the device daemon of a virtual board."};
     double timeout = session.timeout.count();
-    declare(parser, session, &timeout);
-    const CommandLine line = splitCommandLine(parser.app, arguments);
+    const Run run = declare(app, session, &timeout);
+    const CommandLine line = splitCommandLine(app, arguments);
     session.json = line.json;  // until the parser has come to it: its errors are printed so too
     session.line = line.words.empty() ? "command line" : quoted(line.words);
     try {
-        parser.app.parse(std::vector<std::string>(line.arguments.rbegin(), line.arguments.rend()));
+        app.parse(std::vector<std::string>(line.arguments.rbegin(), line.arguments.rend()));
     } catch (const CLI::CallForHelp&) {
-        session.out << parser.app.help() << std::flush;
+        session.out << app.help() << std::flush;
         return kDone;
     } catch (const CLI::ParseError& error) {
-        throw wrongUsage(parser, line, session, error);
+        throw wrongUsage(app, line, session, error);
     }
     session.timeout = std::chrono::duration<double>(timeout);
-    return parser.runs[line.words[0]](session);
+    return run(session);
 }
 
 }  // namespace

@@ -18,11 +18,27 @@ std::string checkUtf8(const std::string& text) {
     return text == std::string(back.string(), back.size()) ? "" : "it is not UTF-8";
 }
 
-std::string parseOtaTime(const std::string& text, int64_t* value) {
+template <typename Number>
+static bool isWhole(const std::string& text, Number* value, int base) {
     const char* end = text.data() + text.size();
-    const std::from_chars_result result = std::from_chars(text.data(), end, *value);
-    if (result.ec == std::errc() && result.ptr == end) return "";
+    const std::from_chars_result result = std::from_chars(text.data(), end, *value, base);
+    return result.ec == std::errc() && result.ptr == end;
+}
+
+std::string parseOtaTime(const std::string& text, int64_t* value) {
+    if (isWhole(text, value, 10)) return "";
     return "\"" + text + "\" is no decimal number of 64 bits, sign included";
+}
+
+std::string parseInt32(const std::string& text, int32_t* value) {
+    if (isWhole(text, value, 10)) return "";
+    return "\"" + text + "\" is no decimal number of 32 bits, sign included";
+}
+
+std::string parseColour(const std::string& text, int32_t* value) {
+    const std::string digits = text.substr(text[0] == '#' ? 1 : 0);
+    if (digits.size() == 6 && digits[0] != '-' && isWhole(digits, value, 16)) return "";
+    return "\"" + text + "\" is no colour of six hexadecimal digits, such as ff8000";
 }
 
 void readLines(const Session& session, const std::string& file,

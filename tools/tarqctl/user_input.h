@@ -18,6 +18,10 @@ std::string checkUtf8(const std::string& text);
 // what is wrong.
 std::string parseOtaTime(const std::string& text, int64_t* value);
 
+// A decimal number, and six hexadecimal digits of a colour, with or without "#", in the same way.
+std::string parseInt32(const std::string& text, int32_t* value);
+std::string parseColour(const std::string& text, int32_t* value);
+
 // Hands over the lines of the file, or of standard input for "-", without their newlines. Throws a
 // Failure if it cannot be read.
 void readLines(const Session& session, const std::string& file,

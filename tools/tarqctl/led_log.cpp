@@ -1,0 +1,74 @@
+#include "tools/tarqctl/led_log.h"
+
+#include <algorithm>
+
+#include "tools/tarqctl/log_line.h"
+#include "tools/tarqctl/match_log_texts.h"
+
+namespace tarq::tools {
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+constexpr char kTag[] = "rgbLedsService";
+
+// The line with which each operation ends; all the others stand before it, on the same thread.
+struct Operation {
+    const char* name;
+    const char* lastLine;
+};
+constexpr Operation kOperations[] = {
+        {"setRgbColor", "setRgbColor:id=%d,reg=%d"},
+        {"setRgbBrightness", "setRgbBrightness:id=%d,reg=%d"},
+        {"getRgbColor", "getRgbColor:id=%d,reg=0x%x"},
+        {"getRgbBrightness", "getRgbBrightness:id=%d,reg=0x%x"},
+        {"setLedList", "setLedList:id=%d, color=%d, brightness=%d"},
+        {"setRgbEffect", "setRgbEffect:id=%d,type=%d,color=%d,brightness=%d,cont=%d,val=%d"},
+        {"loadXmlFile", "loadXmlFile:path=%s"},
+        {"stopLampEffect", "stopLampEffect"},
+};
+
+void takeTrouble(const std::string& text, LedCall* call) {
+    if (const auto path = argumentsOf("open file %s failed!", text)) {
+        auto& paths = call->notOpened;
+        if (std::count(paths.begin(), paths.end(), (*path)[0]) == 0) paths.push_back((*path)[0]);
+    } else if (text == "Error opening xml file .") {
+        call->fileUnreadable = true;
+    } else if (argumentsOf("%s: attribute %s of <%s> is missing", text)) {
+        call->leftOut.push_back(text);
+    } else if (const auto step = argumentsOf("eff id =%s ", text)) {
+        call->leftOut.push_back("a step without a text, its id is " + (*step)[0]);
+    }
+}
+
+bool isTroubled(const LedCall& call) {
+    return call.fileUnreadable || !call.notOpened.empty() || !call.leftOut.empty();
+}
+
+}  // namespace
+
+LedLog::LedLog(const std::string& path) : mFile(path) {
+    mFile.read([](const std::string&) {});
+}
+
+std::optional<LedCall> LedLog::find(const std::string& operation, const Arguments& arguments) {
+    std::map<std::pair<int, int>, LedCall> running;  // by pid and tid
+    std::optional<LedCall> found;
+    mFile.read([&](const std::string& line) {
+        const std::optional<LogLine> parsed = parseLogLine(line);
+        if (!parsed || parsed->tag != kTag) return;
+        LedCall& call = running[{parsed->pid, parsed->tid}];
+        takeTrouble(parsed->text, &call);
+        for (const Operation& ended : kOperations) {
+            const auto printed = argumentsOf(ended.lastLine, parsed->text);
+            if (!printed) continue;
+            const bool isOurs = ended.name == operation && *printed == arguments;
+            if (isOurs && (!found || isTroubled(call))) found = call;
+            call = {};
+        }
+    });
+    return found;
+}
+
+}  // namespace tarq::tools

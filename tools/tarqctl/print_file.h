@@ -1,0 +1,15 @@
+// Printing a file of the board line by line.
+#pragma once
+
+#include <host/growing_file.h>
+
+#include "tools/tarqctl/session.h"
+
+namespace tarq::tools {
+
+// Hands over every line, and if so wished what is added afterwards: until Ctrl-C, which ends the
+// process as done, or until nothing can be printed any more. An errno when there is no such file.
+int printFile(const Session& session, const std::string& path, bool follows,
+              const host::GrowingFile::TakeLine& print);
+
+}  // namespace tarq::tools
