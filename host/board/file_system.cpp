@@ -160,11 +160,12 @@ FileSystem::~FileSystem() {
     fuse_exit(mFuse);
     // Only a signal makes the loop look whether it is to end; again, if it looked just before. A
     // request of our own would do as well, but nobody could kill a process that waits for itself.
+    // With time in between: a loop that is ending should not be disturbed by another one.
     struct sigaction wake = {};
     wake.sa_handler = [](int) {};
     sigaction(SIGUSR1, &wake, nullptr);
-    while (!mLoopEnded) {
-        pthread_kill(mLoop.native_handle(), SIGUSR1);
+    for (int ms = 0; !mLoopEnded; ++ms) {
+        if (ms % 200 == 0) pthread_kill(mLoop.native_handle(), SIGUSR1);
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     mLoop.join();
