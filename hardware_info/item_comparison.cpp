@@ -95,15 +95,19 @@ static bool listsProbedPart(const Probe& probe, const std::string& package) {
 }
 
 // Either comparison is enough: a part that the description file does not know may be the one that
-// the hardware reports.
+// the hardware reports. The result logged is this request's own, whatever another one has made of
+// the row while the probe ran.
 static void compareRow(PeripheralEntry& row, const std::string& package) {
-    row.matchState.store(compareTexts(row, package), std::memory_order_relaxed);
+    uint8_t state = compareTexts(row, package);
+    row.matchState.store(state, std::memory_order_relaxed);
     for (const Probe& probe : kProbes) {
         if (probe.type != row.type) continue;
-        if (listsProbedPart(probe, package)) row.matchState.store(1, std::memory_order_relaxed);
-        const bool matches = row.matchState.load(std::memory_order_relaxed) == 1;
+        if (listsProbedPart(probe, package)) {
+            state = 1;
+            row.matchState.store(state, std::memory_order_relaxed);
+        }
         __android_log_print(ANDROID_LOG_INFO, kLogTag, "%s: %s", probe.result,
-                            matches ? "match" : "unmatch");
+                            state == 1 ? "match" : "unmatch");
     }
 }
 

@@ -118,8 +118,8 @@ TEST_F(BoardContract, camera_answers_its_one_request_and_nothing_else) {
 
 // A driver's file, and a plain one, which is put back afterwards.
 TEST_F(BoardContract, fault_is_what_its_name_says_until_there_is_none) {
-    mBoard.command({"set", "/vendor/a/b", "plain\\n"});
-    for (const auto& [path, text] : {std::pair(kTouchPanel, kText), {"/vendor/a/b", "plain\n"}}) {
+    mBoard.command({"set", "/vendor/a/b", "--plain\\n"});
+    for (const auto& [path, text] : {std::pair(kTouchPanel, kText), {"/vendor/a/b", "--plain\n"}}) {
         const std::pair<const char*, std::string> kFaults[] = {
                 {"absent", "No such file or directory"},
                 {"directory", "Is a directory"},
@@ -175,6 +175,7 @@ TEST_F(BoardContract, command_that_makes_no_sense_is_refused_and_changes_nothing
             {{"set", "tp", "x"}, 1, "there are: camera0 dsi_id1 gpio42 hwid_flag touch_panel"},
             {{"fault", "touch_panel", "broken"}, 1, "there are: none absent empty"},
             {{"hold", "/data/x"}, 1, "virtual_board: hold /data/x: there is no such file"},
+            {{"set", "/data/property", "x"}, 1, "set /data/property x: is a directory"},
             {{"set", "touch_panel"}, 2, "VALUE is required"},
     };
     for (const auto& row : kCommands) {

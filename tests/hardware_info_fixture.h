@@ -11,6 +11,13 @@
 #include "tests/captured_log.h"
 #include "tests/temporary_directory.h"
 
+inline const std::string kTp = "/sys/class/tpinfo/tpinfo_ic_info";
+inline const std::string kReg = "/sys/bus/mipi-dsi/devices/ff450000.dsi.0/of_node/id";
+inline const std::string kFlag = "/sys/bus/mipi-dsi/devices/ff450000.dsi.0/of_node/hwid-flag";
+inline const std::string kId1 = "/proc/device-tree/dsi@ff450000/dsi,id1";
+inline const std::string kGpio = "/sys/class/gpio/";
+inline const std::string kTimes = "/vendor/etc/hardware_timestamp.txt";
+
 struct HardwareInfoTest : testing::Test {
     HardwareInfoTest() { forget(); }
 

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include <array>
 #include <set>
 #include <thread>
 #include <tuple>
@@ -10,17 +11,12 @@
 #include "hardware_info/display_probe.h"
 #include "hardware_info/ota_timestamp.h"
 #include "hardware_info/peripheral_matching.h"
-#include "hardware_info/touch_panel_probe.h"
 #include "tests/hardware_info_fixture.h"
 #include "tests/test_board.h"
 
 using android::String16;
 using testing::EndsWith;
 using testing::HasSubstr;
-
-static const std::string kGpio = "/sys/class/gpio/";
-static const std::string kTimes = "/vendor/etc/hardware_timestamp.txt";
-static const std::string kId1 = "/proc/device-tree/dsi@ff450000/dsi,id1";
 
 // Panel 2 is fitted, and says so by two pins; the boot loader has left the first as an output.
 struct HardwareProbes : HardwareInfoTest {
@@ -73,22 +69,21 @@ TEST_F(HardwareProbes, pin_that_fails_on_the_way_is_read_by_the_next_call) {
     const std::string notExported = "W Unable to open file: " + value +
                                     "\nW Unable to open gpio path: " + value +
                                     ", ready to export\nE ";
-    const std::string failed = "\nE Fail to get gpio value from gpio: 42\n";
     int32_t level = -1;
     EXPECT_TRUE(getGpioValFromDsiId(kId1.c_str(), level));  // an input from now on
-    for (const auto& [file, kind, reason, staysExported] :
-         std::vector<std::tuple<std::string, std::string, std::string, bool>>{
-                 {"export", "unwritable", "Failed to export gpio: 42", false},
-                 {"gpio42/direction", "unwritable", "Failed to set gpio direction: 42", true},
-                 {"gpio42/value", "empty", "Unable to get gpio val: " + value, true}}) {
+    for (const auto& [file, kind, reason] : std::vector<std::array<std::string, 3>>{
+                 {"export", "unwritable", "Failed to export gpio: 42"},
+                 {"gpio42/direction", "unwritable", "Failed to set gpio direction: 42"},
+                 {"gpio42/value", "empty", "Unable to get gpio val: " + value}}) {
         fault(kGpio + file, kind);
         logged();
         EXPECT_FALSE(getGpioValFromDsiId(kId1.c_str(), level));
-        EXPECT_EQ(loggedText(), notExported + reason + failed);
+        EXPECT_EQ(loggedText(),
+                  notExported + reason + "\nE Fail to get gpio value from gpio: 42\n");
+        EXPECT_EQ(isExported("gpio42"), file != "export");
         fault(kGpio + file, "none");
         EXPECT_TRUE(getGpioValFromDsiId(kId1.c_str(), level));
         EXPECT_EQ(level, 1);
-        EXPECT_EQ(isExported("gpio42"), staysExported);
         std::ofstream(board().path(kGpio + "unexport")) << 42;
     }
 }
@@ -101,8 +96,13 @@ TEST_F(HardwareProbes, first_camera_that_answers_is_the_one) {
     const auto openFiles = [] {
         return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
     };
+    const auto withoutInput = [&name] {
+        close(STDIN_FILENO);
+        _exit(name() == "ov" ? 0 : 1);  // the first came as descriptor 0
+    };
     const auto before = openFiles();
     EXPECT_EQ(name(), "gc5035");
+    EXPECT_EXIT(withoutInput(), testing::ExitedWithCode(0), "");
     fault("camera1", "empty");  // refuses the request
     EXPECT_EQ(name(), "ov");
     fault("camera9", "absent");
@@ -111,53 +111,37 @@ TEST_F(HardwareProbes, first_camera_that_answers_is_the_one) {
     EXPECT_EQ(loggedText(), "");
 }
 
-TEST_F(HardwareProbes, camera_behind_descriptor_0_is_passed_over) {
-    const auto probeWithoutInput = [] {
-        close(STDIN_FILENO);
-        std::string name;
-        _exit(getInternalCameraInfo(name) && name == "ov" ? 0 : 1);
-    };
-    EXPECT_EXIT(probeWithoutInput(), testing::ExitedWithCode(0), "");
-}
-
 TEST_F(HardwareProbes, null_camera_means_gc5035_and_another_one_bars_the_times) {
     const std::string unmatched =
             "I isInternalCameraMatch: unmatch\nI internal_camera flag is unmatch\n";
-    const std::string byTime =
-            "D Enter Time match failed: otaTimeStamp is 0(INVALID VALUE)\nrefused";
-    const std::vector<String16> items = {String16("internal_camera:null")};
-    setPart(PeripheralType::LCD, "null");
+    const std::vector<String16> items = {String16("lcd:P-2"), String16("internal_camera:null")};
+    writeFile(board().path(kTimes), "--TP\nGT-5,1\n--INTERNAL_CAMERA\ngc5035,3\n--LCD\nP-2,2\n");
     setPart(PeripheralType::INTERNAL_CAMERA, "?");
     EXPECT_THAT(match(items), EndsWith("I isInternalCameraMatch: match\nfits"));
-    EXPECT_THAT(match({}), EndsWith("I internal_camera flag is unmatch\n" + byTime));
+    EXPECT_THAT(match({}), EndsWith("I internal_camera flag is unmatch\nD Enter Time match failed: "
+                                    "otaTimeStamp is 0(INVALID VALUE)\nrefused"));
+    otaTimestamp = 4;
+    EXPECT_THAT(match({}), HasSubstr("Time: 1\nI Peripheral Type:  INTERNAL_CAMERA\n"
+                                     "I Earliest Support Time: 3\nI Peripheral Type:  LCD\n"
+                                     "I Earliest Support Time: 2\n"));
     fault("camera1", "absent");
     EXPECT_THAT(match(items), EndsWith(unmatched + "I enter hw timestamp failue, beacause "
                                                    "is two supply camera\nrefused"));
     fault("camera9", "absent");
-    EXPECT_THAT(match(items), EndsWith("E Fail to get internal camera\n" + unmatched + byTime));
-}
-
-TEST_F(HardwareProbes, times_of_all_three_parts_count) {
-    otaTimestamp = 3;
-    writeFile(board().path(kTimes), "--TP\nGT-5,1\n--INTERNAL_CAMERA\ngc5035,3\n--LCD\nP-2,2\n");
-    EXPECT_THAT(match({}), HasSubstr("TP\nI Earliest Support Time: 1\n"
-                                     "I Peripheral Type:  INTERNAL_CAMERA\n"
-                                     "I Earliest Support Time: 3\nI Peripheral Type:  "
-                                     "LCD\nI Earliest Support Time: 2\n"));
+    EXPECT_THAT(match(items),
+                HasSubstr("E Fail to get internal camera\n" + unmatched + "D otaTimeStamp is 4\n"));
 }
 
 TEST_F(HardwareProbes, every_fault_ends_in_its_line) {
     const std::vector<std::string> none = {"absent", "unreadable", "empty", "directory"};
-    const std::vector<std::string> noise = {"garbage"};
     const std::tuple<std::string, std::vector<std::string>, std::string> cases[] = {
             {"touch_panel", none, "E get tp info error: tpinfo_ic_info not found\n"},
-            {"touch_panel", noise, "E fail to take tp info\n"},
+            {"touch_panel", {"garbage", "huge"}, "E fail to take tp info\n"},
             {"hwid_flag", none, "E Fail to get flag from hwid-flag\n"},
-            {"hwid_flag", noise, "E Fail to get flag from hwid-flag\n"},
             {"dsi_id1", none, "E Fail to open dsi id: " + kId1 + "\n"},
-            {"dsi_id1", noise, "E Invalid gpio: -16776902\n"},
+            {"dsi_id1", {"garbage"}, "E Invalid gpio: -16776902\n"},
             {kTimes, none, "E Fail to open " + kTimes + "\n"},
-            {kTimes, noise, "default match success\n"}};
+            {kTimes, {"garbage"}, "default match success\n"}};
     otaTimestamp = 1;
     writeFile(board().path(kTimes), "--TP\nGT-5,0\n");
     for (const auto& [file, faults, line] : cases) {
@@ -169,34 +153,27 @@ TEST_F(HardwareProbes, every_fault_ends_in_its_line) {
     }
 }
 
-TEST_F(HardwareProbes, file_of_100_MB_is_read_and_judged) {
-    std::string info;
-    fault("touch_panel", "huge");
-    EXPECT_FALSE(getTpInfo(info));
-    EXPECT_THAT(loggedText(), EndsWith("E fail to take tp info\n"));
-}
-
-TEST_F(HardwareProbes, slow_file_holds_up_its_own_call_only) {
+TEST_F(HardwareProbes, slow_file_holds_up_its_own_call_which_tells_its_own_result) {
+    const std::atomic<uint8_t>& state = peripheralTable[size_t(PeripheralType::TP)].matchState;
+    setPart(PeripheralType::TP, "X");
     board().command({"hold", "touch_panel"});
-    std::string info;
-    std::thread waiting([&info] { getTpInfo(info); });
-    EXPECT_THAT(match({String16("lcd:P-2")}), EndsWith("match\nfits"));
+    std::thread waiting([] { _isMatchHardwareInfo({String16("tp:X")}); });
+    EXPECT_TRUE(eventually([&state] { return state == 1; }));
+    EXPECT_THAT(match({String16("lcd:P-2")}), HasSubstr("I tp flag is unmatch\n"));
+    EXPECT_EQ(state, 2);
     board().command({"release", "touch_panel"});
     waiting.join();
-    EXPECT_EQ(info, "GT-5");
+    EXPECT_THAT(loggedText(), HasSubstr("I take tp info: GT-5\nI isTpMatchByTpInfo: match\n"));
 }
 
 TEST_F(HardwareProbes, eight_at_once_leave_pins_and_states_that_serve_the_next) {
-    boardIdentity.overlayId = 3;
-    const std::vector<String16> fitting = {String16("overlay_id:3"), String16("lcd:P-2")};
-    const auto matchOften = [](const std::vector<String16>& items, bool mayFit) {
-        for (int n = 0; n < 20; ++n) EXPECT_TRUE(!_isMatchHardwareInfo(items) || mayFit);
-    };
+    const std::vector<String16> items = {String16("lcd:P-2")};
     std::vector<std::thread> clients;
-    for (int i = 0; i < 4; ++i) {
-        clients.emplace_back(matchOften, fitting, true);
-        clients.emplace_back(matchOften, std::vector{String16("overlay_id:33")}, false);
+    for (int i = 0; i < 8; ++i) {
+        clients.emplace_back([&items] {
+            for (int n = 0; n < 20; ++n) _isMatchHardwareInfo(items);
+        });
     }
     for (std::thread& client : clients) client.join();
-    EXPECT_THAT(match(fitting), EndsWith("I isLcdMatchByHwId: match\nfits"));
+    EXPECT_THAT(match(items), EndsWith("I isLcdMatchByHwId: match\nfits"));
 }

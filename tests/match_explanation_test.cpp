@@ -1,7 +1,6 @@
 // Holds what the tool knows of the daemon's log against the daemon: its own code is asked in this
-// process, on a board of plain files, and what it logged is read.
+// process, on a virtual board, and what it logged is read.
 #include <gmock/gmock.h>
-#include <stdarg.h>
 #include <string.h>
 #include <utils/String16.h>
 
@@ -11,7 +10,7 @@
 #include "hardware_info/peripheral_matching.h"
 #include "hardware_info/peripheral_table.h"
 #include "tests/captured_log.h"
-#include "tests/temporary_directory.h"
+#include "tests/test_board.h"
 #include "tools/tarqctl/explanation.h"
 #include "tools/tarqctl/match_requests.h"
 #include "tools/tarqctl/print_explanation.h"
@@ -22,56 +21,59 @@ using Items = std::vector<std::string>;
 
 namespace {
 
-std::string camera;  // what answers as /dev/v4l-subdev0; empty for none
-
-}  // namespace
-
-extern "C" int __wrap_ioctl(int /*fd*/, unsigned long request, ...) {
-    va_list arguments;
-    va_start(arguments, request);
-    if (!camera.empty()) strcpy(va_arg(arguments, char*), camera.c_str());
-    va_end(arguments);
-    return camera.empty() ? -1 : 0;
-}
-
-namespace {
-
-// What is set: a property, a file, a part, or one of "overlay", "time" and "camera".
+// What is set, or made go wrong: a property, a part of the table, a path or name of the board's
+// hardware, or one of "overlay" and "time".
 using Board = std::vector<std::pair<std::string, std::string>>;
 
-const std::string kTouchPanel = "/sys/class/tpinfo/tpinfo_ic_info";
-const std::string kReg = "/sys/bus/mipi-dsi/devices/ff450000.dsi.0/of_node/id";
-const std::string kFlag = "/sys/bus/mipi-dsi/devices/ff450000.dsi.0/of_node/hwid-flag";
-const std::string kId1 = "/proc/device-tree/dsi@ff450000/dsi,id1";
-const std::string kId2 = "/proc/device-tree/dsi@ff450000/dsi,id2";
 const std::string kGpio = "/sys/class/gpio/";
 const std::string kTimes = "/vendor/etc/hardware_timestamp.txt";
 const std::string kSkip = "ro.vendor.ota_skip_hw_info";
 const std::string kCheckTime = "ro.vendor.ota_enter_timestamp_check";
+// They are there when a case sets them.
+const std::set<std::string> kOptional = {"touch_panel", "display_reg", "hwid_flag",
+                                         "dsi_id1",     "dsi_id2",     "camera0"};
 
 struct MatchExplanation : Test {
-    static const TemporaryDirectory& directory() {
-        static const TemporaryDirectory directory;
-        return directory;
+    static const TestBoard& board() {
+        static const TestBoard instance(
+                "<touch_panel type='' id=''/><display reg='' hwid_flag='' id1_gpio='42' "
+                "id2_gpio='43'/><gpio number='42'/><gpio number='43'/>"
+                "<camera node='0' sensor=''/>");
+        return instance;
     }
 
-    void setUp(const Board& board) {
-        setenv("TARQ_BOARD", directory().path().c_str(), 1);
-        std::filesystem::remove_all(directory() / "root");
-        std::filesystem::remove_all(directory() / "run");
-        writeFile(directory() / "root/dev/v4l-subdev0", "");
+    void SetUp() override {
+        if (!board().withoutFuse().empty()) GTEST_SKIP() << board().withoutFuse();
+        for (const std::string& name : kOptional) board().command({"fault", name, "absent"});
+    }
+    void setUp(const Board& changes) {
+        for (const std::string& name : std::exchange(mHardware, {})) {
+            board().command({"fault", name, kOptional.count(name) != 0 ? "absent" : "none"});
+        }
+        std::ofstream(board().path(kGpio + "unexport")) << "42";  // what a failure may have left
+        std::filesystem::remove_all(board().directory() + "/run/properties");
+        std::filesystem::remove(board().path(kTimes));
         for (PeripheralEntry& row : peripheralTable) strcpy(row.value, "null");
         boardIdentity = {};
         _setOtaTimestamp(0);
-        camera.clear();
-        for (const auto& [name, value] : board) set(name, value);
+        for (const auto& [name, value] : changes) set(name, value);
     }
     void set(const std::string& name, const std::string& value) {
-        if (name[0] == '/') writeFile(directory() / ("root" + name), value);
-        if (name.rfind("ro.", 0) == 0) writeFile(directory() / ("run/properties/" + name), value);
-        if (name == "overlay") boardIdentity.overlayId = std::stoi(value);
-        if (name == "time") _setOtaTimestamp(std::stoll(value));
-        if (name == "camera") camera = value;
+        if (name.rfind("ro.", 0) == 0) {
+            writeFile(board().directory() + "/run/properties/" + name, value);
+        } else if (name == "overlay") {
+            boardIdentity.overlayId = std::stoi(value);
+        } else if (name == "time") {
+            _setOtaTimestamp(std::stoll(value));
+        } else if (name.rfind(kGpio, 0) == 0) {
+            board().command({"fault", name, value});
+            mHardware.push_back(name);
+        } else if (name[0] == '/' || kOptional.count(name) != 0 || name == "gpio42") {
+            board().command({"set", name, value});
+            if (kOptional.count(name) == 0) return;
+            board().command({"fault", name, "none"});
+            mHardware.push_back(name);
+        }
         for (PeripheralEntry& row : peripheralTable) {
             if (name == row.name) strcpy(row.value, value.c_str());
         }
@@ -146,21 +148,18 @@ struct MatchExplanation : Test {
     }
 
     CapturedLog captured;
-    std::set<std::string> produced;  // the patterns of all that was logged
+    std::set<std::string> produced;      // the patterns of all that was logged
+    std::vector<std::string> mHardware;  // what has to be put back
 };
-
-std::string cell(int number) {
-    return std::string("\0\0\0", 3) + static_cast<char>(number);
-}
 
 Board with(Board board, const Board& more) {
     board.insert(board.end(), more.begin(), more.end());
     return board;
 }
 
-const Board kPins = {{"lcd", "A-1,B-2"}, {kId1, cell(42)}, {kId2, cell(43)}};
+const Board kPins = {{"lcd", "A-1,B-2"}, {"dsi_id1", "0000002a"}, {"dsi_id2", "0000002b"}};
 // A package that does not fit but for its time.
-const Board kLate = {{"bt", "r"}, {kCheckTime, "true"}, {"time", "90"}, {kTouchPanel, "id:5"}};
+const Board kLate = {{"bt", "r"}, {kCheckTime, "true"}, {"time", "90"}, {"touch_panel", "id:5"}};
 
 struct Case {
     Board board;
@@ -174,7 +173,10 @@ const Case kCases[] = {
         {{{kSkip, "true"}}, {"a"}, "yes: nothing was compared: " + kSkip + " is \"true\"\n"},
         {{{kSkip + "_no_hwid", "true"}}, {"a"}, "compared: the board has no overlay id, which"},
         {{{"overlay", "5"}}, {"overlay_id:1*5"}, "fits: 5 is listed"},
-        {{{"overlay", "5"}, {"bt", "r"}}, {"overlay_id:15", "bt:r"}, "does not fit: 5 is not"},
+        {{{"overlay", "5"}, {"bt", "r"}},
+         {"overlay_id:15"},
+         "does not fit: 5 is not",
+         "then ask again"},
         {{{"overlay", "5"}},
          {"overlay_id:5," + std::string(64, '1')},
          "more than 63 bytes are not compared"},
@@ -185,38 +187,45 @@ const Case kCases[] = {
         {{{"bt", "r *s"}}, {"bt:xrxs"}, "fits: has \"r\", \"s\""},
         {{{"bt", "r"}}, {"bt:r", "bt:s"}, "  s        does not fit"},
         {{{"bt", "r"}}, {"wifi:r", "x:y"}, "ignored: the board lists no wifi"},
-        {{{"tp", "gt"}}, {"tp:X"}, "no \"gt\" in \"X\"; the probe got no answer"},
-        {{{"tp", "gt"}, {kTouchPanel, "a"}}, {"tp:gt"}, "has \"gt\"; the probe got no answer"},
-        {{{"tp", "gt"}, {kTouchPanel, "type:GT\nid:5\n"}}, {"tp:X,GT-5"}, "fits: probe says GT-5"},
-        {{{"tp", "gt"}, {kTouchPanel, "type:GT\nid:5\n"}},
+        {{{"tp", "gt"}}, {"tp:X"}, "no \"gt\" in \"X\"; the probe found nothing usable"},
+        {{{"tp", "gt"}, {"touch_panel", "a"}},
+         {"tp:gt"},
+         "has \"gt\"; the probe found nothing usable"},
+        {{{"tp", "gt"}, {"touch_panel", "type:GT\\nid:5\\n"}},
+         {"tp:X,GT-5"},
+         "fits: probe says GT-5"},
+        {{{"tp", "gt"}, {"touch_panel", "type:GT\\nid:5\\n"}},
          {"tp:X, GT-5"},
          "GT-5, not listed exactly so"},
-        {{{"lcd", "A-1,B-1280"}, {kReg, std::string("\0\0\5", 3)}},
+        {{{"lcd", "A-1,B-1280"}, {"display_reg", "000005"}},
          {"lcd:B-1280"},
          "fits: probe says B-1280 (panel id by reg), listed"},
-        {{{"lcd", "A-1,,X,B-3"}, {kFlag, cell(3)}},
+        {{{"lcd", "A-1,,X,B-3"}, {"hwid_flag", "00000003"}},
          {"lcd:C-1"},
          "; probe says B-3 (panel id 3 by hwid-flag), not listed"},
-        {{{"lcd", "A-1,B-2"}, {kFlag, cell(3)}},
+        {{{"lcd", "A-1,B-2"}, {"hwid_flag", "00000001"}},
+         {"lcd:B-2"},
+         "; probe says A-1 (panel id 1 by hwid-flag), not listed",
+         "  write lcd:B-2,A-1\n"},
+        {{{"lcd", "A-1,B-2"}, {"hwid_flag", "00000003"}},
          {"lcd:B-2"},
          "; the probe (panel id 3 by hwid-flag) found no entry of the board's list"},
-        {with(kPins, {{kGpio + "gpio42/value", "1\n"}, {kGpio + "gpio43/value", "0\n"}}),
+        {with(kPins, {{"gpio42", "1"}}),
          {"lcd:B-2"},
          "fits: probe says B-2 (panel id 2 by dsi-id), listed"},
-        {with(kPins, {{kGpio + "gpio42/value", "7\n"}}), {"lcd:X"}, "probe got no answer"},
-        {with(kPins, {{kId1, cell(-1)}}), {"lcd:X"}, "probe got no answer"},
-        {{{"lcd", "A-1"}}, {"lcd:X"}, "probe got no answer"},
-        {kPins, {"lcd:X"}, "probe got no answer"},
-        {with(kPins, {{kGpio + "export", ""}}), {"lcd:X"}, "probe got no answer"},
-        {with(kPins, {{kGpio + "export", ""}, {kGpio + "gpio42/direction", ""}}), {"lcd:X"}, ""},
-        {{{"internal_camera", "g"}}, {"internal_camera:x"}, "; the probe got no answer"},
-        {{{"internal_camera", "g"}, {"camera", "gc5035"}},
+        {with(kPins, {{"dsi_id1", "ffffffff"}}), {"lcd:X"}, "probe found nothing usable"},
+        {{{"lcd", "A-1"}}, {"lcd:X"}, "probe found nothing usable"},
+        {with(kPins, {{kGpio + "export", "unwritable"}}), {"lcd:X"}, "probe found nothing usable"},
+        {with(kPins, {{kGpio + "gpio42/direction", "absent"}}), {"lcd:X"}, "nothing usable"},
+        {with(kPins, {{kGpio + "gpio42/value", "empty"}}), {"lcd:X"}, "nothing usable"},
+        {{{"internal_camera", "g"}}, {"internal_camera:x"}, "; the probe found nothing usable"},
+        {{{"internal_camera", "g"}, {"camera0", "gc5035"}},
          {"internal_camera:null"},
          "fits: what the probe found is listed"},
-        {{{"internal_camera", "g"}, {"camera", "ov"}},
+        {{{"internal_camera", "g"}, {"camera0", "ov"}},
          {"internal_camera:null"},
          "; what the probe found is not listed"},
-        {with(kLate, {{"camera", "ov"}}),
+        {with(kLate, {{"camera0", "ov"}}),
          {},
          "refused: it is only for boards",
          "1 of 1 board part does not fit, and the timestamp fallback is not for this camera\n"},
@@ -225,21 +234,21 @@ const Case kCases[] = {
          "fallback  refused: nobody has handed over",
          "and there is no package time for"},
         {kLate, {}, "refused: \"Fail to open /vendor", "and the timestamp file is of no use"},
-        {with(kLate, {{kTimes, "--\n"}}), {}, "refused: \"Fail to find PeripheralType after"},
-        {with(kLate, {{kTimes, "--Tp\n"}}),
+        {with(kLate, {{kTimes, "--\\n"}}), {}, "refused: \"Fail to find PeripheralType after"},
+        {with(kLate, {{kTimes, "--Tp\\n"}}),
          {},
          "refused: \"Fail to find Tp in borad\"",
          "and the timestamp file is of no"},
-        {with(kLate, {{kTimes, "--TP\n\n"}}), {}, "refused: \"Fail to parse /vendor"},
-        {with(kLate, {{kTimes, "--TP\nx,1\n"}}),
+        {with(kLate, {{kTimes, "--TP\\n\\n"}}), {}, "refused: \"Fail to parse /vendor"},
+        {with(kLate, {{kTimes, "--TP\\nx,1\\n"}}),
          {},
          "passed: the timestamp file lists none of the board's parts\n",
          "but the timestamp file lists none of them"},
-        {with(kLate, {{kTimes, "--TP\n-5,\n-5,90"}}),
+        {with(kLate, {{kTimes, "--TP\\n-5,\\n-5,90"}}),
          {},
          "90, is not later than the earliest time of TP, 90\n",
          "\n  or give a package time of 91 or later\n"},
-        {with(kLate, {{kTimes, "--TP\n-5,89"}}),
+        {with(kLate, {{kTimes, "--TP\\n-5,89"}}),
          {},
          "is later than the earliest time of TP, 89",
          "yes: 1 of 1 board part does not fit, but the package is late enough for"},
@@ -273,18 +282,18 @@ TEST_F(MatchExplanation, items_that_look_like_other_lines_lead_nowhere) {
                  {std::string(1100, 'x') + "\n" + inited, "tp:" + std::string(99, 'x')},
          }) {
         SCOPED_TRACE(PrintToString(items));
-        setUp({{"tp", "gt"}, {"bt", "r"}, {kTouchPanel, "type:GT\nid:5\n"}});
+        setUp({{"tp", "gt"}, {"bt", "r"}, {"touch_panel", "type:GT\\nid:5\\n"}});
         ask(items);
     }
 }
 
 TEST_F(MatchExplanation, doubts_are_about_what_is_probably_not_meant) {
     setUp({{"tp", "gt9"}, {"bt", "r"}});
-    EXPECT_THAT(ask({"overlay_id:1", "tp:gt911 gt9", "bt:rr", "bt:r", "camera:x", "keybord_ic:x",
-                     "wifi" + std::string(98, ':'), "codec"})
+    EXPECT_THAT(ask({"overlay_id:1", "tp:gt911 gt9", "bt:rr", "bt:r", "bt:r", "camera:x",
+                     "keybord_ic:x", "wifi" + std::string(98, ':'), "codec"})
                         .doubts,
                 ElementsAre("bt: the board's \"r\" is found only inside \"rr\"",
-                            "bt is named twice, the later one counts",
+                            "bt is named more than once, the last one counts",
                             "there is no part \"camera\", the nearest name is \"internal_camera\"",
                             "there is no part \"keybord_ic\", the nearest name is \"keyboard_ic\"",
                             "wifi: the item is longer than 101 bytes and is not compared",

@@ -140,7 +140,7 @@ TEST_F(TarqctlE2e, package_is_compared_and_explained) {
 
   part        board   package      verdict
   overlay_id  5       5            fits: 5 is listed
-  tp          gt9     x            does not fit: no "gt9" in "x"; the probe got no answer
+  tp          gt9     x            does not fit: no "gt9" in "x"; the probe found nothing usable
   bt          r s     (not named)  does not fit: a package must name every part of the board
   \x0a        (none)               ignored: there is no such part
   fallback    off: ro.vendor.ota_enter_timestamp_check is not "true"
@@ -159,10 +159,10 @@ tarqctl: match: there is no part "\x0a", the nearest name is "tp"
     EXPECT_THAT(piped.out, StartsWith("yes: all 2 board parts fit\n"));
     EXPECT_EQ(piped.code, 0);
     writeFile(mBoard / "list", "# comment\r\n\r\n \t\ntp:gt9\r\n#tp:x\nbt:r s");
-    EXPECT_THAT(
-            tarqctl({"match", "--file", mBoard / "list"}).out,
-            EndsWith("gt9      fits: has \"gt9\"; the probe got no answer\n  bt    r s    r s      "
-                     "fits: has \"r\", \"s\"\n"));
+    EXPECT_THAT(tarqctl({"match", "--file", mBoard / "list"}).out,
+                EndsWith("gt9      fits: has \"gt9\"; the probe found nothing usable\n  bt    r s  "
+                         "  r s      "
+                         "fits: has \"r\", \"s\"\n"));
     EXPECT_EQ(tarqctl({"match", "--file", "/dev/null"}).code, 1);
 
     tarqctl({"setprop", "ro.vendor.ota_enter_timestamp_check", "true"});
@@ -229,7 +229,7 @@ TEST_F(TarqctlE2e, every_explanation_is_about_its_own_list) {
         const std::string n = std::to_string(i);
         const std::string row = "  tp        gt9    x" + n +
                                 "       does not fit: no \"gt9\" in \"x" + n +
-                                "\"; the probe got no answer\n  bt        r      r" + n +
+                                "\"; the probe found nothing usable\n  bt        r      r" + n +
                                 "       fits: has \"r\"\n";
         const std::string out = finish(*tools[i]).out;
         size_t rows = 0;

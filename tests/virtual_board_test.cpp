@@ -113,6 +113,8 @@ TEST_F(VirtualBoard, ends_with_the_process_that_started_it) {
 TEST_F(VirtualBoard, folder_that_is_no_board_is_one_error_line) {
     const std::pair<const char*, const char*> kWrong[] = {
             {"<board>\n<led/></board>", "2: led: there is no such part"},
+            {"<!---->\n<boards/>", "2: not a <board>"},
+            {"<board gpio='4'/>", "1: board: has no \"gpio\""},
             {"<board>\n\n<camera node='0' bus='1'/></board>", "3: camera: has no \"bus\""},
             {"<board><camera node='-1' sensor='x'/></board>", "1: camera: node is no decimal"},
             {"<board><display reg='0'/></board>", "1: display: \"0\": not two hexadecimal"},

@@ -167,7 +167,11 @@ std::shared_ptr<LedTraceWriter> fit(const std::filesystem::path& file, Hardware&
         fail(document.ErrorLineNum(), document.ErrorName());
     }
     const XMLElement* root = document.RootElement();
-    if (root == nullptr || strcmp(root->Name(), "board") != 0) fail(1, "not a <board>");
+    if (root == nullptr) fail(1, "not a <board>");
+    if (strcmp(root->Name(), "board") != 0) fail(root->GetLineNum(), "not a <board>");
+    if (const auto* attribute = root->FirstAttribute(); attribute != nullptr) {
+        fail(root->GetLineNum(), std::string("board: has no \"") + attribute->Name() + "\"");
+    }
     Fitting fitting{hardware};
     for (const tinyxml2::XMLNode* node = root->FirstChild(); node != nullptr;
          node = node->NextSibling()) {

@@ -2,6 +2,7 @@
 #include <host/running_boards.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 
 #include "host/board/control.h"
 #include "host/board/serve.h"
@@ -128,12 +129,23 @@ void declare(CLI::App& app, Request& request) {
     declareViews(app, request);
 }
 
+// The last first, as CLI11 wants them. What is set may look like an option: the timestamp file
+// begins with "--".
+Words argumentsFrom(int argc, char** argv) {
+    Words words(argv + 1, argv + argc);
+    const size_t count = words.size();
+    const bool isSet = count >= 3 && words[count - 3] == "set" && words.back() != "--help";
+    if (isSet && words.back().rfind("--", 0) == 0) words.insert(words.end() - 1, "--");
+    std::reverse(words.begin(), words.end());
+    return words;
+}
+
 int run(int argc, char** argv) {
-    CLI::App app{"Plays the hardware of a device on a plain Linux machine."};
+    CLI::App app{"Plays the hardware of a device on a plain Linux machine.", "virtual_board"};
     Request request;
     declare(app, request);
     try {
-        app.parse(argc, argv);
+        app.parse(argumentsFrom(argc, argv));
     } catch (const CLI::CallForHelp&) {
         fputs(app.help().c_str(), stdout);
         return kDone;

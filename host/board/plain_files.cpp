@@ -47,6 +47,7 @@ bool PlainFiles::holds(const std::string& path) {
 
 void PlainFiles::write(const std::string& path, const std::string& content) {
     const fs::path file = fs::exists(aside(path)) ? aside(path) : place(path);
+    if (fs::is_directory(file)) throw std::invalid_argument("is a directory");
     const fs::path next = mBoard / "next";
     fs::create_directories(file.parent_path());
     std::ofstream out(next, std::ios::binary);

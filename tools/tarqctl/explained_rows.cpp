@@ -19,7 +19,7 @@ std::string listOf(const Texts& texts) {
 std::string probeReason(const ProbeFinding& probe, const std::string& package) {
     const std::string how = probe.how.empty() ? "" : " (" + probe.how + ")";
     if (!probe.answered) {
-        return how.empty() ? "the probe got no answer"
+        return how.empty() ? "the probe found nothing usable"
                            : "the probe" + how + " found no entry of the board's list";
     }
     if (!probe.listed) return "";
@@ -66,6 +66,7 @@ Texts betterItems(const Item& part, const ItemFinding* finding) {
     }
     // One panel is fitted, however many the board lists.
     if (words.size() > 1) std::reverse(better.begin(), better.end());
+    better.erase(std::unique(better.begin(), better.end()), better.end());
     better.erase(std::remove_if(better.begin(), better.end(),
                                 [](const std::string& item) { return item.size() > kMaxItemSize; }),
                  better.end());

@@ -1,7 +1,7 @@
 // Warnings about a package's list.
 #include <algorithm>
+#include <map>
 #include <numeric>
-#include <set>
 #include <utility>
 
 #include "hardware_info/text.h"
@@ -72,14 +72,14 @@ std::vector<std::string> doubtsAbout(const std::vector<std::string>& items,
     std::vector<std::string> doubts;
     std::vector<std::string> names = {kOverlayId};
     for (const Item& part : board) names.push_back(part.name);
-    std::set<std::string> seen;
+    std::map<std::string, int> seen;
     for (const std::string& text : items) {
         const Item item = itemFrom(text);
         addFlaws(text, &doubts);
-        if (!seen.insert(item.name).second) {
-            doubts.push_back(item.name == kOverlayId
-                                     ? "overlay_id is named twice, and each has to list the board's"
-                                     : item.name + " is named twice, the later one counts");
+        if (++seen[item.name] == 2) {
+            doubts.push_back(item.name + " is named more than once, " +
+                             (item.name == kOverlayId ? "and each has to list the board's"
+                                                      : "the last one counts"));
         }
         const auto part = std::find_if(board.begin(), board.end(),
                                        [&item](const Item& p) { return p.name == item.name; });

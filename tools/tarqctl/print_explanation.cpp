@@ -46,6 +46,13 @@ std::string tableOf(const Explanation& explanation) {
     return text + cell(fallback, widths[0]) + "  " + printable(explanation.fallback) + "\n";
 }
 
+// What an overlay id that is not listed keeps from being compared may not fit either.
+bool isUnfinished(const Explanation& explanation) {
+    return explanation.verdict == "no" &&
+           std::any_of(explanation.rows.begin(), explanation.rows.end(),
+                       [](const auto& row) { return row.verdict == Verdict::NOT_EXAMINED; });
+}
+
 std::string howToFit(const Explanation& explanation) {
     std::string text;
     for (const ExplainedRow& row : explanation.rows) {
@@ -58,6 +65,7 @@ std::string howToFit(const Explanation& explanation) {
         text += "\n  or give a package time of " + std::to_string(*explanation.requiredTime) +
                 " or later";
     }
+    if (isUnfinished(explanation)) text += "\n  then ask again: not all has been examined";
     return text.empty() ? "" : "\nto make it fit:" + text + "\n";
 }
 
