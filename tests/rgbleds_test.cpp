@@ -42,8 +42,7 @@ struct RgbLeds : Test {
         for (const std::string& entry : log.take()) text += entry + ";";
         return std::regex_replace(text, std::regex(" rgbLedsService: "), " ");
     }
-    // "setRgbEffect 1 2 3 4 5 6" -> its result, true being 1. The list is what precedes the last
-    // two.
+    // "setRgbEffect 1 2 3 4 5 6" -> its result, true being 1. A list ends before the last two.
     int call(const std::string& words) {
         std::istringstream in(words);
         std::string name;
@@ -163,7 +162,7 @@ TEST_F(RgbLeds, effect_is_transferred_as_it_stands_in_the_file_without_what_is_b
             {"<?xml version='1.0'?><!--" + large +
                      "--><x interval='&#50;0' loop='1' duration='3000'>"
                      "<led id='1'> <eff s='&#x35;'> f&amp;\n </eff><other s='1'>1</other></led>"
-                     "<eff s='1'>1</eff><led/><led id='2'><!-- <eff s='1'>1</eff> --></led>"
+                     "<o><eff s='1'>1</eff></o><led/><led id='2'><!-- <eff s='1'>1</eff> --></led>"
                      "<led id='3'>\n<eff/><eff s='1'></eff></led></x>",
              "I eff id =(null) \n;I eff id =(null) \n;",
              kBegin + "data 1  f&\\n  5 (refused);state 0;"},
@@ -221,6 +220,11 @@ TEST_F(RgbLeds, last_registered_callback_alone_is_told_which_operation_was_carri
     EXPECT_EQ(logged(), exists + registered);
     call("setRgbColor 1 2");
     EXPECT_THAT(logged(), HasSubstr(" : 66 +"));
+    // The log names the next one before it can be told of anything.
+    tarq::host::setLogSink([&, count = first->getStrongCount()](auto&&...) {
+        EXPECT_EQ(first->getStrongCount(), count + 1);  // the argument
+    });
+    service->registerRgbLedsCallbacks(first);
     EXPECT_THAT(first->values, IsEmpty());
     EXPECT_THAT(second->values, ElementsAre(64, 82, 101, 124));
 }
