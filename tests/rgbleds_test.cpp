@@ -148,8 +148,8 @@ TEST_F(RgbLeds, attribute_that_fails_is_the_result_and_a_line_of_the_log) {
 
 TEST_F(RgbLeds, effect_is_transferred_as_it_stands_in_the_file_without_what_is_broken) {
     const std::string at = "E " + effect + ":", error = "E Error opening xml file .\n;";
-    const std::string large(10'000'000, 'x');
-    std::string deep;
+    std::string large, deep;
+    large.resize(10'000'000, 'x');
     for (int i = 0; i < 100'000; ++i) deep += "<a>";
     const struct {
         std::string file, log, records;
