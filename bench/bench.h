@@ -33,6 +33,11 @@ void timeEach(benchmark::State& state, Body body) {
     state.counters["value"] = median(std::move(micros));
 }
 
+// Reports how many system calls body makes, in a process of its own, from the place on where it
+// calls beginCount().
+void countSystemCalls(benchmark::State& state, void (*body)());
+void beginCount();
+
 // Starts a program that dies with this one. pipe: gets its standard output.
 pid_t spawn(const std::vector<std::string>& command, int* output = nullptr);
 void stop(pid_t pid);

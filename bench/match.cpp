@@ -5,8 +5,6 @@
 #include <fcntl.h>
 #include <stdlib.h>
 #include <sys/ioctl.h>
-#include <sys/ptrace.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "bench/bench.h"
@@ -64,33 +62,17 @@ static void matchFloor(benchmark::State& state) {
     });
 }
 
-// Matches once in a process that stops at every system call, between two calls of getppid.
-[[noreturn]] static void matchTraced() {
+static void matchTraced() {
     setenv("TARQ_LOG", "/dev/null", 1);
     initHardwareInfo();
     std::vector<android::String16> items;
     _getHardwareInfo(&items);
-    ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
-    raise(SIGSTOP);
-    getppid();
+    beginCount();
     _isMatchHardwareInfo(items);
-    getppid();
-    _exit(0);
 }
 
 static void matchSystemCalls(benchmark::State& state) {
-    for (auto _ : state) {
-        const pid_t child = fork();
-        if (child == 0) matchTraced();
-        int status = 0;
-        int stops = 0;  // two a call: before and after
-        while (waitpid(child, &status, 0) == child && WIFSTOPPED(status)) {
-            ++stops;
-            ptrace(PTRACE_SYSCALL, child, nullptr, nullptr);
-        }
-        // But for the stop at the start, two calls of getppid, and the first half of _exit.
-        state.counters["value"] = (stops - 1 - 2 * 2 - 1) / 2;
-    }
+    countSystemCalls(state, matchTraced);
 }
 
 BENCHMARK(matchTarqd)->Name("match/tarqd")->Iterations(300);

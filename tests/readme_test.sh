@@ -1,5 +1,5 @@
 #!/bin/bash
-# Carries out what README.md shows: each "$ scripts/run …" prints what stands below it, and exits
+# Carries out what README.md and docs/ show: each "$ scripts/run …" prints what stands below it, and exits
 # with 0 or with the N of "# exit N" behind it. Of standard error only what is refused counts, and
 # not the hint, which names a directory. Usage: readme_test.sh ROOT
 set -uo pipefail
@@ -43,6 +43,6 @@ while IFS= read -r line; do
         '$ '*) command=${block:+${line#'$ '}} ;;
         *) expected+=$line$'\n' ;;
     esac
-done <README.md
-((commands > 0)) || { echo "README.md shows no command"; exit 1; }
+done < <(cat README.md docs/*.md)
+((commands > 0)) || { echo "no command is shown"; exit 1; }
 exit $((failures > 0))

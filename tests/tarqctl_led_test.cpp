@@ -79,6 +79,7 @@ TEST_F(TarqctlLed, wrong_usage_is_told_and_nothing_is_sent) {
             {"led color 1 ff800", "RRGGBB: \"ff800\" is no colour"},
             {"led color 1 -f8000", "-f8000"},
             {"led color 1 ##ff800", "\"##ff800\""},
+            {"led color 1 #-f8000", "\"#-f8000\""},
             {"led color 0x1 ff8000", "ID: \"0x1\" is no decimal number"},
             {"led brightness 1 ff", "\"ff\""},
             {"led brightness 2147483648", "\"2147483648\""},
@@ -139,7 +140,7 @@ TEST_F(TarqctlLed, dry_run_is_what_playing_sends) {
     std::filesystem::current_path(directory.path());
     for (const std::string word : {"x.xml", "./x.xml"}) {
         const std::string place = "# " + directory / word;
-        EXPECT_EQ(tarqctl("led play --dry-run " + word),
+        EXPECT_EQ(tarqctl("--board /nowhere led play --dry-run " + word),
                   "xml_effect_trans_state 1\nxml_effect_trans_vals loop 1\n"
                   "xml_effect_trans_vals interval 5\n" +
                           place + ":1: left out: attribute duration of <e> is missing\n" + place +
@@ -156,6 +157,37 @@ TEST_F(TarqctlLed, dry_run_is_what_playing_sends) {
                                                        HasSubstr(" log\n"), EndsWith("1")));
         EXPECT_THAT(tarqctl("led play --dry-run " + word), EndsWith("led play --help\n1"));
     }
+}
+
+TEST(LedLog, tells_a_call_from_others_by_thread_operation_and_arguments) {
+    const TemporaryDirectory directory;
+    const auto line = [](const char* thread, const char* text) {
+        return std::string("01-02 03:04:05.006   512  ") + thread + " E rgbLedsService: " + text +
+               "\n";
+    };
+    const char* const failure = "open file /a failed!";
+    writeFile(directory / "log", line("1", failure));
+    tarq::tools::LedLog log(directory / "log");
+    std::ofstream(directory / "log", std::ios::app)
+            << line("1", "open file /b failed!") << line("2", failure)
+            << line("1", "setRgbColor:id=3,reg=6") << line("1", "setRgbBrightness:id=3,reg=5")
+            << line("2", "stopLampEffect") << line("2", "setRgbColor:id=3,reg=5")
+            << line("2", "open file /c failed!") << line("2", "open file /c failed!")
+            << line("1", "getRgbColor:id=3,reg=0xfe") << line("2", "getRgbColor:id=3,reg=0xff");
+    const std::string all = readFile(directory / "log");
+    const auto notOpened = [&](const std::string& operation, std::vector<std::string> arguments) {
+        writeFile(directory / "log", "");  // and all of it anew
+        EXPECT_FALSE(log.find("", {}));
+        writeFile(directory / "log", all);
+        const auto call = log.find(operation, arguments);
+        return call ? call->notOpened : std::vector<std::string>{"no such call"};
+    };
+    EXPECT_THAT(notOpened("setRgbColor", {"3", "6"}), ElementsAre("/a", "/b"));
+    EXPECT_THAT(notOpened("setRgbColor", {"3", "5"}), IsEmpty());
+    EXPECT_THAT(notOpened("setRgbBrightness", {"3", "5"}), IsEmpty());
+    EXPECT_THAT(notOpened("getRgbColor", {"3", "ff"}), ElementsAre("/c"));
+    EXPECT_THAT(notOpened("getRgbColor", {"3", "fe"}), IsEmpty());
+    EXPECT_THAT(notOpened("setRgbColor", {"4", "5"}), ElementsAre("no such call"));
 }
 
 // The examples, watch among them, with the programs themselves.
