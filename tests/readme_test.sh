@@ -1,7 +1,7 @@
 #!/bin/bash
-# Carries out what README.md and docs/ show: each "$ scripts/run …" prints what stands below it, and exits
-# with 0 or with the N of "# exit N" behind it. Of standard error only what is refused counts, and
-# not the hint, which names a directory. Usage: readme_test.sh ROOT
+# Carries out what README.md and docs/ show: each "$ scripts/run …" prints what stands below it, and
+# exits with 0 or with the N of "# exit N" behind it. Of standard error only what is refused counts,
+# and not the hint, which names a directory. Usage: readme_test.sh ROOT
 set -uo pipefail
 cd "$1" || exit 2
 work=$(mktemp -d)
