@@ -3,6 +3,8 @@
 #include <android/log.h>
 #include <utils/String8.h>
 
+#include <utility>
+
 #include "rgbleds/effect_loader.h"
 #include "rgbleds/led_attributes.h"
 #include "rgbleds/log_tag.h"
@@ -24,12 +26,13 @@ struct rgbLedsService::Notice {
     const char* mark;
 };
 
+sp<IRgbLedsCallbacks> rgbLedsService::registeredCallback() {
+    const std::lock_guard<std::mutex> guard(mLock);
+    return mCallback;
+}
+
 void rgbLedsService::notify(const Notice& notice) {
-    sp<IRgbLedsCallbacks> callback;
-    {
-        const std::lock_guard<std::mutex> guard(mLock);
-        callback = mCallback;
-    }
+    const sp<IRgbLedsCallbacks> callback = registeredCallback();
     const bool registered = callback != nullptr;
     __android_log_print(ANDROID_LOG_ERROR, kLogTag, "entery %s  RgbLedsService : %d%s",
                         notice.operation, registered ? notice.registered : notice.notRegistered,
@@ -115,18 +118,15 @@ Status rgbLedsService::stopLampEffect(int32_t* result) {
 }
 
 Status rgbLedsService::registerRgbLedsCallbacks(const sp<IRgbLedsCallbacks>& callback) {
-    sp<IRgbLedsCallbacks> former;  // goes without the lock, as that may end it
-    {
-        const std::lock_guard<std::mutex> guard(mLock);
-        former = mCallback;
-        mCallback = callback;
-    }
-    if (former != nullptr) {
+    if (registeredCallback() != nullptr) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag,
                             "registerRgbLedsCallbacks  already exist : %d", 189);
     }
     __android_log_print(ANDROID_LOG_ERROR, kLogTag,
                         "entery registerRgbLedsCallbacks  RgbLedsService : %d", 191);
+    sp<IRgbLedsCallbacks> former = callback;  // goes without the lock, as that may end it
+    const std::lock_guard<std::mutex> guard(mLock);
+    std::swap(mCallback, former);
     return Status::ok();
 }
 

@@ -35,6 +35,7 @@ class rgbLedsService : public BnRgbLedsService {
 
   private:
     struct Notice;
+    android::sp<IRgbLedsCallbacks> registeredCallback();
     void notify(const Notice& notice);
 
     std::mutex mLock;  // of the pointer alone: calls and driver accesses go unordered

@@ -67,6 +67,12 @@ TEST(DaemonStart, modules_register_in_order_whatever_the_manager_says) {
                                          "com.tarq.rgbleds.IRgbLedsService 8",
                                          "com.tarq.shell.IShellService 8", "binder", "pool",
                                          "main joins"));
-        EXPECT_EQ(log.take().back(), "I ShellService: instantiate.....\n");
+        std::string logged;
+        for (const std::string& entry : log.take()) logged += entry;
+        EXPECT_THAT(logged, testing::EndsWith(
+                                    "I rgbLedsService: RgbLedsSevice begin\n"
+                                    "I rgbLedsService: startBootXml:/vendor/etc/leds/wave_fast.xml"
+                                    "E rgbLedsService: Error opening xml file .\n"
+                                    "I ShellService: instantiate.....\n"));
     }
 }
