@@ -158,7 +158,7 @@ TEST_F(HardwareProbes, slow_file_holds_up_its_own_call_which_tells_its_own_resul
     setPart(PeripheralType::TP, "X");
     board().command({"hold", "touch_panel"});
     std::thread waiting([] { _isMatchHardwareInfo({String16("tp:X")}); });
-    EXPECT_TRUE(eventually([&state] { return state == 1; }));
+    EXPECT_TRUE(eventually([&] { return state == 1; }));
     EXPECT_THAT(match({String16("lcd:P-2")}), HasSubstr("I tp flag is unmatch\n"));
     EXPECT_EQ(state, 2);
     board().command({"release", "touch_panel"});
