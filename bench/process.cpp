@@ -1,6 +1,8 @@
 // Processes, the board, and what they cost: start-up and memory.
+#include <android/log.h>
 #include <binder/IServiceManager.h>
 #include <com/tarq/hardwareInfo/IHardwareInfoService.h>
+#include <cutils/properties.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <stdio.h>
@@ -100,6 +102,11 @@ void Daemon::prepareBoard() {
     char ready[16];
     if (read(output, ready, sizeof(ready)) <= 0) exit(2);
     setenv("TARQ_BOARD", gBoard.c_str(), 1);
+    // This process's log goes where the first line opens it, whatever a daemon is told later.
+    setenv("TARQ_LOG", (gBoard + "/run/log").c_str(), 1);
+    __android_log_print(ANDROID_LOG_INFO, "bench", "begins");
+    // No effect at the start: the LED driver, another process, would take most of the time.
+    if (property_set("vendor.boot.led_effect", "/none") != 0) abort();
 }
 
 void Daemon::removeBoard() {
