@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "host/platform/binder/parcel_access.h"
-#include "host/platform/binder/thread.h"
+#include "host/platform/utils/start_thread.h"
 
 namespace android::host {
 

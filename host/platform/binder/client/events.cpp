@@ -4,7 +4,7 @@
 #include <stdlib.h>
 
 #include "host/platform/binder/client/daemon_session.h"
-#include "host/platform/binder/thread.h"
+#include "host/platform/utils/start_thread.h"
 
 namespace android::host {
 

@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "host/platform/binder/daemon/service_manager.h"
-#include "host/platform/binder/thread.h"
+#include "host/platform/utils/start_thread.h"
 
 namespace android::host {
 

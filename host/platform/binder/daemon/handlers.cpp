@@ -5,7 +5,7 @@
 
 #include <utility>
 
-#include "host/platform/binder/thread.h"
+#include "host/platform/utils/start_thread.h"
 
 namespace android::host {
 

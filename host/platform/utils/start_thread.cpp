@@ -1,4 +1,4 @@
-#include "host/platform/binder/thread.h"
+#include "host/platform/utils/start_thread.h"
 
 #include <pthread.h>
 

@@ -1,0 +1,33 @@
+// Message loops. No thread of a program on a host prepares one.
+#pragma once
+
+#include <utils/RefBase.h>
+
+namespace android {
+
+struct Message {
+    Message() = default;
+    Message(int w) : what(w) {}  // NOLINT: implicit by contract
+
+    int what = 0;  // the type, whose meaning is the handler's affair
+};
+
+class MessageHandler : public virtual RefBase {
+  public:
+    // On the thread of the looper, with no lock held.
+    virtual void handleMessage(const Message& message) = 0;
+
+  protected:
+    ~MessageHandler() override = default;
+};
+
+class Looper : public RefBase {
+  public:
+    // The loop of the calling thread; null where none was prepared.
+    static sp<Looper> getForThread() { return nullptr; }
+
+  protected:
+    ~Looper() override = default;
+};
+
+}  // namespace android

@@ -1,0 +1,47 @@
+#include <sys/prctl.h>
+#include <utils/Thread.h>
+
+#include <string>
+
+#include "host/platform/utils/start_thread.h"
+
+namespace android {
+
+Thread::Thread(bool /*canCallJava*/) {}
+
+Thread::~Thread() = default;
+
+// Every thread has the host's own priority and stack: nothing here asks for others.
+status_t Thread::run(const char* name, int32_t /*priority*/, size_t /*stack*/) {
+    const std::lock_guard<std::mutex> guard(mLock);
+    if (mRunning) return INVALID_OPERATION;
+    mRunning = true;
+    mHoldSelf = this;
+    const auto body = [this, named = std::string(name)] {
+        prctl(PR_SET_NAME, named.c_str());
+        loop();
+    };
+    if (host::startThread(body)) return OK;
+    mRunning = false;
+    mHoldSelf.clear();
+    return UNKNOWN_ERROR;
+}
+
+void Thread::loop() {
+    sp<Thread> strong;
+    {
+        const std::lock_guard<std::mutex> guard(mLock);
+        strong = mHoldSelf;
+        mHoldSelf.clear();
+    }
+    const wp<Thread> weak(strong);
+    while (strong->threadLoop()) {
+        strong.clear();  // may end the object
+        strong = weak.promote();
+        if (strong == nullptr) return;
+    }
+    const std::lock_guard<std::mutex> guard(strong->mLock);
+    strong->mRunning = false;
+}
+
+}  // namespace android

@@ -1,0 +1,4 @@
+// The tag of the service's log lines.
+#pragma once
+
+constexpr char kLogTag[] = "RadioKeyService";
