@@ -4,6 +4,7 @@
 #include "tests/run_tarqctl.h"
 #include "tests/test_board.h"
 #include "tools/tarqctl/print_json.h"
+#include "tools/tarqctl/radio_commands.h"
 
 using namespace testing;
 
@@ -12,17 +13,14 @@ namespace {
 using tarq::tools::Json;
 using Words = std::vector<std::string>;
 
-constexpr char kFrequency[] = "/run/properties/persist.radiokey.frequence";
-constexpr char kGate[] = "ro.vendor.433_check_enable";
-
 class TarqctlRadio : public Test {
   protected:
     static void SetUpTestSuite() {
-        static const TestBoard board("<receiver/>", std::string(kGate) + "=true\n");
+        static const TestBoard board("<receiver/>", "ro.vendor.433_check_enable=true\n");
         mBoard = &board;
     }
     void SetUp() override {
-        std::filesystem::remove(mBoard->directory() + kFrequency);
+        std::filesystem::remove(mBoard->directory() + "/run/properties/persist.radiokey.frequence");
         startDaemon();
     }
     void startDaemon() {
@@ -30,165 +28,148 @@ class TarqctlRadio : public Test {
         mDaemon = std::make_unique<ChildProcess>(
                 Words{TARQD}, Words{"TARQ_LOG=" + mBoard->directory() + "/run/log"});
         ASSERT_EQ(runTarqctl("wait radiokey_service"), "");
+        ASSERT_TRUE(says("radio status", "ready, chip status 1\n"));
     }
-
-    // Registered, with what it says as in runTarqctl(), its first line among it.
-    std::unique_ptr<ChildProcess> watch(const std::string& options, std::string* first) const {
-        const std::string line = "exec " TARQCTL " radio watch " + options + " 2>&1";
-        auto process = std::make_unique<ChildProcess>(Words{"sh", "-c", line});
-        *first = said(*process);
-        return process;
+    // Sooner or later: the board tells the daemon on a connection of its own.
+    static bool says(const std::string& line, const std::string& expected) {
+        return eventually([&] { return runTarqctl(line) == expected; });
     }
-    static std::string said(ChildProcess& process) {
-        const std::string line = process.readLine();
-        return line.rfind("tarqctl: ", 0) == 0 ? line.substr(line.rfind("watch")) : line;
+    static std::string said(ChildProcess& watch) {
+        const std::string line = watch.readLine();
+        return line.rfind("tarqctl: ", 0) == 0 ? line.substr(line.find("watch")) : line;
     }
 
     static inline const TestBoard* mBoard = nullptr;
     std::unique_ptr<ChildProcess> mDaemon;
 };
 
-TEST_F(TarqctlRadio, status_and_strength_are_the_receivers) {
-    const std::tuple<const char*, const char*, const char*, const char*> kRows[] = {
-            {"receiver_status", "1", "status", "ready, chip status 1\n"},
-            {"receiver_status", "7", "status --json", "{\"ready\":true,\"chip_status\":7}\n"},
-            {"receiver_status", "0", "status",
-             "ready, chip status 0\non a virtual board chip status 0 says that no receiver "
-             "answers\n"},
-            {"receiver_status", "-1", "status",
-             "not ready: the receiver is being started or set to another frequency\n1"},
-            {"receiver_status", "-1", "status --json", "{\"ready\":false,\"chip_status\":-1}\n1"},
-            {"receiver_rssi", "-60", "rssi", "-60 dBm\n"},
-            {"receiver_rssi", "-100", "rssi --json", "{\"rssi_dbm\":-100}\n"}};
-    for (const auto& [name, value, line, expected] : kRows) {
-        mBoard->command({"set", name, value});
-        // The board tells the library on a socket of its own.
-        std::string answer;
-        eventually([&, line = line, expected = expected] {
-            return (answer = runTarqctl(std::string("radio ") + line)) == expected;
-        });
-        EXPECT_EQ(answer, expected) << name << " " << value;
-    }
-    mBoard->command({"set", "receiver_status", "1"});
+Words watching(const std::string& options) {
+    return {"sh", "-c", "exec " TARQCTL " radio watch " + options};
 }
 
-TEST_F(TarqctlRadio, frequency_is_kept_for_the_next_start_and_heard) {
+TEST_F(TarqctlRadio, status_and_strength_are_the_receivers) {
+    const std::tuple<const char*, const char*, const char*, const char*> kRows[] = {
+            {"status", "7", "status --json", "{\"ready\":true,\"chip_status\":7}\n"},
+            {"status", "0", "status",
+             "ready, chip status 0\non a virtual board chip status 0 says that no receiver "
+             "answers\n"},
+            {"status", "-1", "status",
+             "not ready: the receiver is being started or set to another frequency\n1"},
+            {"status", "1", "status --json", "{\"ready\":true,\"chip_status\":1}\n"},
+            {"rssi", "-60", "rssi", "-60 dBm\n"},
+            {"rssi", "-100", "rssi --json", "{\"rssi_dbm\":-100}\n"}};
+    for (const auto& [name, value, line, expected] : kRows) {
+        mBoard->command({"set", std::string("receiver_") + name, value});
+        EXPECT_TRUE(says(std::string("radio ") + line, expected)) << value;
+    }
+    for (const tarq::tools::Command& command : tarq::tools::radioCommands()) {
+        const std::string line = std::string(command.example).substr(strlen("tarqctl "));
+        if (line != "radio watch") EXPECT_THAT(runTarqctl(line), Not(HasSubstr("hint"))) << line;
+    }
+}
+
+TEST_F(TarqctlRadio, frequency_is_kept_for_the_next_start) {
     const std::pair<const char*, const char*> kLines[] = {
             {"radio frequency", "433 (default)\n"},
             {"radio frequency --json", "{\"frequency\":433,\"stored\":null}\n"},
             {"radio frequency 2147483647", "2147483647, also after restarts\n"},
-            {"radio frequency", "2147483647\n"},
-            {"radio frequency -2147483648", "-2147483648, also after restarts\n"},
+            {"radio frequency -2147483648 --json", "{\"frequency\":-2147483648}\n"},
             {"radio frequency --json", "{\"frequency\":-2147483648,\"stored\":\"-2147483648\"}\n"},
             {"setprop persist.radiokey.frequence abc", ""},
             {"radio frequency", "0 (what the daemon makes of \"abc\")\n"},
-            {"radio frequency 0 --json", "{\"frequency\":0}\n"},
+            {"radio frequency 0", "0, also after restarts\n"},
             {"radio frequency", "0\n"},
             {"radio frequency 315", "315, also after restarts\n"}};
     for (const auto& [line, expected] : kLines) EXPECT_EQ(runTarqctl(line), expected) << line;
     startDaemon();
-    std::string first, refusal;
-    const auto process = watch("-n 1", &first);
-    EXPECT_EQ(first, "watch -n 1: registered; frequency 315, chip status 1");
-    EXPECT_EQ(mBoard->ask({"key", "1", "2", "3"}, &refusal), 1);
-    EXPECT_THAT(refusal, HasSubstr("tuned to 315"));
-    mBoard->command({"key", "1", "-2", "3", "--frequency", "315", "--rssi", "-44"});
-    EXPECT_EQ(said(*process), "1 -2 3 -44 dBm");
-    EXPECT_EQ(said(*process), "watch -n 1: 1 event");
-    EXPECT_EQ(process->wait(), 0);
-    for (const std::string number : {"frequency 2147483648", "frequency x", "watch -n 0"}) {
-        EXPECT_THAT(runTarqctl("radio " + number),
-                    AllOf(HasSubstr("\"" + number.substr(number.rfind(' ') + 1) + "\" is "),
-                          HasSubstr("\nusage: "), EndsWith("2")));
+    ChildProcess watch(watching("-n 1 2>&1"));
+    EXPECT_EQ(said(watch), "watch -n 1: registered; frequency 315, chip status 1");
+    std::string refusal;
+    EXPECT_EQ(mBoard->ask({"key", "1", "2", "3"}, &refusal), 1) << refusal;
+    mBoard->command({"key", "1", "-2", "3", "--frequency", "315"});
+    EXPECT_EQ(said(watch), "1 -2 3 -100 dBm");
+    for (const std::string line : {"frequency 2147483648", "frequency x", "watch -n 0"}) {
+        EXPECT_THAT(runTarqctl("radio " + line), HasSubstr("\nusage: ")) << line;
     }
 }
 
 TEST_F(TarqctlRadio, what_was_watched_is_replayed_and_watched_again) {
-    std::string first;
-    std::vector<Json> events[2];
     const TemporaryDirectory directory;
     const std::string record = directory / "keys.jsonl";
-    const Words plays[] = {
-            {"key", "-1", "2147483647", "0", "--rssi", "-60", "--repeat", "3", "--every", "120"},
-            {"key", "--replay", record}};
-    for (int i = 0; i < 2; ++i) {
-        const auto process = watch("--json -n 4", &first);
-        if (i == 0) mBoard->command({"key", "1", "2", "3", "--rssi", "-2147483648"});
-        mBoard->command(plays[i]);
+    std::vector<Json> events[2];
+    for (std::vector<Json>& recorded : events) {
+        ChildProcess watch(watching("--json -n 3 2>&1"));
+        EXPECT_THAT(said(watch), HasSubstr("registered"));
+        if (&recorded == events) {
+            mBoard->command({"key", "1", "2", "3", "--rssi", "-2147483648"});
+            mBoard->command({"key", "-1", "2147483647", "0", "--rssi", "-60", "--repeat", "2",
+                             "--every", "150"});
+        } else {
+            mBoard->command({"key", "--replay", record});
+        }
         std::string lines;
-        for (int n = 0; n < 4; ++n) {
-            const std::string line = process->readLine();
-            events[i].push_back(Json::parse(line, nullptr, false));
-            ASSERT_TRUE(events[i].back().contains("ms")) << line;
+        while (recorded.size() < 3) {
+            const std::string line = said(watch);
+            recorded.push_back(Json::parse(line, nullptr, false));
+            ASSERT_EQ(recorded.back().size(), 5U) << line;
             lines += line + "\n";
         }
-        EXPECT_EQ(said(*process), "watch -n 4: 4 events");
+        EXPECT_EQ(said(watch), "watch -n 3: 3 events");
         writeFile(record, lines);
+        EXPECT_GE(recorded[2]["ms"].get<int>() - recorded[1]["ms"].get<int>(), 100);
+        for (Json& event : recorded) event.erase("ms");
     }
-    EXPECT_EQ(events[0][0]["rssi_dbm"], INT32_MIN);
-    for (int n = 0; n < 4; ++n) {
-        const int64_t gap = events[1][n]["ms"].get<int64_t>() -
-                            events[1][n > 0 ? n - 1 : 0]["ms"].get<int64_t>();
-        EXPECT_GE(gap, n > 1 ? 100 : 0);
-        events[0][n]["ms"] = events[1][n]["ms"];
-        EXPECT_EQ(events[0][n], events[1][n]);
-    }
+    EXPECT_EQ(events[0][1].dump(),
+              R"({"value1":-1,"value2":2147483647,"value3":0,"rssi_dbm":-60})");
+    EXPECT_EQ(events[0], events[1]);
     mBoard->command({"set", "receiver_rssi", "-100"});
 }
 
 TEST_F(TarqctlRadio, silence_is_explained_by_the_link_that_is_silent) {
-    std::string first;
-    const auto process = watch("", &first);
-    EXPECT_EQ(first, "watch: registered; frequency 433 (default), chip status 1");
-    const std::string silence = "watch: nothing for 5 s: ";
-    const std::string ready = silence + "the receiver is ready (chip status 1), no key has come";
-    EXPECT_EQ(said(*process), ready);
-    mBoard->command({"fault", "receiver", "absent"});
-    EXPECT_EQ(said(*process), silence + "no receiver answers (chip status 0)");
-    mBoard->command({"fault", "receiver", "none"});
-    EXPECT_EQ(said(*process), ready);
+    ChildProcess watch(watching("2>&1"));
+    EXPECT_EQ(said(watch), "watch: registered; frequency 433 (default), chip status 1");
+    const std::string nothing = "watch: nothing for 5 s: ";
+    const std::string ready = nothing + "the receiver is ready (chip status 1), no key has come";
+    EXPECT_EQ(said(watch), ready);
     mBoard->command({"set", "receiver_status", "-1"});
-    EXPECT_EQ(said(*process), silence +
-                                      "the receiver is being started or set to another "
-                                      "frequency (chip status -1)");
+    EXPECT_THAT(said(watch), HasSubstr("started or set to another frequency (chip status -1)"));
+    mBoard->command({"fault", "receiver", "absent"});
+    EXPECT_EQ(said(watch), nothing + "no receiver answers (chip status 0)");
     mBoard->command({"set", "receiver_status", "1"});
-    EXPECT_EQ(said(*process), ready);
+    mBoard->command({"fault", "receiver", "none"});
+    EXPECT_EQ(said(watch), ready);
     mBoard->command({"key", "1", "2", "3"});
-    EXPECT_EQ(said(*process), "1 2 3 -100 dBm");
-    process->kill(SIGINT);
-    EXPECT_EQ(said(*process), "watch: 1 event");
-    EXPECT_EQ(process->wait(), 0);
+    EXPECT_EQ(said(watch), "1 2 3 -100 dBm");
+    watch.kill(SIGINT);
+    EXPECT_EQ(said(watch), "watch: 1 event");
+    EXPECT_EQ(watch.wait(), 0);
 }
 
-TEST_F(TarqctlRadio, watch_ends_with_the_daemon_or_with_its_output) {
-    std::string first;
-    const auto process = watch("", &first);
-    const auto full = watch("2>&1 >/dev/full #", &first);
+TEST_F(TarqctlRadio, watch_ends_with_its_output_or_with_the_daemon) {
+    ChildProcess watch(watching("2>&1")), full(watching("2>&1 >/dev/full"));
+    for (ChildProcess* each : {&watch, &full}) EXPECT_THAT(said(*each), HasSubstr("registered"));
     mBoard->command({"key", "1", "2", "3"});
-    EXPECT_EQ(full->wait(), 2);
-    EXPECT_EQ(said(*process), "1 2 3 -100 dBm");
+    EXPECT_EQ(full.wait(), 2);
     mDaemon->kill(SIGKILL);
-    EXPECT_EQ(said(*process), "watch: 1 event");
-    EXPECT_EQ(said(*process), "watch: the daemon ended");
-    EXPECT_EQ(process->readLine(), "hint: tarqctl --board " + mBoard->directory() + " log");
-    EXPECT_EQ(process->wait(), 2);
+    EXPECT_EQ(watch.readAll(),
+              "1 2 3 -100 dBm\ntarqctl: radio watch: 1 event\n"
+              "tarqctl: radio watch: the daemon ended\nhint: tarqctl --board " +
+                      mBoard->directory() + " log\n");
+    EXPECT_EQ(watch.wait(), 2);
 }
 
-TEST(TarqctlRadioGate, without_the_property_the_reason_is_told_and_nobody_waits) {
+TEST(TarqctlRadioGate, without_the_property_nobody_waits_and_the_reason_is_told) {
     const TemporaryDirectory board;
     std::filesystem::create_directories(board / "run/properties");
     const Words environment = {"TARQ_BOARD=" + board.path(), "TARQ_LOG=" + board / "run/log"};
     const ChildProcess daemon({TARQD}, environment);
-    ChildProcess tool({"sh", "-c",
-                       TARQCTL " wait && " TARQCTL " services radiokey_service; " TARQCTL
-                               " radio watch 2>&1"},
-                      environment);
-    const std::string absent = "property " + std::string(kGate) + " is not \"true\"\n";
-    EXPECT_EQ(tool.readAll(),
-              "radiokey_service absent: " + absent +
-                      "tarqctl: radio watch: radiokey_service is not registered: " + absent +
-                      "hint: tarqctl --board " + board.path() + " services\n");
-    EXPECT_EQ(tool.wait(), 2);
+    EXPECT_EQ(ChildProcess({TARQCTL, "wait"}, environment).wait(), 0);
+    ChildProcess watch(watching("2>&1"), environment);
+    EXPECT_EQ(watch.readAll(),
+              "tarqctl: radio watch: radiokey_service is not registered: property "
+              "ro.vendor.433_check_enable is not \"true\"\nhint: tarqctl --board " +
+                      board.path() + " services\n");
+    EXPECT_EQ(watch.wait(), 2);
 }
 
 }  // namespace
