@@ -64,7 +64,8 @@ TEST_F(TarqctlRadio, status_and_strength_are_the_receivers) {
     }
     for (const tarq::tools::Command& command : tarq::tools::radioCommands()) {
         const std::string line = std::string(command.example).substr(strlen("tarqctl "));
-        if (line != "radio watch") EXPECT_THAT(runTarqctl(line), Not(HasSubstr("hint"))) << line;
+        if (line == "radio watch") continue;
+        EXPECT_THAT(runTarqctl(line), Not(HasSubstr("hint"))) << line;
     }
 }
 

@@ -63,9 +63,10 @@ class Watch {
         if (mEvents == mLimit || !mSession.out.good()) end(End::kEnough);
     }
 
+    // The first call counts.
     void end(End how) {
         const std::lock_guard<std::mutex> lock(mLock);
-        mEnd = how;
+        if (mEnd == End::kNone) mEnd = how;
         mChanged.notify_one();
     }
 
