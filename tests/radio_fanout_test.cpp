@@ -117,7 +117,7 @@ TEST_F(RadioFanout, the_living_get_every_event_once_whatever_becomes_of_the_othe
 
     send();
     expectTold("first 1");
-    while (mSent < kEvents) {
+    while (mSent < kEvents && !HasFatalFailure()) {
         sendMore();
         if (mSent == 1000) stopped->kill(SIGSTOP);
         if (mSent % 2500 == 0 && mSent < kEvents) dying[mSent / 2500 - 1]->kill(SIGKILL);
