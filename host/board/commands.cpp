@@ -21,7 +21,7 @@ Commands::Commands(Hardware& hardware, PlainFiles& files, std::vector<std::share
 void Commands::perform(const std::vector<std::string>& words) {
     const std::string command = words.empty() ? "" : words[0];
     if (words == std::vector<std::string>{"trace"}) return requireTrace();
-    if (command == "") throw std::invalid_argument("is no command");
+    if (command.empty()) throw std::invalid_argument("is no command");
     for (const auto& part : mParts) {
         if (part->perform(words)) return;
     }
