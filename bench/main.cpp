@@ -49,6 +49,7 @@ class RatioReporter : public benchmark::BenchmarkReporter {
 
 int main(int argc, char** argv) {
     if (argc > 1 && strcmp(argv[1], "worker") == 0) return bench::runWorker(argc, argv);
+    if (argc > 1 && strcmp(argv[1], "receiver") == 0) return bench::runReceiver(argc, argv);
     // Repetitions of a pair take turns, so that both see the same machine.
     std::vector<char*> arguments(argv, argv + argc);
     std::string defaults[] = {"--benchmark_repetitions=9",

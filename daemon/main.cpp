@@ -4,6 +4,7 @@
 #include <stdint.h>
 
 #include "hardware_info/hardware_info_module.h"
+#include "radiokey/radio_key_module.h"
 #include "rgbleds/rgb_led_module.h"
 #include "shell/shell_module.h"
 
@@ -14,6 +15,7 @@ static int32_t (*const kModules[])() = {
         hardware_info_module,
         rgb_led_module,
         shell_module,
+        radio_key_module,
 };
 
 int main() {

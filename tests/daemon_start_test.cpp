@@ -73,6 +73,7 @@ TEST(DaemonStart, modules_register_in_order_whatever_the_manager_says) {
                                     "I rgbLedsService: RgbLedsSevice begin\n"
                                     "I rgbLedsService: startBootXml:/vendor/etc/leds/wave_fast.xml"
                                     "E rgbLedsService: Error opening xml file .\n"
-                                    "I ShellService: instantiate.....\n"));
+                                    "I ShellService: instantiate.....\n"
+                                    "I (null): radio_key_module skip check Radiokey"));
     }
 }

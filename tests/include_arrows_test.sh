@@ -27,8 +27,8 @@ done
 # What the device's build does not have, and what would make two programs of one source.
 never='^ *# *(if|ifdef|ifndef)\b|<(filesystem|charconv)>|std::(filesystem|from_chars|to_chars)\b'
 forbid "$never" nothing $device
-# The platform knows no module; it gives common/ its host half.
-forbid "$include (\"|<com/tarq)" '#include "(host/platform|common)/' host/platform
+# The platform knows no module; it gives common/ and libradiokey their host half.
+forbid "$include (\"|<com/tarq)" '#include "(host/platform/|common/|radiokey/radiokey\.h")' host/platform
 # The virtual board and the daemon meet in files, a pty and a socket.
 # Who looks at them reads effect files as the daemon does.
 board='#include "host/board/'

@@ -96,6 +96,7 @@ class TarqctlE2e : public Test {
 };
 
 TEST_F(TarqctlE2e, services_are_waited_for_and_listed) {
+    writeFile(mBoard / "run/properties/ro.vendor.433_check_enable", "true");
     const auto early = start({"wait", "--json"});
     startDaemon();
     EXPECT_EQ(finish(*early).out, "{}\n");

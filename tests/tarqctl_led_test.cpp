@@ -1,11 +1,9 @@
 // tarqctl led against the daemon and a LED driver that answers and fails.
 #include <gmock/gmock.h>
 
-#include <sstream>
-
+#include "tests/run_tarqctl.h"
 #include "tests/test_board.h"
 #include "tools/tarqctl/led_commands.h"
-#include "tools/tarqctl/tarqctl.h"
 
 using namespace testing;
 
@@ -29,19 +27,7 @@ class TarqctlLed : public Test {
         ASSERT_EQ(tarqctl("wait"), "");
     }
 
-    // Output and errors, without the tool's name and the command in front of these; the exit code
-    // unless it is 0.
-    static std::string tarqctl(const std::string& line) {
-        std::istringstream split(line), in;
-        std::ostringstream out, err;
-        const int code = tarq::tools::runTarqctl({std::istream_iterator<std::string>(split), {}},
-                                                 false, in, out, err);
-        std::string said = err.str();
-        const std::string prefix = "tarqctl: " + line + ": ";
-        for (size_t at = 0; (at = said.find(prefix, at)) != std::string::npos;)
-            said.erase(at, prefix.size());
-        return out.str() + said + (code != 0 ? std::to_string(code) : "");
-    }
+    static std::string tarqctl(const std::string& line) { return runTarqctl(line); }
     static std::string trace() {
         std::string said;
         EXPECT_EQ(mBoard->ask({"trace"}, &said), 0);

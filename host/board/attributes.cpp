@@ -5,6 +5,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <charconv>
+
 namespace tarq::board {
 
 static constexpr char kLetters[] = "nrt\\";
@@ -56,6 +58,14 @@ std::string fromHex(const std::string& digits) {
     std::string bytes;
     for (size_t i = 0; i < digits.size(); i += 2) bytes += hexByte(digits, i);
     return bytes;
+}
+
+int32_t toInt32(const std::string& text) {
+    int32_t number = 0;
+    const char* end = text.data() + text.size();
+    const std::from_chars_result result = std::from_chars(text.data(), end, number);
+    if (result.ec == std::errc() && result.ptr == end) return number;
+    throw std::invalid_argument("\"" + text + "\" is no decimal number of 32 bits");
 }
 
 off_t Attribute::size() const {

@@ -1,6 +1,8 @@
 // Files that only tell something.
 #pragma once
 
+#include <stdint.h>
+
 #include <string>
 #include <utility>
 
@@ -8,10 +10,11 @@
 
 namespace tarq::board {
 
-// How a user types bytes, and reads them. Throw std::invalid_argument.
+// How a user types bytes and numbers, and reads them. Throw std::invalid_argument.
 std::string unescaped(const std::string& text);  // with \n \r \t \\ \xHH
 std::string escaped(const std::string& bytes);   // back again
 std::string fromHex(const std::string& digits);  // "00000003"
+int32_t toInt32(const std::string& text);        // "-60", and nothing else around it
 
 // A text that a driver makes up, such as the touch panel's; or a property of the device tree, cells
 // or other bytes, which is set in hexadecimal.

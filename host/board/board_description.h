@@ -5,12 +5,18 @@
 
 #include "host/board/hardware.h"
 #include "host/board/led_trace.h"
+#include "host/board/receiver.h"
 
 namespace tarq::board {
 
-// Adds the nodes of all parts that the file names; none without a file. Returns the trace of the
-// LEDs, yet to be opened; null without LEDs. Throws std::runtime_error, "FILE:LINE: what is wrong",
-// for anything in it that is not understood.
-std::shared_ptr<LedTraceWriter> fit(const std::filesystem::path& file, Hardware& hardware);
+// What is fitted beside the files, yet to be opened. Null where there is none.
+struct Fitted {
+    std::shared_ptr<LedTraceWriter> ledTrace;
+    std::shared_ptr<Receiver> receiver;
+};
+
+// Adds the nodes of all parts that the file names; none without a file. Throws std::runtime_error,
+// "FILE:LINE: what is wrong", for anything in it that is not understood.
+Fitted fit(const std::filesystem::path& file, Hardware& hardware);
 
 }  // namespace tarq::board

@@ -8,8 +8,12 @@ namespace tarq::board {
 
 namespace fs = std::filesystem;
 
-Commands::Commands(Hardware& hardware, PlainFiles& files, std::string withoutFuse)
-    : mHardware(hardware), mFiles(files), mWithoutFuse(std::move(withoutFuse)) {
+Commands::Commands(Hardware& hardware, PlainFiles& files, std::vector<std::shared_ptr<Part>> parts,
+                   std::string withoutFuse)
+    : mHardware(hardware),
+      mFiles(files),
+      mParts(std::move(parts)),
+      mWithoutFuse(std::move(withoutFuse)) {
     if (mWithoutFuse.empty()) return;
     for (const auto& [path, content] : mHardware.plainContents()) mFiles.write(path, content);
 }
@@ -17,6 +21,11 @@ Commands::Commands(Hardware& hardware, PlainFiles& files, std::string withoutFus
 void Commands::perform(const std::vector<std::string>& words) {
     const std::string command = words.empty() ? "" : words[0];
     if (words == std::vector<std::string>{"trace"}) return requireTrace();
+    if (command.empty()) throw std::invalid_argument("is no command");
+    for (const auto& part : mParts) {
+        if (part->perform(words)) return;
+    }
+    if (command == "key") throw std::invalid_argument("no receiver is fitted");
     const size_t count = command == "set" || command == "fault" ? 3 : 2;
     if (words.size() != count) throw std::invalid_argument("is no command");
     const std::string node = fs::path(words[1]).lexically_normal();
@@ -33,9 +42,22 @@ void Commands::perform(const std::vector<std::string>& words) {
     }
 }
 
+// Its path. An unknown one is refused with all that there are.
+std::string Commands::find(const std::string& node) const {
+    try {
+        return mHardware.find(node);
+    } catch (const std::invalid_argument& refusal) {
+        std::string why = refusal.what();
+        for (const auto& part : mParts) {
+            for (const std::string& name : part->names()) why += ", " + name;
+        }
+        throw std::invalid_argument(why);
+    }
+}
+
 void Commands::set(const std::string& node, const std::string& value) {
     if (PlainFiles::holds(node)) return mFiles.write(node, unescaped(value));
-    const std::string path = mHardware.find(node);
+    const std::string path = find(node);
     if (!mWithoutFuse.empty() && mHardware.plainContents().count(path) == 0) {
         throw std::runtime_error("needs FUSE: " + mWithoutFuse);
     }
@@ -54,7 +76,7 @@ void Commands::requireTrace() {
 template <typename Change>
 void Commands::disturb(const std::string& node, const Change& change) {
     const bool isFile = PlainFiles::holds(node);
-    if (!isFile) mHardware.find(node);  // an unknown one first
+    if (!isFile) find(node);  // an unknown one first
     if (!mWithoutFuse.empty()) throw std::runtime_error("needs FUSE: " + mWithoutFuse);
     if (isFile && !mHardware.has(node)) mHardware.add(node, "", mFiles.adopt(node));
     const std::string path = mHardware.find(node);

@@ -1,10 +1,12 @@
 // What a user does to the board while it runs.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "host/board/hardware.h"
+#include "host/board/part.h"
 #include "host/board/plain_files.h"
 
 namespace tarq::board {
@@ -13,14 +15,16 @@ namespace tarq::board {
 class Commands {
   public:
     // withoutFuse: why the hardware is not played, but stood in for by plain files; else empty.
-    Commands(Hardware& hardware, PlainFiles& files, std::string withoutFuse);
+    Commands(Hardware& hardware, PlainFiles& files, std::vector<std::shared_ptr<Part>> parts,
+             std::string withoutFuse);
 
     // words: "set NODE VALUE", "fault NODE FAULT", "hold NODE", "release NODE", NODE being a name
-    // or a path of the device; or "trace", which is refused when the LEDs have none. Throws
-    // std::exception with the reason when it was not done.
+    // or a path of the device; "trace", which is refused when the LEDs have none; or what is for
+    // one of the parts. Throws std::exception with the reason when it was not done.
     void perform(const std::vector<std::string>& words);
 
   private:
+    std::string find(const std::string& node) const;
     void set(const std::string& node, const std::string& value);
     void requireTrace();
     template <typename Change>
@@ -28,6 +32,7 @@ class Commands {
 
     Hardware& mHardware;
     PlainFiles& mFiles;
+    const std::vector<std::shared_ptr<Part>> mParts;
     const std::string mWithoutFuse;
 };
 

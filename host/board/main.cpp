@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "host/board/control.h"
+#include "host/board/key_command.h"
 #include "host/board/serve.h"
 #include "host/board/view/views.h"
 
@@ -29,12 +30,13 @@ const std::vector<Command> kCommands = {
          {{"NODE", kNode},
           {"VALUE",
            "text with \\n \\r \\t \\\\ \\xHH for the touch panel and for files; cells in "
-           "hexadecimal; 0 or 1 for a GPIO line; a camera's sensor"}}},
+           "hexadecimal; 0 or 1 for a GPIO line; a camera's sensor; a number for the receiver"}}},
         {"fault",
          "Makes a node go wrong, or with \"none\" right again",
          {{"NODE", kNode},
           {"FAULT",
-           "absent, empty, garbage, huge, directory, unreadable, unwritable, slow, none"}}},
+           "absent, empty, garbage, huge, directory, unreadable, unwritable, slow, none; mute or "
+           "absent for the receiver"}}},
         {"hold", "Makes every call on a node wait until it is released", {{"NODE", kNode}}},
         {"release", "Lets the calls go on", {{"NODE", kNode}}},
 };
@@ -127,6 +129,7 @@ void declare(CLI::App& app, Request& request) {
         }
     }
     declareViews(app, request);
+    tarq::board::declareKey(app, &request.show);
 }
 
 // The last first, as CLI11 wants them. What is set may look like an option: the timestamp file

@@ -54,15 +54,20 @@ void serve(const fs::path& folder, const fs::path& directory, bool shared) {
     const Endings endings;
     dieWithParent();
     Hardware hardware;
-    const std::shared_ptr<LedTraceWriter> ledTrace = fit(folder / "board.xml", hardware);
+    const Fitted fitted = fit(folder / "board.xml", hardware);
     RunningBoard board(directory, shared);
     PlainFiles files(board.directory());
     board.boot(folder);
     std::optional<FileSystem> mounted;
     const std::string withoutFuse = mount(hardware, board.directory() / "hw", shared, &mounted);
     if (mounted) board.linkHardware();
-    if (mounted && ledTrace) ledTrace->open(traceOfLeds(board.directory()));
-    Commands commands(hardware, files, withoutFuse);
+    if (mounted && fitted.ledTrace) fitted.ledTrace->open(traceOfLeds(board.directory()));
+    std::vector<std::shared_ptr<Part>> parts;
+    if (fitted.receiver) {
+        fitted.receiver->open(board.directory());
+        parts.push_back(fitted.receiver);
+    }
+    Commands commands(hardware, files, parts, withoutFuse);
     const ControlServer control(board.directory(), [&](const std::vector<std::string>& words) {
         commands.perform(words);
     });

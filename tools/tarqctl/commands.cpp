@@ -23,6 +23,8 @@ const std::vector<Command>& commands() {
              "tarqctl ota-time 1577836800", declareOtaTime},
             {"led", "Sets, reads and watches the LEDs, and plays effects.",
              "tarqctl led color 3 ff8000", declareLed},
+            {"radio", "Asks and tunes the receiver of remote keys, and watches keys.",
+             "tarqctl radio frequency", declareRadio},
             {"shell", "Runs a command line in the daemon and prints its output.",
              "tarqctl shell 'uname -m; id -u'", declareShell},
             {"getprop", "Prints one property, or all of them.",

@@ -37,6 +37,7 @@ Run declareMatch(CLI::App& app);
 Run declareExplainLog(CLI::App& app);
 Run declareOtaTime(CLI::App& app);
 Run declareLed(CLI::App& app);
+Run declareRadio(CLI::App& app);
 Run declareShell(CLI::App& app);
 Run declareGetprop(CLI::App& app);
 Run declareSetprop(CLI::App& app);

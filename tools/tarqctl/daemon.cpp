@@ -12,6 +12,7 @@
 #include <sstream>
 
 #include "tools/tarqctl/board.h"
+#include "tools/tarqctl/known_services.h"
 
 namespace tarq::tools {
 
@@ -55,7 +56,7 @@ TimeLimit::TimeLimit(const Session& session, std::function<Failure()> failure)
     : mTimer(session.timeout,
              [&session, failure = std::move(failure)] { endWith(session, failure()); }) {}
 
-static Failure noAnswer(const Session& session, const std::string& likelyCause) {
+Failure noAnswer(const Session& session, const std::string& likelyCause) {
     std::ostringstream longer;
     longer << "--timeout " << std::clamp(session.timeout.count() * 6, 60.0, kMaxTimeout) << " "
            << session.line;
@@ -89,12 +90,13 @@ sp<IBinder> Daemon::find(const String16& name) {
 
 sp<IBinder> Daemon::require(const String16& name) const {
     const sp<IBinder> service = find(name);
-    if (service == nullptr) {
-        throw mSession.failure("no_service",
-                               std::string(String8(name).string()) + " is not registered",
-                               mSession.next("services"));
+    if (service != nullptr) return service;
+    const std::string text = String8(name).string();
+    std::string why = text + " is not registered";
+    for (const FoundService& known : findKnownServices()) {
+        if (known.name == text && !known.present) why += ": " + known.reason;
     }
-    return service;
+    throw mSession.failure("no_service", why, mSession.next("services"));
 }
 
 // The ways in which a call fails without the service having said anything.

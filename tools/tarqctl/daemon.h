@@ -21,6 +21,9 @@ int connectToDaemon(const Session& session);
 // What that error means for a command that needs the daemon.
 Failure notListening(const Session& session, int error);
 
+// What it means when --timeout is over. likelyCause completes "no answer after 10 s: …".
+Failure noAnswer(const Session& session, const std::string& likelyCause);
+
 // Prints the failure and ends the process when it exists for longer than --timeout. A call to the
 // daemon cannot be interrupted, and nothing else is left to do. Not to be held while printing.
 class TimeLimit {
@@ -47,8 +50,8 @@ class Daemon {
 
     // Throws a Failure if the service is not registered.
     template <typename Interface>
-    android::sp<Interface> service() const {
-        return android::interface_cast<Interface>(require(Interface::descriptor));
+    android::sp<Interface> service(const android::String16& name = Interface::descriptor) const {
+        return android::interface_cast<Interface>(require(name));
     }
 
     // Throws the Failure that a call's status stands for.

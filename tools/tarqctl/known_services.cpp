@@ -1,6 +1,7 @@
 #include "tools/tarqctl/known_services.h"
 
 #include <com/tarq/hardwareInfo/IHardwareInfoService.h>
+#include <com/tarq/radiokey/IRadioKeyService.h>
 #include <com/tarq/rgbleds/IRgbLedsService.h>
 #include <com/tarq/shell/IShellService.h>
 #include <cutils/properties.h>
@@ -8,6 +9,8 @@
 #include <utils/String8.h>
 
 #include <algorithm>
+
+#include "tools/tarqctl/daemon.h"
 
 namespace tarq::tools {
 
@@ -21,6 +24,8 @@ const std::vector<KnownService>& knownServices() {
             {descriptor<com::tarq::hardwareInfo::IHardwareInfoService>(), nullptr},
             {descriptor<com::tarq::rgbleds::IRgbLedsService>(), nullptr},
             {descriptor<com::tarq::shell::IShellService>(), nullptr},
+            {android::String8(com::tarq::radiokey::IRadioKeyService::SERVICE_NAME()).string(),
+             "ro.vendor.433_check_enable"},
     };
     return services;
 }
@@ -47,6 +52,22 @@ std::string whyAbsent(const std::vector<KnownService>& services, const std::vect
                " became \"true\" after the start";
     }
     return why;
+}
+
+// The last is looked up first. The other way round a start-up that goes on meanwhile would make one
+// look passed over: absent when it was asked for, and the next already there.
+std::vector<FoundService> findKnownServices() {
+    const std::vector<KnownService>& services = knownServices();
+    std::vector<bool> present(services.size());
+    for (size_t i = services.size(); i-- > 0;) {
+        present[i] = Daemon::find(android::String16(services[i].name.c_str())) != nullptr;
+    }
+    std::vector<FoundService> found;
+    for (size_t i = 0; i < services.size(); ++i) {
+        found.push_back(
+                {services[i].name, present[i], present[i] ? "" : whyAbsent(services, present, i)});
+    }
+    return found;
 }
 
 }  // namespace tarq::tools

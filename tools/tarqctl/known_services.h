@@ -22,4 +22,13 @@ bool isEnabled(const KnownService& service);
 std::string whyAbsent(const std::vector<KnownService>& services, const std::vector<bool>& present,
                       size_t index);
 
+struct FoundService {
+    std::string name;
+    bool present;
+    std::string reason;  // why it may be absent
+};
+
+// Looks all of them up, in their order. Within the life of a Daemon.
+std::vector<FoundService> findKnownServices();
+
 }  // namespace tarq::tools

@@ -39,9 +39,6 @@ std::optional<LedCall> askLeds(Session& session, const std::string& operation,
 
 namespace {
 
-// Reads the word into the number, or tells what is wrong with it.
-using Parse = std::string (*)(const std::string& text, int32_t* value);
-
 struct Numbers {
     int32_t id = 0;
     int32_t colour = 0;
@@ -62,34 +59,8 @@ std::string hex(int32_t number, const char* format) {
     return digits;
 }
 
-void parseOrThrow(Parse parse, const std::string& name, const std::string& text, int32_t* value) {
-    const std::string why = parse(text, value);
-    if (!why.empty()) throw CLI::ValidationError(name, why);
-}
-
-CLI::Option* addNumber(CLI::App& app, const std::string& name, const std::string& description,
-                       Parse parse, int32_t* value) {
-    return app.add_option_function<std::string>(
-            name, [=](const std::string& text) { parseOrThrow(parse, name, text, value); },
-            description);
-}
-
 CLI::Option* addId(CLI::App& app, Numbers& numbers) {
     return addNumber(app, "ID", "of the LED, decimal", parseInt32, &numbers.id)->required();
-}
-
-int done(const Session& session) {
-    if (session.json) printJson(session.out, Json::object());
-    return kDone;
-}
-
-int print(const Session& session, const Json& object, const std::string& text) {
-    if (session.json) {
-        printJson(session.out, object);
-    } else {
-        session.out << text + "\n" << std::flush;
-    }
-    return kDone;
 }
 
 int setColour(Session& session, const Numbers& n) {
@@ -97,7 +68,7 @@ int setColour(Session& session, const Numbers& n) {
         answer->arguments = texts({n.id, n.colour});
         return leds.setRgbColor(n.id, n.colour, &answer->done);
     });
-    return done(session);
+    return printDone(session);
 }
 
 int setBrightness(Session& session, const Numbers& n) {
@@ -105,7 +76,7 @@ int setBrightness(Session& session, const Numbers& n) {
         answer->arguments = texts({n.id, n.brightness});
         return leds.setRgbBrightness(n.id, n.brightness, &answer->done);
     });
-    return done(session);
+    return printDone(session);
 }
 
 int32_t read(Session& session, const std::string& operation, int32_t id,
@@ -129,7 +100,7 @@ Run declareColour(CLI::App& app) {
         if (given->count() > 0) return setColour(session, *n);
         const int32_t value = read(session, "getRgbColor", n->id, &IRgbLedsService::getRgbColor);
         const std::string colour = hex(value, "%06x");
-        return print(session, {{"color", colour}}, colour);
+        return printResult(session, {{"color", colour}}, colour);
     };
 }
 
@@ -142,7 +113,7 @@ Run declareBrightness(CLI::App& app) {
         if (given->count() > 0) return setBrightness(session, *n);
         const int32_t value =
                 read(session, "getRgbBrightness", n->id, &IRgbLedsService::getRgbBrightness);
-        return print(session, {{"brightness", value}}, std::to_string(value));
+        return printResult(session, {{"brightness", value}}, std::to_string(value));
     };
 }
 
@@ -168,7 +139,7 @@ Run declareSet(CLI::App& app) {
             answer->arguments = texts({n->ids.back(), n->colour, n->brightness});
             return leds.setLedList(n->ids, n->colour, n->brightness, &answer->done);
         });
-        return done(session);
+        return printDone(session);
     };
 }
 
@@ -212,7 +183,7 @@ Run declareEffect(CLI::App& app) {
             answer->done = result != 0;
             return status;
         });
-        return done(session);
+        return printDone(session);
     };
 }
 
@@ -224,7 +195,7 @@ Run declareStop(CLI::App& /*app*/) {
             answer->done = result != 0;
             return status;
         });
-        return done(session);
+        return printDone(session);
     };
 }
 

@@ -49,8 +49,7 @@ static int play(Session& session, const std::string& file) {
                         session.next("log"));
     }
     for (const std::string& what : call->leftOut) session.notice("left out: " + printable(what));
-    if (session.json) printJson(session.out, Json::object());
-    return kDone;
+    return printDone(session);
 }
 
 // As the trace of the driver has it.

@@ -18,8 +18,7 @@ static int send(Session& session, int64_t timestamp) {
         const Daemon daemon(session, "the daemon is still starting, or hangs");
         daemon.expectOk(daemon.service<IHardwareInfoService>()->setOtaTimestamp(timestamp));
     }
-    if (session.json) printJson(session.out, Json::object());
-    return kDone;
+    return printDone(session);
 }
 
 Run declareOtaTime(CLI::App& app) {

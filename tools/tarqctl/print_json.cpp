@@ -9,4 +9,18 @@ void printJson(std::ostream& out, const Json& json) {
     out << json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n" << std::flush;
 }
 
+int printResult(const Session& session, const Json& object, const std::string& text) {
+    if (session.json) {
+        printJson(session.out, object);
+    } else {
+        session.out << text + "\n" << std::flush;
+    }
+    return kDone;
+}
+
+int printDone(const Session& session) {
+    if (session.json) printJson(session.out, Json::object());
+    return kDone;
+}
+
 }  // namespace tarq::tools

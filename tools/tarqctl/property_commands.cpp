@@ -116,8 +116,7 @@ Run declareSetprop(CLI::App& app) {
                                   kServiceSaidNo);
         }
         if (!outcome.said.empty()) session.notice(outcome.said);
-        if (session.json) printJson(session.out, Json::object());
-        return kDone;
+        return printDone(session);
     };
 }
 

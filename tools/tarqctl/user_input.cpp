@@ -5,6 +5,7 @@
 #include <utils/String16.h>
 #include <utils/String8.h>
 
+#include <CLI/App.hpp>
 #include <charconv>
 #include <fstream>
 
@@ -39,6 +40,18 @@ std::string parseColour(const std::string& text, int32_t* value) {
     const std::string digits = text.substr(text[0] == '#' ? 1 : 0);
     if (digits.size() == 6 && digits[0] != '-' && isWhole(digits, value, 16)) return "";
     return "\"" + text + "\" is no colour of six hexadecimal digits, such as ff8000";
+}
+
+void parseOrThrow(Parse parse, const std::string& name, const std::string& text, int32_t* value) {
+    const std::string why = parse(text, value);
+    if (!why.empty()) throw CLI::ValidationError(name, why);
+}
+
+CLI::Option* addNumber(CLI::App& app, const std::string& name, const std::string& description,
+                       Parse parse, int32_t* value) {
+    return app.add_option_function<std::string>(
+            name, [=](const std::string& text) { parseOrThrow(parse, name, text, value); },
+            description);
 }
 
 void readLines(const Session& session, const std::string& file,

@@ -8,6 +8,11 @@
 
 #include "tools/tarqctl/session.h"
 
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
+
 namespace tarq::tools {
 
 // Empty when the text is UTF-8, else what is wrong. The daemon takes UTF-16: another text would
@@ -21,6 +26,16 @@ std::string parseOtaTime(const std::string& text, int64_t* value);
 // A decimal number, and six hexadecimal digits of a colour, with or without "#", in the same way.
 std::string parseInt32(const std::string& text, int32_t* value);
 std::string parseColour(const std::string& text, int32_t* value);
+
+// Reads the word into the number, or tells what is wrong with it.
+using Parse = std::string (*)(const std::string& text, int32_t* value);
+
+// In words of a command line: throws the parser's error with what is wrong.
+void parseOrThrow(Parse parse, const std::string& name, const std::string& text, int32_t* value);
+
+// Declares an option that is read so. The value has to live as long as the app.
+CLI::Option* addNumber(CLI::App& app, const std::string& name, const std::string& description,
+                       Parse parse, int32_t* value);
 
 // Hands over the lines of the file, or of standard input for "-", without their newlines. Throws a
 // Failure if it cannot be read.

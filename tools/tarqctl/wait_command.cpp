@@ -76,8 +76,7 @@ Run declareWait(CLI::App& app) {
                 std::this_thread::sleep_for(std::chrono::milliseconds(50));
             }
         }
-        if (session.json) printJson(session.out, Json::object());
-        return kDone;
+        return printDone(session);
     };
 }
 

@@ -10,7 +10,7 @@
 namespace tarq::host {
 
 // Below the board's directory.
-inline constexpr char kReceiverSocket[] = "run/receiver.sock";
+inline constexpr char kReceiverSocket[] = "run/radio.sock";
 
 struct ReceiverPacket {
     enum Kind : int32_t {

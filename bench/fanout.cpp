@@ -1,0 +1,81 @@
+// One remote key told to many callbacks, beside as many bare non-blocking sends of its size.
+#include <binder/IPCThreadState.h>
+#include <binder/IServiceManager.h>
+#include <com/tarq/radiokey/BnRadioKeyCallback.h>
+#include <com/tarq/radiokey/IRadioKeyService.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "bench/bench.h"
+#include "bench/one_cpu_each.h"
+
+namespace bench {
+
+using com::tarq::radiokey::BnRadioKeyCallback;
+using com::tarq::radiokey::IRadioKeyService;
+
+// One event to 1,000 callbacks is 100 packets to each: their sockets hold more than two of those.
+static constexpr int kProcesses = 10;
+
+class Deaf : public BnRadioKeyCallback {
+  public:
+    android::binder::Status onClick(int32_t /*value1*/, int32_t /*value2*/, int32_t /*value3*/,
+                                    int32_t /*rssiDBm*/) override {
+        return android::binder::Status::ok();
+    }
+};
+
+// Arguments: "receiver" and how many callbacks to register. Runs until it is ended.
+int runReceiver(int argc, char** argv) {
+    if (argc != 3) return 2;
+    runAsReceiver();
+    const auto service = android::interface_cast<IRadioKeyService>(
+            android::defaultServiceManager()->getService(IRadioKeyService::SERVICE_NAME()));
+    std::vector<android::sp<Deaf>> callbacks;
+    for (int i = 0; i < atoi(argv[2]); ++i) {
+        callbacks.push_back(new Deaf);
+        service->registerRadioKeyCallback(callbacks.back());
+    }
+    android::IPCThreadState::self()->joinThreadPool();
+    return 0;
+}
+
+static double readNumber(int output) {
+    char text[32] = {};
+    if (read(output, text, sizeof(text) - 1) <= 0) abort();
+    close(output);
+    return atof(text);
+}
+
+static double sendTo(const char* what, int callbacks) {
+    int output = -1;
+    const pid_t sender =
+            spawn({FANOUT, what, std::to_string(callbacks), std::to_string(kProcesses)}, &output);
+    std::vector<pid_t> receivers;
+    char ready[16];
+    if (std::string(what) == "tarqd") {
+        if (read(output, ready, sizeof(ready)) <= 0) abort();
+        for (int i = 0; i < kProcesses; ++i) {
+            receivers.push_back(
+                    spawn({"/proc/self/exe", "receiver", std::to_string(callbacks / kProcesses)}));
+        }
+    }
+    const double micros = readNumber(output);
+    waitpid(sender, nullptr, 0);
+    for (const pid_t receiver : receivers) stop(receiver);
+    return micros;
+}
+
+static void fanout(benchmark::State& state, const char* what, int callbacks) {
+    for (auto _ : state) state.counters["value"] = sendTo(what, callbacks);
+}
+
+BENCHMARK_CAPTURE(fanout, tarqd10, "tarqd", 10)->Name("fanout10/tarqd")->Iterations(1);
+BENCHMARK_CAPTURE(fanout, floor10, "floor", 10)->Name("fanout10/floor")->Iterations(1);
+BENCHMARK_CAPTURE(fanout, tarqd100, "tarqd", 100)->Name("fanout100/tarqd")->Iterations(1);
+BENCHMARK_CAPTURE(fanout, floor100, "floor", 100)->Name("fanout100/floor")->Iterations(1);
+BENCHMARK_CAPTURE(fanout, tarqd1000, "tarqd", 1000)->Name("fanout1000/tarqd")->Iterations(1);
+BENCHMARK_CAPTURE(fanout, floor1000, "floor", 1000)->Name("fanout1000/floor")->Iterations(1);
+
+}  // namespace bench

@@ -1,0 +1,138 @@
+#include "host/board/key_command.h"
+
+#include <errno.h>
+
+#include <chrono>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <system_error>
+#include <thread>
+
+#include "host/board/control.h"
+#include "host/board/view/views.h"
+
+namespace tarq::board {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+// The keys of a remote control.
+struct Key {
+    std::vector<int32_t> values;
+    std::optional<int32_t> rssiDBm;  // none: as strong as what is heard now
+    milliseconds at{0};              // after the first
+};
+
+// What the arguments say.
+struct Arguments {
+    std::vector<int32_t> values;
+    std::optional<int32_t> rssiDBm;
+    int32_t frequency = 433;
+    uint32_t count = 1;
+    uint32_t everyMs = 0;
+    std::string record;
+    bool isFast = false;
+};
+
+// As "tarqctl radio watch --json" prints it.
+Key parseKey(const std::string& line) {
+    const nlohmann::json object = nlohmann::json::parse(line);
+    const auto number = [&](const char* name) {
+        const auto& value = object.at(name);
+        const auto wide = value.get<int64_t>();
+        if (!value.is_number_integer() || wide != static_cast<int32_t>(wide)) {
+            throw std::invalid_argument(std::string(name) + " is no integer of 32 bits");
+        }
+        return static_cast<int32_t>(wide);
+    };
+    return {{number("value1"), number("value2"), number("value3")},
+            number("rssi_dbm"),
+            milliseconds(object.at("ms").get<int64_t>())};
+}
+
+std::vector<Key> readRecord(const std::string& name) {
+    std::ifstream file;
+    if (name != "-") file.open(name);
+    std::istream& in = name == "-" ? std::cin : file;
+    if (!in) throw std::system_error(errno, std::system_category(), name);
+    std::vector<Key> keys;
+    std::string line;
+    for (int number = 1; std::getline(in, line); ++number) {
+        try {
+            keys.push_back(parseKey(line));
+        } catch (const std::exception& wrong) {
+            throw std::runtime_error(name + ":" + std::to_string(number) +
+                                     ": no line of tarqctl radio watch --json: " + wrong.what());
+        }
+    }
+    return keys;
+}
+
+std::vector<Key> keysOf(const Arguments& arguments) {
+    std::vector<Key> keys;
+    if (!arguments.record.empty()) {
+        keys = readRecord(arguments.record);
+        const milliseconds first = keys.empty() ? milliseconds(0) : keys[0].at;
+        for (Key& key : keys) key.at = arguments.isFast ? milliseconds(0) : key.at - first;
+        return keys;
+    }
+    for (uint32_t i = 0; i < arguments.count; ++i) {
+        keys.push_back({arguments.values, arguments.rssiDBm,
+                        milliseconds(uint64_t{arguments.everyMs} * i)});
+    }
+    return keys;
+}
+
+void play(const Arguments& arguments, const std::string& board) {
+    const std::vector<Key> keys = keysOf(arguments);
+    const auto start = std::chrono::steady_clock::now();
+    for (size_t i = 0; i < keys.size(); ++i) {
+        std::this_thread::sleep_until(start + keys[i].at);
+        std::vector<std::string> words = {"key"};
+        for (const int32_t value : keys[i].values) words.push_back(std::to_string(value));
+        words.push_back(std::to_string(arguments.frequency));
+        if (keys[i].rssiDBm) words.push_back(std::to_string(*keys[i].rssiDBm));
+        std::string reason;
+        if (ask(board, words, &reason)) continue;
+        const std::string heard = std::to_string(i) + " of " + std::to_string(keys.size());
+        throw Refusal("key " + words[1] + " " + words[2] + " " + words[3] + ": " + reason +
+                      (keys.size() > 1 ? "; heard before: " + heard : ""));
+    }
+}
+
+}  // namespace
+
+void declareKey(CLI::App& app, std::function<void(const std::string& board)>* play) {
+    const auto arguments = std::make_shared<Arguments>();
+    CLI::App* key = app.add_subcommand("key", "Sends a key of a remote control to the receiver");
+    CLI::Option* values =
+            key->add_option("VALUES", arguments->values, "what the receiver tells of it")
+                    ->expected(3)
+                    ->type_name("");
+    key->add_option("--rssi", arguments->rssiDBm,
+                    "how strong it arrives, in dBm; as what was heard last, unless given");
+    key->add_option("--frequency", arguments->frequency, "where it is sent; 433 unless given");
+    CLI::Option* count = key->add_option("--repeat", arguments->count, "so many times")
+                                 ->check(CLI::Range(1U, UINT32_MAX));
+    CLI::Option* every = key->add_option("--every", arguments->everyMs, "so many ms apart");
+    CLI::Option* record =
+            key->add_option("--replay", arguments->record,
+                            "instead of VALUES: the lines of tarqctl radio watch --json in this "
+                            "file, or - for standard input, as far apart as they were")
+                    ->excludes(values)
+                    ->excludes(count)
+                    ->excludes(every);
+    key->add_flag("--fast", arguments->isFast, "without their pauses")->needs(record);
+    key->callback([arguments, play] {
+        if (arguments->values.empty() && arguments->record.empty()) {
+            throw CLI::RequiredError("VALUES or --replay");
+        }
+        *play = [arguments](const std::string& board) { board::play(*arguments, board); };
+    });
+}
+
+}  // namespace tarq::board

@@ -1,0 +1,22 @@
+// A part of the board that is no file.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tarq::board {
+
+class Part {
+  public:
+    virtual ~Part() = default;
+
+    // What users call it, and what of it can be set: "receiver", "receiver_rssi".
+    virtual std::vector<std::string> names() const = 0;
+
+    // Does it when the words are for this part: a command of its own, or "set NAME VALUE" and
+    // "fault NAME FAULT" with one of its names. False when they are not. Throws std::exception with
+    // the reason when it was not done.
+    virtual bool perform(const std::vector<std::string>& words) = 0;
+};
+
+}  // namespace tarq::board

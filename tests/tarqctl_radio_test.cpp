@@ -1,0 +1,176 @@
+// tarqctl radio against the daemon and a receiver that is played, recorded and replayed.
+#include <gmock/gmock.h>
+
+#include "tests/run_tarqctl.h"
+#include "tests/test_board.h"
+#include "tools/tarqctl/print_json.h"
+#include "tools/tarqctl/radio_commands.h"
+
+using namespace testing;
+
+namespace {
+
+using tarq::tools::Json;
+using Words = std::vector<std::string>;
+
+class TarqctlRadio : public Test {
+  protected:
+    static void SetUpTestSuite() {
+        static const TestBoard board("<receiver/>", "ro.vendor.433_check_enable=true\n");
+        mBoard = &board;
+    }
+    void SetUp() override {
+        std::filesystem::remove(mBoard->directory() + "/run/properties/persist.radiokey.frequence");
+        startDaemon();
+    }
+    void startDaemon() {
+        mDaemon = nullptr;
+        mDaemon = std::make_unique<ChildProcess>(
+                Words{TARQD}, Words{"TARQ_LOG=" + mBoard->directory() + "/run/log"});
+        ASSERT_EQ(runTarqctl("wait radiokey_service"), "");
+        ASSERT_TRUE(says("radio status", "ready, chip status 1\n"));
+    }
+    // Sooner or later: the board tells the daemon on a connection of its own.
+    static bool says(const std::string& line, const std::string& expected) {
+        return eventually([&] { return runTarqctl(line) == expected; });
+    }
+    static std::string said(ChildProcess& watch) {
+        const std::string line = watch.readLine();
+        return line.rfind("tarqctl: ", 0) == 0 ? line.substr(line.find("watch")) : line;
+    }
+
+    static inline const TestBoard* mBoard = nullptr;
+    std::unique_ptr<ChildProcess> mDaemon;
+};
+
+Words watching(const std::string& options) {
+    return {"sh", "-c", "exec " TARQCTL " radio watch " + options};
+}
+
+TEST_F(TarqctlRadio, status_and_strength_are_the_receivers) {
+    const std::tuple<const char*, const char*, const char*, const char*> kRows[] = {
+            {"status", "7", "status --json", "{\"ready\":true,\"chip_status\":7}\n"},
+            {"status", "0", "status",
+             "ready, chip status 0\non a virtual board chip status 0 says that no receiver "
+             "answers\n"},
+            {"status", "-1", "status",
+             "not ready: the receiver is being started or set to another frequency\n1"},
+            {"status", "1", "status --json", "{\"ready\":true,\"chip_status\":1}\n"},
+            {"rssi", "-60", "rssi", "-60 dBm\n"},
+            {"rssi", "-100", "rssi --json", "{\"rssi_dbm\":-100}\n"}};
+    for (const auto& [name, value, line, expected] : kRows) {
+        mBoard->command({"set", std::string("receiver_") + name, value});
+        EXPECT_TRUE(says(std::string("radio ") + line, expected)) << value;
+    }
+    for (const tarq::tools::Command& command : tarq::tools::radioCommands()) {
+        const std::string line = std::string(command.example).substr(strlen("tarqctl "));
+        if (line == "radio watch") continue;
+        EXPECT_THAT(runTarqctl(line), Not(HasSubstr("hint"))) << line;
+    }
+}
+
+TEST_F(TarqctlRadio, frequency_is_kept_for_the_next_start) {
+    const std::pair<const char*, const char*> kLines[] = {
+            {"radio frequency", "433 (default)\n"},
+            {"radio frequency --json", "{\"frequency\":433,\"stored\":null}\n"},
+            {"radio frequency 2147483647", "2147483647, also after restarts\n"},
+            {"radio frequency -2147483648 --json", "{\"frequency\":-2147483648}\n"},
+            {"radio frequency --json", "{\"frequency\":-2147483648,\"stored\":\"-2147483648\"}\n"},
+            {"setprop persist.radiokey.frequence abc", ""},
+            {"radio frequency", "0 (what the daemon makes of \"abc\")\n"},
+            {"radio frequency 0", "0, also after restarts\n"},
+            {"radio frequency", "0\n"},
+            {"radio frequency 315", "315, also after restarts\n"}};
+    for (const auto& [line, expected] : kLines) EXPECT_EQ(runTarqctl(line), expected) << line;
+    startDaemon();
+    ChildProcess watch(watching("-n 1 2>&1"));
+    EXPECT_EQ(said(watch), "watch -n 1: registered; frequency 315, chip status 1");
+    std::string refusal;
+    EXPECT_EQ(mBoard->ask({"key", "1", "2", "3"}, &refusal), 1) << refusal;
+    mBoard->command({"key", "1", "-2", "3", "--frequency", "315"});
+    EXPECT_EQ(said(watch), "1 -2 3 -100 dBm");
+    for (const std::string line : {"frequency 2147483648", "frequency x", "watch -n 0"}) {
+        EXPECT_THAT(runTarqctl("radio " + line), HasSubstr("\nusage: ")) << line;
+    }
+}
+
+TEST_F(TarqctlRadio, what_was_watched_is_replayed_and_watched_again) {
+    const TemporaryDirectory directory;
+    const std::string record = directory / "keys.jsonl";
+    std::vector<Json> events[2];
+    for (std::vector<Json>& recorded : events) {
+        ChildProcess watch(watching("--json -n 3 2>&1"));
+        EXPECT_THAT(said(watch), HasSubstr("registered"));
+        if (&recorded == events) {
+            mBoard->command({"key", "1", "2", "3", "--rssi", "-2147483648"});
+            mBoard->command({"key", "-1", "2147483647", "0", "--rssi", "-60", "--repeat", "2",
+                             "--every", "150"});
+        } else {
+            mBoard->command({"key", "--replay", record});
+        }
+        std::string lines;
+        while (recorded.size() < 3) {
+            const std::string line = said(watch);
+            recorded.push_back(Json::parse(line, nullptr, false));
+            ASSERT_EQ(recorded.back().size(), 5U) << line;
+            lines += line + "\n";
+        }
+        EXPECT_EQ(said(watch), "watch -n 3: 3 events");
+        writeFile(record, lines);
+        EXPECT_GE(recorded[2]["ms"].get<int>() - recorded[1]["ms"].get<int>(), 100);
+        for (Json& event : recorded) event.erase("ms");
+    }
+    EXPECT_EQ(events[0][1].dump(),
+              R"({"value1":-1,"value2":2147483647,"value3":0,"rssi_dbm":-60})");
+    EXPECT_EQ(events[0], events[1]);
+    mBoard->command({"set", "receiver_rssi", "-100"});
+}
+
+TEST_F(TarqctlRadio, silence_is_explained_by_the_link_that_is_silent) {
+    ChildProcess watch(watching("2>&1"));
+    EXPECT_EQ(said(watch), "watch: registered; frequency 433 (default), chip status 1");
+    const std::string nothing = "watch: nothing for 5 s: ";
+    const std::string ready = nothing + "the receiver is ready (chip status 1), no key has come";
+    EXPECT_EQ(said(watch), ready);
+    mBoard->command({"set", "receiver_status", "-1"});
+    EXPECT_THAT(said(watch), HasSubstr("started or set to another frequency (chip status -1)"));
+    mBoard->command({"fault", "receiver", "absent"});
+    EXPECT_EQ(said(watch), nothing + "no receiver answers (chip status 0)");
+    mBoard->command({"set", "receiver_status", "1"});
+    mBoard->command({"fault", "receiver", "none"});
+    EXPECT_EQ(said(watch), ready);
+    mBoard->command({"key", "1", "2", "3"});
+    EXPECT_EQ(said(watch), "1 2 3 -100 dBm");
+    watch.kill(SIGINT);
+    EXPECT_EQ(said(watch), "watch: 1 event");
+    EXPECT_EQ(watch.wait(), 0);
+}
+
+TEST_F(TarqctlRadio, watch_ends_with_its_output_or_with_the_daemon) {
+    ChildProcess watch(watching("2>&1")), full(watching("2>&1 >/dev/full"));
+    for (ChildProcess* each : {&watch, &full}) EXPECT_THAT(said(*each), HasSubstr("registered"));
+    mBoard->command({"key", "1", "2", "3"});
+    EXPECT_EQ(full.wait(), 2);
+    mDaemon->kill(SIGKILL);
+    EXPECT_EQ(watch.readAll(),
+              "1 2 3 -100 dBm\ntarqctl: radio watch: 1 event\n"
+              "tarqctl: radio watch: the daemon ended\nhint: tarqctl --board " +
+                      mBoard->directory() + " log\n");
+    EXPECT_EQ(watch.wait(), 2);
+}
+
+TEST(TarqctlRadioGate, without_the_property_nobody_waits_and_the_reason_is_told) {
+    const TemporaryDirectory board;
+    std::filesystem::create_directories(board / "run/properties");
+    const Words environment = {"TARQ_BOARD=" + board.path(), "TARQ_LOG=" + board / "run/log"};
+    const ChildProcess daemon({TARQD}, environment);
+    EXPECT_EQ(ChildProcess({TARQCTL, "wait"}, environment).wait(), 0);
+    ChildProcess watch(watching("2>&1"), environment);
+    EXPECT_EQ(watch.readAll(),
+              "tarqctl: radio watch: radiokey_service is not registered: property "
+              "ro.vendor.433_check_enable is not \"true\"\nhint: tarqctl --board " +
+                      board.path() + " services\n");
+    EXPECT_EQ(watch.wait(), 2);
+}
+
+}  // namespace
