@@ -17,6 +17,10 @@ const std::vector<KnownService>& knownServices();
 // Reads the property that decides, as it is now.
 bool isEnabled(const KnownService& service);
 
+// What the daemon is busy with before it answers any call: the start-up check for the Zigbee
+// co-processor, as long as it is enabled and has published nothing. Else "".
+std::string startupCheck();
+
 // Why services[index] may be absent, from what can be seen now: which of the services are present.
 // Registrations appear in their order, so an absent one behind which others stand was passed over.
 std::string whyAbsent(const std::vector<KnownService>& services, const std::vector<bool>& present,

@@ -29,10 +29,11 @@ Failure notThereYet(const Session& session, Progress& progress) {
         failure.why += ", for " + seconds(session.timeout);
         return failure;
     }
-    return session.failure(
-            "timeout",
-            "not registered after " + seconds(session.timeout) + ": " + joined(progress.missing),
-            session.next("services"));
+    const std::string check = startupCheck();
+    return session.failure("timeout",
+                           "not registered after " + seconds(session.timeout) + ": " +
+                                   joined(progress.missing) + (check.empty() ? "" : ": " + check),
+                           session.next("services"));
 }
 
 // Asks for what is still missing; true when that is nothing. A name once found is not asked for
