@@ -3,42 +3,20 @@
 #include <errno.h>
 #include <string.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/time.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <stdexcept>
-#include <system_error>
+
+#include "host/board/board_socket.h"
 
 namespace tarq::board {
 
 namespace fs = std::filesystem;
 
+static constexpr char kSocket[] = "run/board.sock";
 static constexpr size_t kMaxSize = 1 << 20;   // of a command or an answer, in bytes
 static constexpr timeval kPatience = {5, 0};  // with whoever connects and then says nothing
-
-static std::system_error failed(const fs::path& path) {
-    return {errno, std::system_category(), path};
-}
-
-static sockaddr_un addressOf(const fs::path& board) {
-    const std::string path = board / "run/board.sock";
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof(address.sun_path)) {
-        throw std::runtime_error(board.string() +
-                                 ": the path of a board has at most 91 characters");
-    }
-    memcpy(address.sun_path, path.c_str(), path.size());
-    return address;
-}
-
-static int openSocket() {
-    const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
-    if (fd < 0) throw failed("socket");
-    return fd;
-}
 
 static bool sendPacket(int fd, const std::string& text) {
     return send(fd, text.data(), text.size(), MSG_NOSIGNAL) >= 0;
@@ -46,29 +24,19 @@ static bool sendPacket(int fd, const std::string& text) {
 
 // Empty when none comes.
 static std::string receivePacket(int fd) {
-    std::string text(kMaxSize, '\0');
-    const ssize_t size = recv(fd, text.data(), text.size(), 0);
-    text.resize(size > 0 ? static_cast<size_t>(size) : 0);
+    const ssize_t size = recv(fd, nullptr, 0, MSG_PEEK | MSG_TRUNC);
+    if (size <= 0 || static_cast<size_t>(size) > kMaxSize) return "";
+    std::string text(static_cast<size_t>(size), '\0');
+    recv(fd, text.data(), text.size(), 0);
     return text;
 }
 
 // ---- the board ----
 
-static int listenAt(const fs::path& board) {
-    const sockaddr_un address = addressOf(board);
-    const int fd = openSocket();
-    // Nobody can connect before the mode is right, because nobody listens.
-    if (bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0 ||
-        chmod(address.sun_path, 0600) != 0 || listen(fd, SOMAXCONN) != 0) {
-        const std::system_error error = failed(address.sun_path);
-        close(fd);
-        throw error;
-    }
-    return fd;
-}
-
 ControlServer::ControlServer(const fs::path& board, Perform perform)
-    : mPerform(std::move(perform)), mListener(listenAt(board)), mThread([this] { serve(); }) {}
+    : mPerform(std::move(perform)),
+      mListener(listenAt(board, kSocket)),
+      mThread([this] { serve(); }) {}
 
 ControlServer::~ControlServer() {
     shutdown(mListener, SHUT_RDWR);  // the thread's accept returns
@@ -107,14 +75,11 @@ bool ask(const fs::path& board, const std::vector<std::string>& words, std::stri
     std::string request;
     for (const std::string& word : words) request += word + '\0';
     if (request.size() > kMaxSize) throw std::runtime_error("a value has at most 64 KiB");
-    const sockaddr_un address = addressOf(board);
-    const int fd = openSocket();
-    const bool sent =
-            connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0 &&
-            sendPacket(fd, request);
+    const int fd = connectTo(board, kSocket);
+    const bool sent = fd >= 0 && sendPacket(fd, request);
     const std::string why = sent ? "it ended without an answer" : strerror(errno);
     const std::string result = sent ? receivePacket(fd) : "";
-    close(fd);
+    if (fd >= 0) close(fd);
     if (result.empty()) {
         throw std::runtime_error("no board can be asked in " + board.string() + ": " + why);
     }

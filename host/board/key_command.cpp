@@ -1,6 +1,7 @@
 #include "host/board/key_command.h"
 
 #include <errno.h>
+#include <math.h>
 
 #include <chrono>
 #include <fstream>
@@ -41,17 +42,19 @@ struct Arguments {
 // As "tarqctl radio watch --json" prints it.
 Key parseKey(const std::string& line) {
     const nlohmann::json object = nlohmann::json::parse(line);
-    const auto number = [&](const char* name) {
+    const auto number = [&](const char* name, double least, double most) {
         const auto& value = object.at(name);
-        const auto wide = value.get<int64_t>();
-        if (!value.is_number_integer() || wide != static_cast<int32_t>(wide)) {
-            throw std::invalid_argument(std::string(name) + " is no integer of 32 bits");
-        }
-        return static_cast<int32_t>(wide);
+        const auto wide = value.is_number_integer() ? value.get<double>() : NAN;
+        if (wide >= least && wide <= most) return value.get<int64_t>();
+        throw std::invalid_argument(std::string(name) + " is no integer, or out of its range");
     };
-    return {{number("value1"), number("value2"), number("value3")},
-            number("rssi_dbm"),
-            milliseconds(object.at("ms").get<int64_t>())};
+    const auto number32 = [&](const char* name) {
+        return static_cast<int32_t>(number(name, INT32_MIN, INT32_MAX));
+    };
+    constexpr double kMostMs = 1e12;  // 30 years
+    return {{number32("value1"), number32("value2"), number32("value3")},
+            number32("rssi_dbm"),
+            milliseconds(number("ms", 0, kMostMs))};
 }
 
 std::vector<Key> readRecord(const std::string& name) {
@@ -64,6 +67,9 @@ std::vector<Key> readRecord(const std::string& name) {
     for (int number = 1; std::getline(in, line); ++number) {
         try {
             keys.push_back(parseKey(line));
+            if (keys.back().at < keys[std::max<size_t>(keys.size(), 2) - 2].at) {
+                throw std::invalid_argument("ms goes back");
+            }
         } catch (const std::exception& wrong) {
             throw std::runtime_error(name + ":" + std::to_string(number) +
                                      ": no line of tarqctl radio watch --json: " + wrong.what());
@@ -98,9 +104,10 @@ void play(const Arguments& arguments, const std::string& board) {
         if (keys[i].rssiDBm) words.push_back(std::to_string(*keys[i].rssiDBm));
         std::string reason;
         if (ask(board, words, &reason)) continue;
-        const std::string heard = std::to_string(i) + " of " + std::to_string(keys.size());
+        const std::string heard =
+                "; " + std::to_string(i) + " of " + std::to_string(keys.size()) + " were heard";
         throw Refusal("key " + words[1] + " " + words[2] + " " + words[3] + ": " + reason +
-                      (keys.size() > 1 ? "; heard before: " + heard : ""));
+                      (keys.size() > 1 ? heard : ""));
     }
 }
 

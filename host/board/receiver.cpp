@@ -1,20 +1,18 @@
 #include "host/board/receiver.h"
 
 #include <errno.h>
+#include <fcntl.h>
 #include <host/receiver_packets.h>
 #include <poll.h>
-#include <string.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <stdexcept>
-#include <system_error>
 
 #include "host/board/attributes.h"
+#include "host/board/board_socket.h"
 
 namespace tarq::board {
 
@@ -25,9 +23,12 @@ static constexpr int kPatience = 1000;  // ms, with a program that takes nothing
 
 // Waits for room. False when there was none, or the program is gone.
 static bool send(int fd, const ReceiverPacket& packet, int patience) {
+    const auto isSent = [&] {
+        return ::send(fd, &packet, sizeof(packet), MSG_NOSIGNAL | MSG_DONTWAIT) == sizeof(packet);
+    };
+    if (isSent()) return true;
     pollfd writable = {fd, POLLOUT, 0};
-    if (::poll(&writable, 1, patience) < 0) return false;
-    return ::send(fd, &packet, sizeof(packet), MSG_NOSIGNAL | MSG_DONTWAIT) == sizeof(packet);
+    return errno == EAGAIN && ::poll(&writable, 1, patience) > 0 && isSent();
 }
 
 Receiver::Receiver(int32_t status, int32_t rssiDBm)
@@ -50,30 +51,21 @@ void Receiver::wake() const {
 
 void Receiver::open(const std::filesystem::path& board) {
     const std::lock_guard lock(mMutex);
-    mSocket = board / host::kReceiverSocket;
+    mBoard = board;
     listen();
     mThread = std::thread([this] { serve(); });
 }
 
 void Receiver::listen() {
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    const std::string path = mSocket;
-    memcpy(address.sun_path, path.c_str(), std::min(path.size(), sizeof(address.sun_path) - 1));
-    mSocketFd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    // Nobody can connect before the mode is right, because nobody listens.
-    if (mSocketFd < 0 ||
-        bind(mSocketFd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0 ||
-        chmod(address.sun_path, 0600) != 0 || ::listen(mSocketFd, SOMAXCONN) != 0) {
-        throw std::system_error(errno, std::system_category(), path);
-    }
+    mSocketFd = listenAt(mBoard, host::kReceiverSocket);
+    fcntl(mSocketFd, F_SETFL, O_NONBLOCK);
 }
 
 void Receiver::hangUp() {
     for (const Listener& listener : mListeners) close(listener.fd);
     mListeners.clear();
     if (mSocketFd < 0) return;
-    unlink(mSocket.c_str());
+    unlink((mBoard / host::kReceiverSocket).c_str());
     close(mSocketFd);
     mSocketFd = -1;
 }
@@ -180,9 +172,8 @@ void Receiver::receive(const std::vector<int32_t>& key) {
     const auto refuse = [](const std::string& why) {
         throw std::runtime_error("not heard: " + why);
     };
-    if (mFault == Fault::absent) refuse("the receiver is absent");
-    if (mFault == Fault::mute) refuse("the receiver is muted");
-    if (mListeners.empty()) refuse("no program listens");
+    if (mFault == Fault::absent) refuse("it is absent");
+    if (mFault == Fault::mute) refuse("it is muted");
     std::string frequencies;
     size_t heard = 0;
     size_t tuned = 0;
@@ -195,9 +186,9 @@ void Receiver::receive(const std::vector<int32_t>& key) {
         heard += send(listener.fd, {ReceiverPacket::kReception, {key[0], key[1], key[2], rssiDBm}},
                       kPatience);
     }
-    if (frequencies.empty()) refuse("no program has started the receiver");
+    if (frequencies.empty()) refuse("no program listens");
     if (tuned == 0) refuse("the receiver is tuned to " + frequencies);
-    if (heard < tuned) refuse("a program takes nothing of what the receiver hears");
+    if (heard < tuned) refuse("nobody takes what it receives");
     mRssiDBm = rssiDBm;
 }
 

@@ -48,7 +48,7 @@ class Receiver : public Part {
     void receive(const std::vector<int32_t>& key);
 
     std::mutex mMutex;
-    std::filesystem::path mSocket;
+    std::filesystem::path mBoard;
     int mSocketFd = -1;  // nobody can connect
     const int mWake;     // an eventfd, for the thread
     std::vector<Listener> mListeners;

@@ -6,6 +6,7 @@
 #include <poll.h>
 #include <string.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -45,8 +46,9 @@ class Connection {
         ReceiverPacket packet;
         recv(mFd, &packet, sizeof(packet), MSG_DONTWAIT);
     }
-    void send(const ReceiverPacket& packet) const {
-        ::send(mFd, &packet, sizeof(packet), MSG_NOSIGNAL | MSG_DONTWAIT);
+    // Waits for room, but not for ever.
+    bool send(const ReceiverPacket& packet) const {
+        return ::send(mFd, &packet, sizeof(packet), MSG_NOSIGNAL) == sizeof(packet);
     }
 
   private:
@@ -62,6 +64,8 @@ std::shared_ptr<Connection> connectToReceiver() {
     const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
     if (fd < 0) return nullptr;
     auto connection = std::make_shared<Connection>(fd);
+    constexpr timeval kTimeToSend = {kPatience.count() / 1000, 0};
+    setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &kTimeToSend, sizeof(kTimeToSend));
     const bool connected =
             connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
     return connected ? connection : nullptr;
@@ -141,7 +145,7 @@ class Receiver {
             takeState(packet);
             if (mFrequency) sendTuning();
             mConnected.notify_all();
-            return true;
+            return mConnection != nullptr;
         }
         disconnect();
         return false;
@@ -159,9 +163,10 @@ class Receiver {
         mRssi = packet.values[1];
     }
 
-    void sendTuning() const {
-        mConnection->send({mFrequency ? ReceiverPacket::kTune : ReceiverPacket::kOff,
-                           {mFrequency.value_or(0), 0, 0, 0}});
+    // A receiver that does not take it is left: the next connection begins with it.
+    void sendTuning() {
+        const auto kind = mFrequency ? ReceiverPacket::kTune : ReceiverPacket::kOff;
+        if (!mConnection->send({kind, {mFrequency.value_or(0), 0, 0, 0}})) disconnect();
     }
 
     void waitFor(milliseconds time, std::unique_lock<std::mutex>* lock) {
