@@ -27,7 +27,7 @@ constexpr char kGpio[] = "/sys/class/gpio/";
 struct Fitting {
     Hardware& hardware;
     std::shared_ptr<GpioLines> lines = std::make_shared<GpioLines>();
-    std::shared_ptr<LedTraceWriter> ledTrace = {};
+    Fitted fitted = {};
 };
 
 // "" when the element does not have it.
@@ -120,7 +120,15 @@ void fitCamera(const XMLElement& element, Fitting& fitting) {
 void fitLeds(const XMLElement& element, Fitting& fitting) {
     const uint32_t count = number(element, "count");
     if (count < 1 || count > 255) throw std::invalid_argument("count is not 1 to 255");
-    fitting.ledTrace = addLeds(fitting.hardware, count);
+    fitting.fitted.ledTrace = addLeds(fitting.hardware, count);
+}
+
+void fitCoprocessor(const XMLElement& element, Fitting& fitting) {
+    Coprocessor coprocessor;
+    coprocessor.setManufacturer(needed(element, "manufacturer"));
+    coprocessor.setVersion(needed(element, "version"));
+    fitting.fitted.coprocessor = std::make_shared<CoprocessorPort>(coprocessor);
+    CoprocessorPort::addNode(fitting.hardware, fitting.fitted.coprocessor);
 }
 
 struct Kind {
@@ -136,6 +144,7 @@ const Kind& kindOf(const XMLElement& element) {
             {"gpio", {"number", "level", "direction"}, fitGpio},
             {"camera", {"node", "sensor"}, fitCamera},
             {"leds", {"count"}, fitLeds},
+            {"coprocessor", {"manufacturer", "version"}, fitCoprocessor},
     };
     for (const Kind& kind : kKinds) {
         if (strcmp(kind.name, element.Name()) == 0) return kind;
@@ -157,8 +166,8 @@ void fitElement(const XMLElement& element, Fitting& fitting) {
 
 }  // namespace
 
-std::shared_ptr<LedTraceWriter> fit(const std::filesystem::path& file, Hardware& hardware) {
-    if (!std::filesystem::exists(file)) return nullptr;
+Fitted fit(const std::filesystem::path& file, Hardware& hardware) {
+    if (!std::filesystem::exists(file)) return {};
     const auto fail = [&](int line, const std::string& what) {
         throw std::runtime_error(file.string() + ":" + std::to_string(line) + ": " + what);
     };
@@ -184,7 +193,7 @@ std::shared_ptr<LedTraceWriter> fit(const std::filesystem::path& file, Hardware&
             fail(node->GetLineNum(), std::string(element->Name()) + ": " + wrong.what());
         }
     }
-    return fitting.ledTrace;
+    return fitting.fitted;
 }
 
 }  // namespace tarq::board

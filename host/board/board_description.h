@@ -3,14 +3,20 @@
 
 #include <filesystem>
 
+#include "host/board/coprocessor_port.h"
 #include "host/board/hardware.h"
 #include "host/board/led_trace.h"
 
 namespace tarq::board {
 
-// Adds the nodes of all parts that the file names; none without a file. Returns the trace of the
-// LEDs, yet to be opened; null without LEDs. Throws std::runtime_error, "FILE:LINE: what is wrong",
-// for anything in it that is not understood.
-std::shared_ptr<LedTraceWriter> fit(const std::filesystem::path& file, Hardware& hardware);
+// What of it is yet to be opened, or null where nothing of the kind is fitted.
+struct Fitted {
+    std::shared_ptr<LedTraceWriter> ledTrace = {};
+    std::shared_ptr<CoprocessorPort> coprocessor = {};
+};
+
+// Adds the nodes of all parts that the file names; none without a file. Throws std::runtime_error,
+// "FILE:LINE: what is wrong", for anything in it that is not understood.
+Fitted fit(const std::filesystem::path& file, Hardware& hardware);
 
 }  // namespace tarq::board

@@ -8,8 +8,12 @@ namespace tarq::board {
 
 namespace fs = std::filesystem;
 
-Commands::Commands(Hardware& hardware, PlainFiles& files, std::string withoutFuse)
-    : mHardware(hardware), mFiles(files), mWithoutFuse(std::move(withoutFuse)) {
+Commands::Commands(Hardware& hardware, PlainFiles& files, std::string withoutFuse,
+                   std::shared_ptr<CoprocessorPort> coprocessor)
+    : mHardware(hardware),
+      mFiles(files),
+      mWithoutFuse(std::move(withoutFuse)),
+      mCoprocessor(std::move(coprocessor)) {
     if (mWithoutFuse.empty()) return;
     for (const auto& [path, content] : mHardware.plainContents()) mFiles.write(path, content);
 }
@@ -17,6 +21,11 @@ Commands::Commands(Hardware& hardware, PlainFiles& files, std::string withoutFus
 void Commands::perform(const std::vector<std::string>& words) {
     const std::string command = words.empty() ? "" : words[0];
     if (words == std::vector<std::string>{"trace"}) return requireTrace();
+    if (words == std::vector<std::string>{"serial"}) {
+        if (!mCoprocessor) throw std::runtime_error("no co-processor is fitted");
+        return;
+    }
+    if (mCoprocessor && mCoprocessor->perform(words)) return;
     const size_t count = command == "set" || command == "fault" ? 3 : 2;
     if (words.size() != count) throw std::invalid_argument("is no command");
     const std::string node = fs::path(words[1]).lexically_normal();

@@ -14,6 +14,7 @@
 #include "host/board/endings.h"
 #include "host/board/file_system.h"
 #include "host/board/running_board.h"
+#include "host/board/serial_record.h"
 
 namespace tarq::board {
 
@@ -54,7 +55,7 @@ void serve(const fs::path& folder, const fs::path& directory, bool shared) {
     const Endings endings;
     dieWithParent();
     Hardware hardware;
-    const std::shared_ptr<LedTraceWriter> ledTrace = fit(folder / "board.xml", hardware);
+    const auto [ledTrace, coprocessor] = fit(folder / "board.xml", hardware);
     RunningBoard board(directory, shared);
     PlainFiles files(board.directory());
     board.boot(folder);
@@ -62,7 +63,11 @@ void serve(const fs::path& folder, const fs::path& directory, bool shared) {
     const std::string withoutFuse = mount(hardware, board.directory() / "hw", shared, &mounted);
     if (mounted) board.linkHardware();
     if (mounted && ledTrace) ledTrace->open(traceOfLeds(board.directory()));
-    Commands commands(hardware, files, withoutFuse);
+    if (coprocessor) {
+        coprocessor->open(recordOfSerial(board.directory()),
+                          mounted ? "" : board.directory() / "root/dev/ttyS3");
+    }
+    Commands commands(hardware, files, withoutFuse, coprocessor);
     const ControlServer control(board.directory(), [&](const std::vector<std::string>& words) {
         commands.perform(words);
     });
