@@ -30,7 +30,7 @@ using Bytes = std::vector<uint8_t>;
 
 constexpr uint8_t kFlag = 0x7E;
 constexpr uint8_t kEscape = 0x7D;
-constexpr uint8_t kXon = 0x11;
+constexpr uint8_t kXon = 0x11;  // this and the next are ignored
 constexpr uint8_t kXoff = 0x13;
 constexpr uint8_t kSubstitute = 0x18;  // in the place of a byte that the line has garbled
 constexpr uint8_t kCancel = 0x1A;      // what came since the last flag does not count

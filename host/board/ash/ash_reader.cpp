@@ -1,5 +1,6 @@
 #include "host/board/ash/ash_reader.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace tarq::board::ash {
@@ -49,18 +50,23 @@ void Reader::cancel() {
     mDamage.clear();
 }
 
+// Without the cancel byte in front and the flag.
+Bytes Reader::unescapedLine() const {
+    return Bytes(mLine.begin() + (mLine[0] == kCancel ? 1 : 0), mLine.end() - 1);
+}
+
+// The presence check escapes nothing, and the control byte of its second DATA frame is an XON. On a
+// line with RTS and CTS that is a byte like any other; the checksum tells which of the two it was.
+// An escape byte would be lost to the co-processor, but can be read here all the same.
 void Reader::endFrame() {
     if (!mDamage.empty()) return skip(std::exchange(mDamage, {}));
     if (mPlain.empty()) return skip("a flag without a frame");
     Frame frame = decode(mPlain);
     if (!frame.isChecksumGood) {
-        // The frame of somebody who does not escape is whole, as long as no flag is in it.
-        const size_t begin = mLine[0] == kCancel ? 1 : 0;
-        Frame unescaped =
-                decode(Bytes(mLine.begin() + static_cast<ptrdiff_t>(begin), mLine.end() - 1));
-        if (unescaped.isChecksumGood) {
-            frame = std::move(unescaped);
-            frame.damage = "a byte in it is not escaped";
+        if (Frame asItCame = decode(unescapedLine()); asItCame.isChecksumGood) {
+            frame = std::move(asItCame);
+            const bool hasEscape = std::find(mLine.begin(), mLine.end(), kEscape) != mLine.end();
+            if (hasEscape && frame.damage.empty()) frame.damage = "a byte in it is not escaped";
         }
     }
     frame.bytes = std::exchange(mLine, {});

@@ -19,6 +19,7 @@ class Reader {
     void take(uint8_t byte);
     void cancel();
     void endFrame();
+    Bytes unescapedLine() const;
     void skip(const std::string& why);
 
     Bytes mLine;   // as it came, since the last frame
