@@ -101,9 +101,9 @@ void Receiver::takeWhatCame() {
                      mListeners.end());
 }
 
-// False for one that is gone, or sends what is no packet.
+// False for one that is gone, or sends what is no packet. One that never stops sending has to wait.
 bool Receiver::take(Listener* listener) const {
-    for (;;) {
+    for (int packets = 0; packets < 64; ++packets) {
         ReceiverPacket packet = {};
         const ssize_t size = recv(listener->fd, &packet, sizeof(packet), MSG_DONTWAIT | MSG_TRUNC);
         if (size < 0 && errno == EAGAIN) return true;
@@ -111,6 +111,7 @@ bool Receiver::take(Listener* listener) const {
         listener->frequency.reset();
         if (packet.kind == ReceiverPacket::kTune) listener->frequency = packet.values[0];
     }
+    return true;
 }
 
 void Receiver::tellState() const {
