@@ -1,4 +1,4 @@
-// The 433 MHz receiver. Programs reach it through their libradiokey, see host/receiver_packets.h.
+// The receiver of remote keys. Programs reach it through their libradiokey, see host/receiver_packets.h.
 #pragma once
 
 #include <stdint.h>
