@@ -1,15 +1,19 @@
-// Remote keys on their way to many client processes, some of which die, stop or come late.
-#include <sys/stat.h>
+// Remote keys on their way to many client processes, some of which die, stop or come late. The test
+// is the board's receiver.
+#include <host/receiver_packets.h>
+#include <sys/socket.h>
 
 #include <filesystem>
 #include <memory>
 
+#include "host/board/board_socket.h"
 #include "tests/child_process.h"
 #include "tests/temporary_directory.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using tarq::host::ReceiverPacket;
 constexpr int kEvents = 10'000;
 constexpr int kStep = 50;  // so many are sent, and their receipt is told, at a time
 
@@ -19,18 +23,28 @@ class RadioFanout : public testing::Test {
 
     RadioFanout() {
         setenv("TARQ_BOARD", mBoard.path().c_str(), 1);
-        fs::create_directories(mBoard / "run");
+        setenv("TARQ_LOG", "/dev/null", 1);
+        fs::create_directories(mBoard / "run/properties");
         fs::permissions(mBoard / "run", fs::perms::owner_all);
-        EXPECT_EQ(0, mkfifo(mPipePath.c_str(), 0600));
-        mPipe = open(mPipePath.c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
+        writeFile(mBoard / "run/properties/ro.vendor.433_check_enable", "true");
+        mListener = tarq::board::listenAt(mBoard.path(), tarq::host::kReceiverSocket);
         startDaemon();
     }
-    ~RadioFanout() override { close(mPipe); }
+    ~RadioFanout() override {
+        for (const int fd : {mListener, mReceiver}) close(fd);
+    }
 
     void startDaemon() {
         mDaemon.reset();
-        mDaemon = std::make_unique<ChildProcess>(std::vector<std::string>{RADIO_DAEMON, mPipePath});
-        ASSERT_EQ("ready", mDaemon->readLine());
+        close(mReceiver);
+        mDaemon = std::make_unique<ChildProcess>(std::vector<std::string>{TARQD});
+        mReceiver = accept4(mListener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+        tell({ReceiverPacket::kState, {1, 0, 0, 0}});
+    }
+
+    void tell(const ReceiverPacket& packet) const {
+        ASSERT_EQ(static_cast<ssize_t>(sizeof(packet)),
+                  ::send(mReceiver, &packet, sizeof(packet), 0));
     }
 
     static Client client(int registrations = 1) {
@@ -41,11 +55,12 @@ class RadioFanout : public testing::Test {
         return started;
     }
 
-    // The next kStep events. The pipe has room for them, unless the receive thread waits.
+    // The next kStep events. The socket has room for them, unless the receive thread waits.
     void send() {
-        int32_t events[kStep];
-        for (int32_t& event : events) event = ++mSent;
-        ASSERT_EQ(static_cast<ssize_t>(sizeof(events)), write(mPipe, events, sizeof(events)));
+        for (const int end = mSent + kStep; mSent < end && !HasFatalFailure();) {
+            ++mSent;
+            tell({ReceiverPacket::kReception, {mSent, mSent + 1, mSent + 2, -mSent}});
+        }
     }
 
     void expectTold(const std::string& what) {
@@ -101,8 +116,8 @@ class RadioFanout : public testing::Test {
     }
 
     const TemporaryDirectory mBoard;
-    const std::string mPipePath = mBoard / "run/keys";
-    int mPipe = -1;
+    int mListener = -1;
+    int mReceiver = -1;  // as the daemon has connected to it
     int mSent = 0;
     std::unique_ptr<ChildProcess> mDaemon;
     std::vector<Client> mLiving;
