@@ -138,19 +138,14 @@ class Receiver {
         }
     }
 
-    // The board greets whoever connects with its state.
+    // The board greets whoever connects with its state. One that is slow may do so later, too.
     bool connect() {
         mConnection = connectToReceiver();
         if (!mConnection) return false;
         mConnection->wait(kPatience);
-        if (ReceiverPacket packet; mConnection->peek(&packet) > 0) {
-            takeState(packet);
-            if (mFrequency) sendTuning();
-            mConnected.notify_all();
-            return mConnection != nullptr;
-        }
-        disconnect();
-        return false;
+        if (mFrequency) sendTuning();
+        mConnected.notify_all();
+        return mConnection != nullptr;
     }
 
     void disconnect() {
