@@ -114,9 +114,11 @@ bool Receiver::take(Listener* listener) const {
     return true;
 }
 
+// Who takes nothing is hung up on: when it connects again, it is greeted with the state.
 void Receiver::tellState() const {
+    const ReceiverPacket state = {ReceiverPacket::kState, {mStatus, mRssiDBm, 0, 0}};
     for (const Listener& listener : mListeners) {
-        send(listener.fd, {ReceiverPacket::kState, {mStatus, mRssiDBm, 0, 0}}, kPatience);
+        if (!send(listener.fd, state, kPatience)) shutdown(listener.fd, SHUT_RDWR);
     }
 }
 
