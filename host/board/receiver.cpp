@@ -175,8 +175,8 @@ void Receiver::receive(const std::vector<int32_t>& key) {
     const auto refuse = [](const std::string& why) {
         throw std::runtime_error("not heard: " + why);
     };
-    if (mFault == Fault::absent) refuse("it is absent");
-    if (mFault == Fault::mute) refuse("it is muted");
+    if (mFault == Fault::absent) refuse("the receiver is absent");
+    if (mFault == Fault::mute) refuse("the receiver is muted");
     std::string frequencies;
     size_t heard = 0;
     size_t tuned = 0;
