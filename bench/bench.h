@@ -93,7 +93,7 @@ CallSizes getHardwareInfoSizes();
 // The worker process of the throughput measurement.
 int runWorker(int argc, char** argv);
 
-// A client process of the fan-out measurement.
+// A client process that receives remote keys.
 int runReceiver(int argc, char** argv);
 
 }  // namespace bench

@@ -1,4 +1,5 @@
-// One remote key told to many callbacks, beside as many bare non-blocking sends of its size.
+// One remote key told to many callbacks, beside as many bare non-blocking sends of its size; and
+// how long one takes from the command that sends it.
 #include <binder/IPCThreadState.h>
 #include <binder/IServiceManager.h>
 #include <com/tarq/radiokey/BnRadioKeyCallback.h>
@@ -26,16 +27,34 @@ class Deaf : public BnRadioKeyCallback {
     }
 };
 
-// Arguments: "receiver" and how many callbacks to register. Runs until it is ended.
+// Writes a byte for each event.
+class Telling : public BnRadioKeyCallback {
+  public:
+    android::binder::Status onClick(int32_t /*value1*/, int32_t /*value2*/, int32_t /*value3*/,
+                                    int32_t /*rssiDBm*/) override {
+        if (write(STDOUT_FILENO, ".", 1) != 1) abort();
+        return android::binder::Status::ok();
+    }
+};
+
+// Arguments: "receiver" and how many deaf callbacks to register, or 0 for one that tells, which
+// begins with a byte when keys can come. Runs until it is ended.
 int runReceiver(int argc, char** argv) {
     if (argc != 3) return 2;
-    runAsReceiver();
+    const int deaf = atoi(argv[2]);
+    if (deaf > 0) runAsReceiver();
     const auto service = android::interface_cast<IRadioKeyService>(
             android::defaultServiceManager()->getService(IRadioKeyService::SERVICE_NAME()));
     std::vector<android::sp<Deaf>> callbacks;
-    for (int i = 0; i < atoi(argv[2]); ++i) {
+    for (int i = 0; i < deaf; ++i) {
         callbacks.push_back(new Deaf);
         service->registerRadioKeyCallback(callbacks.back());
+    }
+    if (deaf == 0) {
+        service->registerRadioKeyCallback(new Telling);
+        int32_t status = 0;
+        while (service->getChipStatus(&status).isOk() && status != 1) usleep(1000);
+        if (write(STDOUT_FILENO, ".", 1) != 1) abort();
     }
     android::IPCThreadState::self()->joinThreadPool();
     return 0;
@@ -71,6 +90,30 @@ static void fanout(benchmark::State& state, const char* what, int callbacks) {
     for (auto _ : state) state.counters["value"] = sendTo(what, callbacks);
 }
 
+static void awaitByte(int output) {
+    char byte;
+    if (read(output, &byte, 1) != 1) abort();
+}
+
+static void keyToCallback(benchmark::State& state) {
+    const Daemon daemon;
+    int output = -1;
+    const pid_t receiver = spawn({"/proc/self/exe", "receiver", "0"}, &output);
+    awaitByte(output);
+    std::vector<double> micros;
+    for (auto _ : state) {
+        const Clock::time_point start = Clock::now();
+        const pid_t key = spawn({VIRTUAL_BOARD, "key", "1", "2", "3"});
+        awaitByte(output);
+        micros.push_back(microsSince(start));
+        waitpid(key, nullptr, 0);
+    }
+    state.counters["value"] = median(std::move(micros));
+    stop(receiver);
+    close(output);
+}
+
+BENCHMARK(keyToCallback)->Name("a key, from virtual_board to the callback")->Iterations(20);
 BENCHMARK_CAPTURE(fanout, tarqd10, "tarqd", 10)->Name("fanout10/tarqd")->Iterations(1);
 BENCHMARK_CAPTURE(fanout, floor10, "floor", 10)->Name("fanout10/floor")->Iterations(1);
 BENCHMARK_CAPTURE(fanout, tarqd100, "tarqd", 100)->Name("fanout100/tarqd")->Iterations(1);

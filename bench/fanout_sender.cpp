@@ -16,42 +16,16 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <vector>
 
 #include "bench/one_cpu_each.h"
-#include "common/pause.h"
 #include "host/platform/binder/wire.h"
 #include "radiokey/RadioKeyService.h"
-#include "radiokey/radiokey.h"
 
 using android::sp;
 using com::tarq::radiokey::IRadioKeyCallback;
 using com::tarq::radiokey::RadioKeyService;
-
-int32_t radiokey_init(int32_t /*frequency*/) {
-    return 0;
-}
-
-int32_t radiokey_reset(int32_t /*frequency*/) {
-    return 0;
-}
-
-int32_t radiokey_uninit() {
-    return 0;
-}
-
-int32_t radiokey_detect_chip() {
-    return 1;
-}
-
-int32_t radiokey_get_rssi_dbm() {
-    return -100;
-}
-
-int32_t radiokey_recv_poll(int32_t* /*value1*/, int32_t* /*value2*/, int32_t* /*value3*/) {
-    pauseFor(std::chrono::seconds(1));
-    return -1;
-}
 
 class CountingService : public RadioKeyService {
   public:

@@ -1,5 +1,5 @@
-// The radio key service: tells every registered callback of what the 433 MHz receiver hears, and
-// lets clients ask and tune the receiver.
+// The radio key service: tells every registered callback of what the receiver of remote keys
+// hears, and lets clients ask and tune the receiver.
 #pragma once
 
 #include <atomic>

@@ -1,5 +1,6 @@
-// libradiokey, the closed library that drives the 433 MHz receiver: what is used of it, and what
-// the service needs of each function. On a host a receiver of the virtual board stands in for it.
+// libradiokey, the closed library that drives the receiver of remote keys: what is used of it, and
+// what the service needs of each function. On a host a receiver of the virtual board stands in for
+// it.
 //
 // All functions may be called at any time and from several threads at once: a poll runs while
 // another thread initialises or resets the receiver or asks for its status. What the three values

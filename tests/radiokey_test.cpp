@@ -1,14 +1,12 @@
 // The radio key service with a receiver library that does what the test says, in one process.
-#include <binder/Parcel.h>
 #include <com/tarq/radiokey/BnRadioKeyCallback.h>
 #include <cutils/properties.h>
 #include <gmock/gmock.h>
 #include <pthread.h>
 
 #include <algorithm>
-#include <array>
-#include <condition_variable>
 #include <deque>
+#include <tuple>
 
 #include "common/pause.h"
 #include "radiokey/RadioKeyService.h"
@@ -24,12 +22,13 @@ using com::tarq::radiokey::RadioKeyService;
 
 namespace {
 
+using Reception = std::tuple<int32_t, int32_t, int32_t>;
+
 // The library. What it is asked stands in calls; inReset runs while a reset does.
 struct Receiver {
     std::mutex lock;
-    std::condition_variable changed;
     std::vector<std::string> calls;
-    std::deque<std::array<int32_t, 3>> receptions;
+    std::deque<Reception> receptions;
     std::function<void()> inReset;
 
     int32_t note(const std::string& call) {
@@ -37,9 +36,11 @@ struct Receiver {
         calls.push_back(call);
         return -1;  // nobody may care
     }
-    std::vector<std::string> take() {
+    // How often it was asked that; forgets all calls.
+    int64_t takes(const std::string& call) {
         const std::lock_guard guard(lock);
-        return std::exchange(calls, {});
+        const auto all = std::exchange(calls, {});
+        return std::count(all.begin(), all.end(), call);
     }
 } receiver;
 
@@ -71,14 +72,11 @@ int32_t radiokey_get_rssi_dbm() {
 }
 
 int32_t radiokey_recv_poll(int32_t* value1, int32_t* value2, int32_t* value3) {
-    std::unique_lock guard(receiver.lock);
-    const auto some = [] { return !receiver.receptions.empty(); };
-    if (!receiver.changed.wait_for(guard, std::chrono::milliseconds(10), some)) return -1;
-    const auto [first, second, third] = receiver.receptions.front();
+    usleep(1000);
+    const std::lock_guard guard(receiver.lock);
+    if (receiver.receptions.empty()) return -1;
+    std::tie(*value1, *value2, *value3) = receiver.receptions.front();
     receiver.receptions.pop_front();
-    *value1 = first;
-    *value2 = second;
-    *value3 = third;
     return 0;
 }
 
@@ -115,18 +113,14 @@ struct RadioKey : Test {
         std::filesystem::create_directories(board / "run/properties");
         std::filesystem::create_directories(board / "root/data/property");
         property_set(kFrequency, "");
-        receiver.take();
     }
-    ~RadioKey() override {
+    ~RadioKey() override { end(); }
+    void start() { service = new RadioKeyService; }
+    // At the latest after its poll the receive thread lets go, and the service is destroyed.
+    void end() {
         if (service == nullptr) return;
         service.clear();
-        // At the latest after its poll the receive thread lets go, and the service is destroyed.
-        EXPECT_TRUE(eventually([this] { return calledUninit(); }));
-    }
-    void start() { service = new RadioKeyService; }
-    bool calledUninit() {
-        for (const std::string& call : receiver.take()) ended |= call == "uninit";
-        return ended;
+        EXPECT_TRUE(eventually([] { return receiver.takes("uninit"); }));
     }
     int32_t status() {
         int32_t value = 0;
@@ -136,7 +130,6 @@ struct RadioKey : Test {
 
     CapturedLog log;
     sp<RadioKeyService> service;
-    bool ended = false;
 };
 
 TEST_F(RadioKey, starts_the_receiver_at_the_stored_frequency_whatever_it_is) {
@@ -148,12 +141,10 @@ TEST_F(RadioKey, starts_the_receiver_at_the_stored_frequency_whatever_it_is) {
         log.take();
         start();
         EXPECT_TRUE(eventually([this] { return status() == 7; }));
-        EXPECT_THAT(receiver.take(), Contains("init " + used));
+        EXPECT_EQ(receiver.takes("init " + used), 1);
         EXPECT_THAT(log.take(), Contains("E RadioKeyService: RadioKeyService init, frequency=[" +
                                          used + "]\n"));
-        service.clear();
-        EXPECT_TRUE(eventually([this] { return calledUninit(); }));
-        ended = false;
+        end();
     }
 }
 
@@ -167,7 +158,7 @@ TEST_F(RadioKey, is_not_ready_while_the_frequency_changes_and_keeps_the_new_one)
         EXPECT_TRUE(service->setRadiokeyFrequency(frequency).isOk());
         EXPECT_EQ(during, -1);
         EXPECT_EQ(status(), 7);
-        EXPECT_THAT(receiver.take(), Contains("reset " + text));
+        EXPECT_EQ(receiver.takes("reset " + text), 1);
         EXPECT_THAT(log.take(), Contains("E RadioKeyService: set property -> " + text));
         char stored[PROPERTY_VALUE_MAX];
         property_get(kFrequency, stored, "");
@@ -185,13 +176,11 @@ TEST_F(RadioKey, tells_each_callback_once_in_the_order_of_their_addresses) {
         for (const sp<Callback>& callback : callbacks) service->registerRadioKeyCallback(callback);
     }
     const auto binder = [](const sp<Callback>& c) { return android::IInterface::asBinder(c); };
-    std::sort(callbacks.begin(), callbacks.end(),
-              [&](const auto& a, const auto& b) { return binder(a) < binder(b); });
+    const auto before = [&](const auto& a, const auto& b) { return binder(a) < binder(b); };
+    std::sort(callbacks.begin(), callbacks.end(), before);
     service->onClick(1, -2, 3, -60);
     Told expected;
-    for (const auto& callback : callbacks) {
-        expected.push_back({callback->number, {1, -2, 3, -60}});
-    }
+    for (const auto& callback : callbacks) expected.push_back({callback->number, {1, -2, 3, -60}});
     EXPECT_EQ(told, expected);
 
     service->remove(binder(callbacks[2]).get());
@@ -203,24 +192,19 @@ TEST_F(RadioKey, tells_each_callback_once_in_the_order_of_their_addresses) {
 }
 
 TEST_F(RadioKey, hands_on_receptions_with_their_strength_and_reads_it_for_nobody_as_well) {
-    const auto receive = [](const std::array<int32_t, 3>& values) {
-        const std::lock_guard guard(receiver.lock);
-        receiver.receptions.push_back(values);
-        receiver.changed.notify_one();
-    };
-    const auto readStrength = [] {
-        const auto calls = receiver.take();
-        return std::count(calls.begin(), calls.end(), "rssi") == 1;
+    const auto receive = [](const Reception& values) {
+        {
+            const std::lock_guard guard(receiver.lock);
+            receiver.receptions.push_back(values);
+        }
+        EXPECT_TRUE(eventually([] { return receiver.takes("rssi") == 1; }));
     };
     start();
     receive({1, 2, 3});
-    EXPECT_TRUE(eventually(readStrength));
     Told told;
     service->registerRadioKeyCallback(new Callback(0, &told));
     receive({4, 5, 6});
-    EXPECT_TRUE(eventually(readStrength));
-    service.clear();
-    EXPECT_TRUE(eventually([this] { return calledUninit(); }));  // and told was written before
+    end();  // told was written before
     EXPECT_EQ(told, (Told{{0, {4, 5, 6, -60}}}));
 }
 

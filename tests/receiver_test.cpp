@@ -26,7 +26,6 @@ class Receiver : public testing::Test {
     ~Receiver() override {
         radiokey_uninit();
         run("fault receiver none");
-        while (!poll().empty()) continue;
     }
 
     // The exit code; sSaid is what was printed.
@@ -104,14 +103,18 @@ TEST_F(Receiver, key_that_nobody_hears_is_refused_with_the_reason) {
     run("key 1 2 3 --frequency 315");
     EXPECT_EQ(poll().size(), 4u);
     run("fault receiver mute");
-    EXPECT_THAT(refusal("key 1 2 3 --frequency 315"), HasSubstr("not heard: it is muted"));
+    EXPECT_THAT(refusal("key 1 2 3 --frequency 315"),
+                HasSubstr("not heard: the receiver is muted"));
     run("fault receiver absent");
-    EXPECT_THAT(refusal("key 1 2 3 --frequency 315"), HasSubstr("not heard: it is absent"));
+    EXPECT_THAT(refusal("key 1 2 3 --frequency 315"),
+                HasSubstr("not heard: the receiver is absent"));
     run("fault receiver none");
     EXPECT_EQ(radiokey_detect_chip(), 1);
     EXPECT_THAT(refusal("key 1 2 3 --frequency 315 --repeat 100000"),
                 HasSubstr("not heard: nobody takes what it receives"));
-    EXPECT_THAT(refusal("set no_such_node 1"), HasSubstr(", receiver, receiver_status, receiver_rssi"));
+    while (!poll().empty()) continue;
+    EXPECT_THAT(refusal("set no_such_node 1"),
+                HasSubstr(", receiver, receiver_status, receiver_rssi"));
 }
 
 TEST_F(Receiver, is_polled_while_others_tune_it_and_ask_for_its_status) {

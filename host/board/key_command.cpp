@@ -3,6 +3,7 @@
 #include <errno.h>
 #include <math.h>
 
+#include <algorithm>
 #include <chrono>
 #include <fstream>
 #include <iostream>
@@ -25,7 +26,7 @@ using std::chrono::milliseconds;
 struct Key {
     std::vector<int32_t> values;
     std::optional<int32_t> rssiDBm;  // none: as strong as what is heard now
-    milliseconds at{0};              // after the first
+    milliseconds at{0};              // in a record
 };
 
 // What the arguments say.
@@ -41,12 +42,14 @@ struct Arguments {
 
 // As "tarqctl radio watch --json" prints it.
 Key parseKey(const std::string& line) {
-    const nlohmann::json object = nlohmann::json::parse(line);
+    const nlohmann::json object = nlohmann::json::parse(line, nullptr, false);
+    if (!object.is_object()) throw std::invalid_argument("no JSON object");
     const auto number = [&](const char* name, double least, double most) {
-        const auto& value = object.at(name);
+        const nlohmann::json value = object.value(name, nlohmann::json());
         const auto wide = value.is_number_integer() ? value.get<double>() : NAN;
         if (wide >= least && wide <= most) return value.get<int64_t>();
-        throw std::invalid_argument(std::string(name) + " is no integer, or out of its range");
+        throw std::invalid_argument(std::string(name) +
+                                    " is missing, no integer, or out of its range");
     };
     const auto number32 = [&](const char* name) {
         return static_cast<int32_t>(number(name, INT32_MIN, INT32_MAX));
@@ -75,39 +78,41 @@ std::vector<Key> readRecord(const std::string& name) {
                                      ": no line of tarqctl radio watch --json: " + wrong.what());
         }
     }
+    if (in.bad()) throw std::system_error(errno, std::system_category(), name);
+    if (keys.empty()) throw std::runtime_error(name + ": no keys are recorded there");
     return keys;
 }
 
-std::vector<Key> keysOf(const Arguments& arguments) {
-    std::vector<Key> keys;
-    if (!arguments.record.empty()) {
-        keys = readRecord(arguments.record);
-        const milliseconds first = keys.empty() ? milliseconds(0) : keys[0].at;
-        for (Key& key : keys) key.at = arguments.isFast ? milliseconds(0) : key.at - first;
-        return keys;
-    }
+// One of so many, of which as many as sent were heard before.
+void send(const Key& key, const Arguments& arguments, const std::string& board, size_t sent,
+          size_t count) {
+    std::vector<std::string> words = {"key"};
+    for (const int32_t value : key.values) words.push_back(std::to_string(value));
+    words.push_back(std::to_string(arguments.frequency));
+    if (key.rssiDBm) words.push_back(std::to_string(*key.rssiDBm));
+    std::string reason;
+    if (ask(board, words, &reason)) return;
+    const std::string heard =
+            "; " + std::to_string(sent) + " of " + std::to_string(count) + " were heard";
+    throw Refusal("key " + words[1] + " " + words[2] + " " + words[3] + ": " + reason +
+                  (count > 1 ? heard : ""));
+}
+
+void repeat(const Arguments& arguments, const std::string& board) {
+    const Key key = {arguments.values, arguments.rssiDBm};
+    const auto start = std::chrono::steady_clock::now();
     for (uint32_t i = 0; i < arguments.count; ++i) {
-        keys.push_back({arguments.values, arguments.rssiDBm,
-                        milliseconds(uint64_t{arguments.everyMs} * i)});
+        std::this_thread::sleep_until(start + i * milliseconds(arguments.everyMs));
+        send(key, arguments, board, i, arguments.count);
     }
-    return keys;
 }
 
-void play(const Arguments& arguments, const std::string& board) {
-    const std::vector<Key> keys = keysOf(arguments);
+void replay(const Arguments& arguments, const std::string& board) {
+    const std::vector<Key> keys = readRecord(arguments.record);
     const auto start = std::chrono::steady_clock::now();
     for (size_t i = 0; i < keys.size(); ++i) {
-        std::this_thread::sleep_until(start + keys[i].at);
-        std::vector<std::string> words = {"key"};
-        for (const int32_t value : keys[i].values) words.push_back(std::to_string(value));
-        words.push_back(std::to_string(arguments.frequency));
-        if (keys[i].rssiDBm) words.push_back(std::to_string(*keys[i].rssiDBm));
-        std::string reason;
-        if (ask(board, words, &reason)) continue;
-        const std::string heard =
-                "; " + std::to_string(i) + " of " + std::to_string(keys.size()) + " were heard";
-        throw Refusal("key " + words[1] + " " + words[2] + " " + words[3] + ": " + reason +
-                      (keys.size() > 1 ? heard : ""));
+        if (!arguments.isFast) std::this_thread::sleep_until(start + keys[i].at - keys[0].at);
+        send(keys[i], arguments, board, i, keys.size());
     }
 }
 
@@ -125,7 +130,8 @@ void declareKey(CLI::App& app, std::function<void(const std::string& board)>* pl
     key->add_option("--frequency", arguments->frequency, "where it is sent; 433 unless given");
     CLI::Option* count = key->add_option("--repeat", arguments->count, "so many times")
                                  ->check(CLI::Range(1U, UINT32_MAX));
-    CLI::Option* every = key->add_option("--every", arguments->everyMs, "so many ms apart");
+    CLI::Option* every =
+            key->add_option("--every", arguments->everyMs, "so many ms apart")->needs(count);
     CLI::Option* record =
             key->add_option("--replay", arguments->record,
                             "instead of VALUES: the lines of tarqctl radio watch --json in this "
@@ -138,7 +144,8 @@ void declareKey(CLI::App& app, std::function<void(const std::string& board)>* pl
         if (arguments->values.empty() && arguments->record.empty()) {
             throw CLI::RequiredError("VALUES or --replay");
         }
-        *play = [arguments](const std::string& board) { board::play(*arguments, board); };
+        const auto how = arguments->record.empty() ? repeat : replay;
+        *play = [=](const std::string& board) { how(*arguments, board); };
     });
 }
 

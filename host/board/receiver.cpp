@@ -114,9 +114,11 @@ bool Receiver::take(Listener* listener) const {
     return true;
 }
 
+// Who takes nothing is hung up on: when it connects again, it is greeted with the state.
 void Receiver::tellState() const {
+    const ReceiverPacket state = {ReceiverPacket::kState, {mStatus, mRssiDBm, 0, 0}};
     for (const Listener& listener : mListeners) {
-        send(listener.fd, {ReceiverPacket::kState, {mStatus, mRssiDBm, 0, 0}}, kPatience);
+        if (!send(listener.fd, state, kPatience)) shutdown(listener.fd, SHUT_RDWR);
     }
 }
 
@@ -173,8 +175,8 @@ void Receiver::receive(const std::vector<int32_t>& key) {
     const auto refuse = [](const std::string& why) {
         throw std::runtime_error("not heard: " + why);
     };
-    if (mFault == Fault::absent) refuse("it is absent");
-    if (mFault == Fault::mute) refuse("it is muted");
+    if (mFault == Fault::absent) refuse("the receiver is absent");
+    if (mFault == Fault::mute) refuse("the receiver is muted");
     std::string frequencies;
     size_t heard = 0;
     size_t tuned = 0;

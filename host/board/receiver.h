@@ -1,4 +1,5 @@
-// The 433 MHz receiver. Programs reach it through their libradiokey, see host/receiver_packets.h.
+// The receiver of remote keys. Programs reach it through their libradiokey, as
+// host/receiver_packets.h says.
 #pragma once
 
 #include <stdint.h>

@@ -26,7 +26,7 @@ using com::tarq::radiokey::BnRadioKeyCallback;
 using com::tarq::radiokey::IRadioKeyService;
 using std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kSilence{5};
+constexpr std::chrono::seconds kSilence{3};
 constexpr std::chrono::seconds kBetweenLooks{1};
 
 // Shared by the thread that asks and those on which keys, the daemon's end and Ctrl-C come. A

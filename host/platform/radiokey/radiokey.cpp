@@ -15,6 +15,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <utility>
 
 namespace {
 
@@ -95,13 +96,14 @@ class Receiver {
         const std::lock_guard<std::mutex> lock(mLock);
         ReceiverPacket reception;
         settle(&reception);
-        return mRssi;
+        return std::exchange(sPolledRssi, std::nullopt).value_or(mRssi);
     }
 
     // False when none came in time.
     bool poll(int32_t* value1, int32_t* value2, int32_t* value3) {
         std::unique_lock<std::mutex> lock(mLock);
         const auto deadline = steady_clock::now() + kPatience;
+        sPolledRssi.reset();
         for (;;) {
             ReceiverPacket packet;
             if (settle(&packet)) {
@@ -109,7 +111,7 @@ class Receiver {
                 *value1 = packet.values[0];
                 *value2 = packet.values[1];
                 *value3 = packet.values[2];
-                mRssi = packet.values[3];
+                sPolledRssi = mRssi = packet.values[3];
                 return true;
             }
             const auto left = std::chrono::ceil<milliseconds>(deadline - steady_clock::now());
@@ -136,19 +138,14 @@ class Receiver {
         }
     }
 
-    // The board greets whoever connects with its state.
+    // The board greets whoever connects with its state. One that is slow may do so later, too.
     bool connect() {
         mConnection = connectToReceiver();
         if (!mConnection) return false;
         mConnection->wait(kPatience);
-        if (ReceiverPacket packet; mConnection->peek(&packet) > 0) {
-            takeState(packet);
-            if (mFrequency) sendTuning();
-            mConnected.notify_all();
-            return mConnection != nullptr;
-        }
-        disconnect();
-        return false;
+        if (mFrequency) sendTuning();
+        mConnected.notify_all();
+        return mConnection != nullptr;
     }
 
     void disconnect() {
@@ -180,6 +177,10 @@ class Receiver {
         lock->lock();
     }
 
+    // Of the reception that the calling thread has polled, until it asks: what comes behind the
+    // reception, a state or the receiver's end, must not change it.
+    static thread_local std::optional<int32_t> sPolledRssi;
+
     std::mutex mLock;
     std::condition_variable mConnected;
     std::shared_ptr<Connection> mConnection;  // null without a receiver
@@ -187,6 +188,8 @@ class Receiver {
     int32_t mStatus = 0;
     int32_t mRssi = 0;
 };
+
+thread_local std::optional<int32_t> Receiver::sPolledRssi;
 
 // Never destroyed: threads poll until the process is gone.
 Receiver& receiver() {
