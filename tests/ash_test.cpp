@@ -58,7 +58,7 @@ TEST(Ash, frame_of_each_type_is_read_and_written_back) {
             {"00 42 21 a8 53 dd 4f 7e", "DATA frame 0 ack 0  EZSP 00 version, wants 7"},
             {"7d 31 43 21 57 54 39 51 2b 7e", "DATA frame 1 ack 1  EZSP 01 query"},
             {"01 42 a1 a8 53 28 15 d5 e1 fd 7e",
-             "DATA frame 0 ack 1  EZSP 00 version answered: speaks 7, stack 2 of version 6700"},
+             "DATA frame 0 ack 1  EZSP 00 version answered: speaks 7, stack 2 of version 6.7.0"},
             {"0a 43 a1 57 54 39 15 b0 49 97 20 56 37 7e",
              "DATA frame 0 ack 2 again  EZSP 01 query answered: manufacturer 1002, version 6.10.3"},
             {"00 42 21 82 50 04 01 7e", "DATA frame 0 ack 0  EZSP 00 id 2a, 04"}};
@@ -120,9 +120,9 @@ TEST(Ash, bytes_are_taken_as_people_paste_them) {
     }
     EXPECT_TRUE(bytesFromText(" \n").empty());
     const std::pair<std::string, const char*> kWrong[] = {
-            {"1a g0", "1:4: neither"},    {"1a\n\nc0 3", "3:4: a byte is two digits"},
+            {"1a g0", "1:4: only"},    {"1a\n\nc0 3", "3:4: a byte is two digits"},
             {"1a\n0x", "2:1: no digits"}, {"1a0xc0", "1:3: a byte"},
-            {"\n:", "2:1: neither"},      {std::string("1a\0", 3), "1:3: neither"}};
+            {"\n:", "2:1: only"},      {std::string("1a\0", 3), "1:3: only"}};
     for (const auto& [text, why] : kWrong) {
         try {
             bytesFromText(text);

@@ -214,9 +214,9 @@ TEST_F(CoprocessorTest, pasted_frames_need_no_board_and_a_mistake_is_told_with_i
     EXPECT_EQ(ash("8160597e 00", "--json", 0),
               "{\"bytes\":\"8160597e\",\"type\":\"ACK\",\"checksum\":\"good\",\"busy\":false,"
               "\"ack\":1}\n{\"bytes\":\"00\",\"damage\":\"no flag at the end\"}\n");
-    EXPECT_THAT(ash("1ac0\n38 z", file, 2), StartsWith("virtual_board: " + file + ":2:4: neither"));
+    EXPECT_THAT(ash("1ac0\n38 z", file, 2), StartsWith("virtual_board: " + file + ":2:4: only"));
     EXPECT_THAT(ash("1", "-", 2), StartsWith("virtual_board: -:1:1: a byte is two digits"));
-    EXPECT_EQ(ash("", file + ".none", 2), "virtual_board: " + file + ".none: cannot be read\n");
+    EXPECT_EQ(ash("", file + ".none", 2), "virtual_board: " + file + ".none: No such file or directory\n");
 }
 
 }  // namespace
