@@ -97,13 +97,11 @@ TEST_F(CoprocessorTest, conversation_is_answered_recorded_and_readable) {
     converse(board);
     converse(board);  // whoever comes next finds it as it was
     EXPECT_TRUE(hasWritten(board, 8));
-    const std::string time = "[0-9][0-9]:[0-9][0-9]:[0-9][0-9].[0-9][0-9][0-9] ";
+    const std::string time = "[0-9:.]{12} ", more = "\n(.*\n)*";
     EXPECT_THAT(seen(board, {"serial"}),
                 MatchesRegex(time + "host         RST\n" + time +
-                             "coprocessor  RSTACK version 2 code 0b, software\n" + time +
-                             "host         DATA frame 0 ack 0  EZSP 00 version, wants 7\n(.*\n)*" +
-                             time +
-                             "host         skipped 4 bytes, checksum 38bd .*\n(.*\n)*"
+                             "coprocessor  RSTACK version 2 code 0b, software" + more + time +
+                             "host         skipped 4 bytes, checksum 38bd .*" + more +
                              "host: 12 frames, 4 damaged, 12 bytes skipped\n"
                              "coprocessor: 8 frames, 0 damaged, 0 bytes skipped\n"));
     EXPECT_THAT(seen(board, {"serial", "--json"}), StartsWith("{\"ms\":"));

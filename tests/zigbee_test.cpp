@@ -76,6 +76,10 @@ struct Port {
     const int master = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
 };
 
+auto countDescriptors() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
 TEST(Ash, frames_are_those_of_the_protocol) {
     EXPECT_EQ(ash::resetFrame(), bytesOf("1A C0 38 BC 7E"));
     EXPECT_EQ(ash::acknowledgement(0), bytesOf("80 70 78 7E"));
@@ -91,6 +95,7 @@ TEST(Ash, frames_are_those_of_the_protocol) {
 
 TEST(SerialPort, is_set_up_as_asked_or_told_why_not) {
     const Port port;
+    const auto descriptors = countDescriptors();
     const struct {
         int32_t baud;
         uint8_t stopBits;
@@ -130,6 +135,7 @@ TEST(SerialPort, is_set_up_as_asked_or_told_why_not) {
         EXPECT_EQ(said, c.said == "silent" ? "" : c.said);
         EXPECT_EQ(result, c.said.empty() ? 0 : -1);
         EXPECT_EQ(serialPort >= 0, c.said.empty());
+        EXPECT_EQ(countDescriptors(), descriptors + (c.said.empty() ? 1 : 0));
         if (!c.said.empty()) continue;
         termios found = {};
         tcgetattr(serialPort, &found);
@@ -137,7 +143,12 @@ TEST(SerialPort, is_set_up_as_asked_or_told_why_not) {
                   CS8 | CREAD | CLOCAL | c.control);
         EXPECT_EQ(found.c_iflag & (ICRNL | IXON | IXANY | IXOFF), c.input);
         EXPECT_EQ(found.c_lflag & (ICANON | ECHO | ISIG), 0U);
+        const cc_t* const characters = found.c_cc;
+        EXPECT_EQ(
+                Bytes({characters[VSTART], characters[VSTOP], characters[VTIME], characters[VMIN]}),
+                bytesOf("11 13 00 01"));
         EXPECT_EQ(fcntl(serialPort, F_GETFL) & O_NONBLOCK, O_NONBLOCK);
+        EXPECT_EQ(fcntl(serialPort, F_GETFD), FD_CLOEXEC);
         close(serialPort);
     }
     line = nullptr;
@@ -243,7 +254,9 @@ void run(const Check& check) {
     };
     paused = {};
     CapturedLog log;
+    const auto descriptors = countDescriptors();
     const int32_t result = zigbee_check_module();
+    EXPECT_EQ(countDescriptors(), descriptors);
     duringPause();  // what was sent after the last pause
     std::string told;
     for (const std::string& entry : log.take()) told += "|" + entry;
