@@ -71,7 +71,7 @@ std::vector<std::string> enabledServices() {
 
 Run declareWait(CLI::App& app) {
     const auto names = std::make_shared<std::vector<std::string>>();
-    app.add_option("NAME", *names, "the services to wait for; all that are enabled by default");
+    app.add_option("NAME", *names, "wait only until these services are registered");
     return [names](Session& session) -> int {
         openBoard(session);
         Progress progress;  // outlives the time limit, which reads it
