@@ -1,5 +1,7 @@
 #include "zigbee/ash.h"
 
+#include <utility>
+
 namespace ash {
 
 static constexpr uint8_t kCancel = 0x1A;

@@ -9,6 +9,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <iterator>
+#include <vector>
 
 #include "common/device_file.h"
 #include "common/pause.h"

@@ -7,6 +7,7 @@
 #include <string.h>
 #include <unistd.h>
 
+#include <utility>
 #include <vector>
 
 #include "common/pause.h"

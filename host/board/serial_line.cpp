@@ -24,7 +24,7 @@ SerialLine::SerialLine(Answer answer, const RecordFile& record)
     char name[64] = {};
     mEnd = eventfd(0, EFD_CLOEXEC);
     mMaster = ::open("/dev/ptmx", O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-    const bool isUnlocked = grantpt(mMaster) == 0 && unlockpt(mMaster) == 0 &&
+    const bool isUnlocked = mMaster >= 0 && grantpt(mMaster) == 0 && unlockpt(mMaster) == 0 &&
                             ptsname_r(mMaster, name, sizeof(name)) == 0;
     if (isUnlocked) mSlave = ::open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
     termios settings = {};

@@ -24,7 +24,7 @@ const std::vector<KnownService>& knownServices() {
             {descriptor<com::tarq::rgbleds::IRgbLedsService>(), nullptr},
             {descriptor<com::tarq::shell::IShellService>(), nullptr},
             {android::String8(com::tarq::radiokey::IRadioKeyService::SERVICE_NAME()).string(),
-             "ro.vendor.433_check_enable"},
+             "ro.vendor.433_check_enable", true},
     };
     return services;
 }
@@ -47,6 +47,14 @@ std::string startupCheck() {
                 : "";
 }
 
+std::string startupCheckBefore(const std::string& name) {
+    const std::vector<KnownService>& services = knownServices();
+    const bool waits = std::any_of(services.begin(), services.end(), [&](const auto& service) {
+        return service.name == name && service.isBehindCheck;
+    });
+    return waits ? startupCheck() : "";
+}
+
 std::string whyAbsent(const std::vector<KnownService>& services, const std::vector<bool>& present,
                       size_t index) {
     const KnownService& service = services[index];
@@ -55,8 +63,8 @@ std::string whyAbsent(const std::vector<KnownService>& services, const std::vect
     }
     const bool passedOver = std::any_of(present.begin() + static_cast<std::ptrdiff_t>(index) + 1,
                                         present.end(), [](bool later) { return later; });
-    const std::string check = startupCheck();
-    if (!passedOver && !check.empty()) return check;
+    const std::string check = service.isBehindCheck && !passedOver ? startupCheck() : "";
+    if (!check.empty()) return check;
     std::string why = passedOver ? "" : "the daemon is still starting, or ";
     why += "its registration was refused, see the log";
     if (service.enabledBy != nullptr) {

@@ -35,8 +35,8 @@ std::string meaningOf(const Ezsp& ezsp) {
     } else if (ezsp.name == "version" && !ezsp.isAnswer && bytes.size() == 1) {
         snprintf(text, sizeof(text), "wants %u", byte(0));
     } else if (ezsp.name == "version" && ezsp.isAnswer && bytes.size() == 4) {
-        snprintf(text, sizeof(text), "speaks %u, stack %u of version %04x", byte(0), byte(1),
-                 byte(2) | byte(3) << 8);
+        snprintf(text, sizeof(text), "speaks %u, stack %u of version %s", byte(0), byte(1),
+                 versionText(byte(2) | byte(3) << 8).c_str());
     } else {
         return asHex(bytes);
     }

@@ -37,7 +37,7 @@ Bytes bytesFromText(const std::string& text) {
         } else if (text[i] != '\0' && strchr(" \t\r\n,", text[i]) != nullptr) {
             ++i;
         } else {
-            throw wrong(text, i, "neither hexadecimal digits nor what is between them");
+            throw wrong(text, i, "only hexadecimal digits, 0x, blanks and commas are expected");
         }
         isAfterDigits = false;
     }

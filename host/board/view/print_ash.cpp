@@ -1,9 +1,7 @@
 #include <errno.h>
 #include <stdio.h>
 
-#include <fstream>
-#include <iostream>
-#include <iterator>
+#include <memory>
 #include <stdexcept>
 #include <system_error>
 
@@ -14,15 +12,17 @@
 
 namespace tarq::board {
 
-static std::string contentOf(const std::string& file) {
-    const auto all = [](std::istream& in) {
-        return std::string(std::istreambuf_iterator<char>(in), {});
-    };
-    if (file == "-") return all(std::cin);
-    std::ifstream in(file, std::ios::binary);
+static std::string contentOf(const std::string& name) {
+    const bool isStandard = name == "-";
+    const std::unique_ptr<FILE, int (*)(FILE*)> opened(
+            isStandard ? nullptr : fopen(name.c_str(), "re"), fclose);
+    FILE* const in = isStandard ? stdin : opened.get();
     std::string text;
-    if (in) text = all(in);
-    if (!in) throw std::runtime_error(file + ": cannot be read");
+    char chunk[4096];
+    for (size_t size; in != nullptr && (size = fread(chunk, 1, sizeof(chunk), in)) > 0;) {
+        text.append(chunk, size);
+    }
+    if (in == nullptr || ferror(in)) throw std::system_error(errno, std::system_category(), name);
     return text;
 }
 
