@@ -24,6 +24,17 @@ class BoardFiles {
         std::ofstream(path) << content;
     }
 
+    void setProperty(const std::string& name, const std::string& value) {
+        std::filesystem::create_directories(mPath + "/run/properties");
+        std::ofstream(mPath + "/run/properties/" + name) << value;
+    }
+
+    void link(const std::string& target, const std::string& devicePath) {
+        const std::filesystem::path path = mPath + "/root" + devicePath;
+        std::filesystem::create_directories(path.parent_path());
+        std::filesystem::create_symlink(target, path);
+    }
+
   private:
     std::string mPath = "/tmp/tarq_fuzz.XXXXXX";
 };

@@ -74,6 +74,7 @@ TEST(DaemonStart, modules_register_in_order_whatever_the_manager_says) {
                                     "I rgbLedsService: startBootXml:/vendor/etc/leds/wave_fast.xml"
                                     "E rgbLedsService: Error opening xml file .\n"
                                     "I ShellService: instantiate.....\n"
+                                    "I zigbee_check: zigbee_check_module skip check zigbee"
                                     "I (null): radio_key_module skip check Radiokey"));
     }
 }

@@ -1,4 +1,5 @@
 // The tool and the daemon as a user runs them: programs of their own, on a board of plain files.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
@@ -110,6 +111,27 @@ TEST_F(TarqctlE2e, services_are_waited_for_and_listed) {
     EXPECT_EQ(absent.out, "nobody absent: the daemon has no service of that name\n");
     followHint(tarqctl({"--timeout", "0.2", "wait", kShellName, "a", "b"}), 2,
                "wait com.tarq.shell.IShellService a b: not registered after 0.2 s: a b\n");
+}
+
+TEST_F(TarqctlE2e, check_at_the_start_is_named_while_it_holds_up_the_calls) {
+    const int line = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);  // nobody answers
+    ASSERT_EQ(grantpt(line) + unlockpt(line), 0);
+    fs::create_directories(mBoard / "root/dev");
+    fs::create_symlink(ptsname(line), mBoard / "root/dev/ttyS3");
+    writeFile(mBoard / "run/properties/ro.vendor.zigbee_check_enable", "true");
+    startDaemon();
+    const std::string check = ": the Zigbee check is still running; it can take up to 13.5 minutes";
+    const auto expectTold = [&](const Words& words, const std::string& why) {
+        Words command = {"--timeout", "0.2"};
+        command.insert(command.end(), words.begin(), words.end());
+        const Result result = tarqctl(command);
+        EXPECT_EQ(result.code, 2);
+        EXPECT_THAT(result.out, HasSubstr(why + check));
+    };
+    expectTold({"shell", "id"}, "no answer after 0.2 s");
+    expectTold({"wait"}, "not serving after 0.2 s");
+    expectTold({"wait", "radiokey_service"}, "not registered after 0.2 s: radiokey_service");
+    close(line);
 }
 
 TEST_F(TarqctlE2e, examples_of_the_help_work) {

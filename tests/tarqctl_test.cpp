@@ -225,7 +225,7 @@ TEST_F(Tarqctl, log_is_passed_on_coloured_or_taken_apart) {
 
 TEST_F(Tarqctl, absent_service_is_explained_by_what_can_be_seen) {
     const std::vector<KnownService> services = {
-            {"first", nullptr}, {"optional", "ro.optional"}, {"last", nullptr}};
+            {"first", nullptr}, {"optional", "ro.optional"}, {"last", nullptr, true}};
     const std::string refused = "its registration was refused, see the log";
     const std::string late = refused + ", or property ro.optional became \"true\" after the start";
     const std::string starting = "the daemon is still starting, or ";
@@ -236,6 +236,12 @@ TEST_F(Tarqctl, absent_service_is_explained_by_what_can_be_seen) {
     writeFile(board() / "run/properties/ro.optional", "true");
     EXPECT_EQ(whyAbsent(services, {true, false, true}, 1), late);
     EXPECT_EQ(whyAbsent(services, {true, false, false}, 1), starting + late);
+
+    writeFile(board() / "run/properties/ro.vendor.zigbee_check_enable", "true");
+    EXPECT_EQ(whyAbsent(services, {true, true, false}, 2), startupCheck());
+    EXPECT_EQ(whyAbsent(services, {false, false, false}, 0), starting + refused);
+    writeFile(board() / "run/properties/ro.vendor.zigbee.info", "exist=0");
+    EXPECT_EQ(startupCheck() + whyAbsent(services, {true, true, false}, 2), starting + refused);
 }
 
 }  // namespace

@@ -131,6 +131,14 @@ void fitReceiver(const XMLElement& element, Fitting& fitting) {
     fitting.fitted.receiver = std::make_shared<Receiver>(value("status", 1), value("rssi", -100));
 }
 
+void fitCoprocessor(const XMLElement& element, Fitting& fitting) {
+    Coprocessor coprocessor;
+    coprocessor.setManufacturer(needed(element, "manufacturer"));
+    coprocessor.setVersion(needed(element, "version"));
+    fitting.fitted.coprocessor = std::make_shared<CoprocessorPort>(coprocessor);
+    CoprocessorPort::addNode(fitting.hardware, fitting.fitted.coprocessor);
+}
+
 struct Kind {
     const char* name;
     std::vector<std::string> attributes;
@@ -145,6 +153,7 @@ const Kind& kindOf(const XMLElement& element) {
             {"camera", {"node", "sensor"}, fitCamera},
             {"leds", {"count"}, fitLeds},
             {"receiver", {"status", "rssi"}, fitReceiver},
+            {"coprocessor", {"manufacturer", "version"}, fitCoprocessor},
     };
     for (const Kind& kind : kKinds) {
         if (strcmp(kind.name, element.Name()) == 0) return kind;

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 
+#include "host/board/coprocessor_port.h"
 #include "host/board/hardware.h"
 #include "host/board/led_trace.h"
 #include "host/board/receiver.h"
@@ -13,6 +14,7 @@ namespace tarq::board {
 struct Fitted {
     std::shared_ptr<LedTraceWriter> ledTrace;
     std::shared_ptr<Receiver> receiver;
+    std::shared_ptr<CoprocessorPort> coprocessor;
 };
 
 // Adds the nodes of all parts that the file names; none without a file. Throws std::runtime_error,

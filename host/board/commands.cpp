@@ -26,6 +26,7 @@ void Commands::perform(const std::vector<std::string>& words) {
         if (part->perform(words)) return;
     }
     if (command == "key") throw std::invalid_argument("no receiver is fitted");
+    if (command == "serial") throw std::invalid_argument("no co-processor is fitted");
     const size_t count = command == "set" || command == "fault" ? 3 : 2;
     if (words.size() != count) throw std::invalid_argument("is no command");
     const std::string node = fs::path(words[1]).lexically_normal();

@@ -37,6 +37,13 @@ static int onGetattr(const char* path, struct stat* status, fuse_file_info*) {
     return hardware().attributes(path, status);
 }
 
+static int onReadlink(const char* path, char* buffer, size_t size) {
+    std::string target;
+    const int error = hardware().readLink(path, &target);
+    if (error == 0) snprintf(buffer, size, "%s", target.c_str());
+    return error;
+}
+
 static int onReaddir(const char* path, void* buffer, fuse_fill_dir_t fill, off_t, fuse_file_info*,
                      fuse_readdir_flags) {
     std::set<std::string> names = {".", ".."};
@@ -86,6 +93,7 @@ static fuse_operations operations() {
     fuse_operations result = {};
     result.init = onInit;
     result.getattr = onGetattr;
+    result.readlink = onReadlink;
     result.readdir = onReaddir;
     result.open = onOpen;
     result.release = onRelease;

@@ -120,6 +120,12 @@ int Hardware::attributes(const std::string& path, struct stat* status) {
     status->st_gid = getgid();
     status->st_nlink = 1;
     const std::shared_ptr<Entry> entry = visible(path);
+    const std::string link = entry ? entry->node->link() : "";
+    if (!link.empty()) {
+        status->st_mode = S_IFLNK | 0777;
+        status->st_size = static_cast<off_t>(link.size());
+        return 0;
+    }
     if (entry && entry->fault != Fault::directory) {
         status->st_mode = S_IFREG | entry->node->mode();
         status->st_size = entry->fault == Fault::huge ? kHugeSize : entry->node->size();
@@ -134,6 +140,13 @@ int Hardware::list(const std::string& path, std::set<std::string>* names) {
     const std::lock_guard lock(mMutex);
     *names = children(path);
     return 0;
+}
+
+int Hardware::readLink(const std::string& path, std::string* target) {
+    const std::lock_guard lock(mMutex);
+    const std::shared_ptr<Entry> entry = visible(path);
+    *target = entry ? entry->node->link() : "";
+    return target->empty() ? -EINVAL : 0;
 }
 
 int Hardware::open(const std::string& path, int flags, uint64_t* file) {

@@ -51,6 +51,7 @@ class Hardware {
     // file: the number that open() has given; good until close(), after all calls on it.
     int attributes(const std::string& path, struct stat* status);
     int list(const std::string& path, std::set<std::string>* names);
+    int readLink(const std::string& path, std::string* target);
     int open(const std::string& path, int flags, uint64_t* file);
     void close(uint64_t file);
     int read(uint64_t file, char* buffer, size_t size, off_t offset, Interrupted interrupted);

@@ -14,6 +14,8 @@
 #include <filesystem>
 #include <string>
 
+#include "host/board/record_file.h"
+
 namespace tarq::board {
 
 struct LedRecord {
@@ -32,20 +34,15 @@ int64_t now();
 class LedTraceWriter {
   public:
     explicit LedTraceWriter(size_t leds) : mLeds(leds) {}
-    ~LedTraceWriter();
-    LedTraceWriter(const LedTraceWriter&) = delete;
-    LedTraceWriter& operator=(const LedTraceWriter&) = delete;
 
     // Begins the file. Throws std::system_error.
     void open(const std::filesystem::path& file);
-    // One write, which anybody who follows the file gets whole. Before open() nothing is written.
+    // Before open() nothing is written.
     void add(const LedRecord& record);
 
   private:
-    void write(const std::string& line) const;
-
     const size_t mLeds;
-    int mFd = -1;
+    RecordFile mFile{"the trace of the LEDs"};
 };
 
 // A line of it: the first one, with a number of LEDs, or one with a record.

@@ -7,6 +7,7 @@
 #include "host/board/control.h"
 #include "host/board/key_command.h"
 #include "host/board/serve.h"
+#include "host/board/view/serial_views.h"
 #include "host/board/view/views.h"
 
 namespace {
@@ -35,8 +36,9 @@ const std::vector<Command> kCommands = {
          "Makes a node go wrong, or with \"none\" right again",
          {{"NODE", kNode},
           {"FAULT",
-           "absent, empty, garbage, huge, directory, unreadable, unwritable, slow, none; mute or "
-           "absent for the receiver"}}},
+           "absent, empty, garbage, huge, directory, unreadable, unwritable, slow, none; of the "
+           "receiver: mute, absent, none; of the coprocessor: silent, silent_after_reset, late, "
+           "pieces, merged, garbage, too_long, acknowledged, too_short, absent, none"}}},
         {"hold", "Makes every call on a node wait until it is released", {{"NODE", kNode}}},
         {"release", "Lets the calls go on", {{"NODE", kNode}}},
 };
@@ -71,6 +73,7 @@ struct Request {
     bool shared = false;
     Words words;  // of a command
     std::function<void(const std::string& board)> show;
+    std::function<void()> showFile;  // needs no board
     bool follows = false;
     bool asJson = false;
     std::string effect;
@@ -130,6 +133,7 @@ void declare(CLI::App& app, Request& request) {
     }
     declareViews(app, request);
     tarq::board::declareKey(app, &request.show);
+    tarq::board::declareSerialViews(app, &request.show, &request.showFile);
 }
 
 // The last first, as CLI11 wants them. What is set may look like an option: the timestamp file
@@ -151,6 +155,10 @@ int run(int argc, char** argv) {
         app.parse(argumentsFrom(argc, argv));
     } catch (const CLI::CallForHelp&) {
         fputs(app.help().c_str(), stdout);
+        return kDone;
+    }
+    if (request.showFile) {
+        request.showFile();
         return kDone;
     }
     if (request.words.empty() && !request.show) {

@@ -25,6 +25,9 @@ class Node {
     // back. A file that was opened in an earlier life is dead.
     virtual unsigned life() const { return 1; }
 
+    // Where it leads; "" for a file that is no symbolic link.
+    virtual std::string link() const { return ""; }
+
     // In bytes, as stat tells it. A driver makes its text when it is read, so it claims a page.
     virtual off_t size() const { return 4096; }
 

@@ -14,6 +14,7 @@
 #include "host/board/endings.h"
 #include "host/board/file_system.h"
 #include "host/board/running_board.h"
+#include "host/board/serial_record.h"
 
 namespace tarq::board {
 
@@ -66,6 +67,11 @@ void serve(const fs::path& folder, const fs::path& directory, bool shared) {
     if (fitted.receiver) {
         fitted.receiver->open(board.directory());
         parts.push_back(fitted.receiver);
+    }
+    if (fitted.coprocessor) {
+        fitted.coprocessor->open(recordOfSerial(board.directory()),
+                                 mounted ? "" : board.directory() / "root/dev/ttyS3");
+        parts.push_back(fitted.coprocessor);
     }
     Commands commands(hardware, files, parts, withoutFuse);
     const ControlServer control(board.directory(), [&](const std::vector<std::string>& words) {

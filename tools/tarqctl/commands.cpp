@@ -10,8 +10,7 @@ const std::vector<Command>& commands() {
     static const std::vector<Command>& table = *new std::vector<Command>{
             {"services", "Tells which services are registered, and why one may be absent.",
              "tarqctl services", declareServices},
-            {"wait", "Waits until services are registered.", "tarqctl --timeout 60 wait",
-             declareWait},
+            {"wait", "Waits until the daemon serves.", "tarqctl --timeout 60 wait", declareWait},
             {"log", "Prints the board's log.", "tarqctl log", declareLog},
             {"hwinfo", "Prints the parts of the board, one name:value a line.", "tarqctl hwinfo",
              declareHwinfo},

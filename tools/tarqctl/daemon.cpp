@@ -60,8 +60,10 @@ Failure noAnswer(const Session& session, const std::string& likelyCause) {
     std::ostringstream longer;
     longer << "--timeout " << std::clamp(session.timeout.count() * 6, 60.0, kMaxTimeout) << " "
            << session.line;
+    const std::string check = startupCheck();
     return session.failure("timeout",
-                           "no answer after " + seconds(session.timeout) + ": " + likelyCause,
+                           "no answer after " + seconds(session.timeout) + ": " +
+                                   (check.empty() ? likelyCause : check),
                            session.next(longer.str()));
 }
 
@@ -79,7 +81,7 @@ static const Session& opened(Session& session) {
 
 Daemon::Daemon(Session& session, const std::string& likelyCause)
     : mSession(opened(session)),
-      mLimit(session, [failure = noAnswer(session, likelyCause)] { return failure; }) {
+      mLimit(session, [&session, likelyCause] { return noAnswer(session, likelyCause); }) {
     // Without this look defaultServiceManager() would wait for a daemon for ever.
     if (const int error = connectToDaemon(session)) throw notListening(session, error);
 }

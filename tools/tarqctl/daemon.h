@@ -21,7 +21,8 @@ int connectToDaemon(const Session& session);
 // What that error means for a command that needs the daemon.
 Failure notListening(const Session& session, int error);
 
-// What it means when --timeout is over. likelyCause completes "no answer after 10 s: …".
+// What it means when --timeout is over. likelyCause completes "no answer after 10 s: …", unless
+// the daemon has not come so far that it answers anybody.
 Failure noAnswer(const Session& session, const std::string& likelyCause);
 
 // Prints the failure and ends the process when it exists for longer than --timeout. A call to the

@@ -5,7 +5,6 @@
 #include <com/tarq/rgbleds/IRgbLedsService.h>
 #include <com/tarq/shell/IShellService.h>
 #include <cutils/properties.h>
-#include <string.h>
 #include <utils/String8.h>
 
 #include <algorithm>
@@ -25,16 +24,35 @@ const std::vector<KnownService>& knownServices() {
             {descriptor<com::tarq::rgbleds::IRgbLedsService>(), nullptr},
             {descriptor<com::tarq::shell::IShellService>(), nullptr},
             {android::String8(com::tarq::radiokey::IRadioKeyService::SERVICE_NAME()).string(),
-             "ro.vendor.433_check_enable"},
+             "ro.vendor.433_check_enable", true},
     };
     return services;
 }
 
-bool isEnabled(const KnownService& service) {
-    if (service.enabledBy == nullptr) return true;
+static std::string property(const char* name) {
     char value[PROPERTY_VALUE_MAX];
-    property_get(service.enabledBy, value, "");
-    return strcmp(value, "true") == 0;
+    property_get(name, value, "");
+    return value;
+}
+
+bool isEnabled(const KnownService& service) {
+    return service.enabledBy == nullptr || property(service.enabledBy) == "true";
+}
+
+std::string startupCheck() {
+    const bool runs = property("ro.vendor.zigbee_check_enable") == "true" &&
+                      property("ro.vendor.zigbee.info").empty();
+    return runs ? "the Zigbee check is still running; it can take up to 13.5 minutes when nothing "
+                  "answers on /dev/ttyS3"
+                : "";
+}
+
+std::string startupCheckBefore(const std::string& name) {
+    const std::vector<KnownService>& services = knownServices();
+    const bool waits = std::any_of(services.begin(), services.end(), [&](const auto& service) {
+        return service.name == name && service.isBehindCheck;
+    });
+    return waits ? startupCheck() : "";
 }
 
 std::string whyAbsent(const std::vector<KnownService>& services, const std::vector<bool>& present,
@@ -45,6 +63,8 @@ std::string whyAbsent(const std::vector<KnownService>& services, const std::vect
     }
     const bool passedOver = std::any_of(present.begin() + static_cast<std::ptrdiff_t>(index) + 1,
                                         present.end(), [](bool later) { return later; });
+    const std::string check = service.isBehindCheck && !passedOver ? startupCheck() : "";
+    if (!check.empty()) return check;
     std::string why = passedOver ? "" : "the daemon is still starting, or ";
     why += "its registration was refused, see the log";
     if (service.enabledBy != nullptr) {

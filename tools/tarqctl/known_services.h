@@ -9,6 +9,7 @@ namespace tarq::tools {
 struct KnownService {
     std::string name;
     const char* enabledBy;  // the property that must be "true" for it; null when it is always there
+    bool isBehindCheck = false;  // it comes after the check for the Zigbee co-processor
 };
 
 // In the order in which the daemon registers them.
@@ -16,6 +17,13 @@ const std::vector<KnownService>& knownServices();
 
 // Reads the property that decides, as it is now.
 bool isEnabled(const KnownService& service);
+
+// What the daemon is busy with before it answers any call: the start-up check for the Zigbee
+// co-processor, as long as it is enabled and has published nothing. Else "".
+std::string startupCheck();
+
+// The same where the check is what this service waits for. Else "".
+std::string startupCheckBefore(const std::string& name);
 
 // Why services[index] may be absent, from what can be seen now: which of the services are present.
 // Registrations appear in their order, so an absent one behind which others stand was passed over.

@@ -20,6 +20,7 @@ struct Progress {
     std::mutex lock;
     int error = 0;                     // of the last try to connect
     std::vector<std::string> missing;  // not found so far
+    bool mustServe = false;            // being registered is not enough: calls are to be answered
 };
 
 Failure notThereYet(const Session& session, Progress& progress) {
@@ -29,14 +30,18 @@ Failure notThereYet(const Session& session, Progress& progress) {
         failure.why += ", for " + seconds(session.timeout);
         return failure;
     }
-    return session.failure(
-            "timeout",
-            "not registered after " + seconds(session.timeout) + ": " + joined(progress.missing),
-            session.next("services"));
+    const bool isComplete = progress.missing.empty();
+    const std::string check =
+            isComplete ? startupCheck() : startupCheckBefore(progress.missing.front());
+    std::string why = isComplete ? "not serving after " : "not registered after ";
+    why += seconds(session.timeout);
+    if (!isComplete) why += ": " + joined(progress.missing);
+    if (!check.empty()) why += ": " + check;
+    return session.failure("timeout", why, session.next("services"));
 }
 
-// Asks for what is still missing; true when that is nothing. A name once found is not asked for
-// again, so that a daemon that comes up slowly is asked little.
+// Asks for what is still missing; true when there is nothing more to wait for. A name once found is
+// not asked for again, so that a daemon that comes up slowly is asked little.
 bool look(const Session& session, Progress& progress) {
     const int error = connectToDaemon(session);
     std::vector<std::string> missing = progress.missing;  // written by this thread only
@@ -49,7 +54,8 @@ bool look(const Session& session, Progress& progress) {
     const std::lock_guard<std::mutex> lock(progress.lock);
     progress.error = error;
     progress.missing = missing;
-    return missing.empty();
+    if (error != 0 || !missing.empty()) return false;
+    return !progress.mustServe || startupCheck().empty();
 }
 
 // A service that its property switches off would never come.
@@ -65,11 +71,12 @@ std::vector<std::string> enabledServices() {
 
 Run declareWait(CLI::App& app) {
     const auto names = std::make_shared<std::vector<std::string>>();
-    app.add_option("NAME", *names, "the services to wait for; all that are enabled by default");
+    app.add_option("NAME", *names, "wait only until these services are registered");
     return [names](Session& session) -> int {
         openBoard(session);
         Progress progress;  // outlives the time limit, which reads it
-        progress.missing = names->empty() ? enabledServices() : *names;
+        progress.mustServe = names->empty();
+        progress.missing = progress.mustServe ? enabledServices() : *names;
         {
             const TimeLimit limit(session, [&] { return notThereYet(session, progress); });
             while (!look(session, progress)) {

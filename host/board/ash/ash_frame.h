@@ -1,0 +1,70 @@
+// The frames of ASH, the protocol of the serial line between a host and a Zigbee co-processor. On
+// the line a frame is
+//
+//     control byte | content | checksum, high byte first | flag
+//
+// where every byte before the flag that means something to the line is escaped: 7d and the byte
+// with 20 flipped. The checksum is of the bytes before they are escaped.
+//
+//     bits of the control byte         mask  value
+//     0 n n n r a a a          DATA      80     00   n: its number, r: transmitted again
+//     1 0 0 - b a a a          ACK       e0     80   b: busy, send no data
+//     1 0 1 - b a a a          NAK       e0     a0
+//     1 1 0 0 0 0 0 0          RST       ff     c0
+//     1 1 0 0 0 0 0 1          RSTACK    ff     c1
+//     1 1 0 0 0 0 1 0          ERROR     ff     c2
+//
+// a is the number that is expected next. The content of DATA, 3 to 128 bytes, is XORed with a
+// pseudo-random sequence; that of RSTACK and ERROR is a version and a code; the others have none.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include <string>
+#include <vector>
+
+namespace tarq::board::ash {
+
+using Bytes = std::vector<uint8_t>;
+
+constexpr uint8_t kFlag = 0x7E;
+constexpr uint8_t kEscape = 0x7D;
+constexpr uint8_t kXon = 0x11;  // this and the next are ignored
+constexpr uint8_t kXoff = 0x13;
+constexpr uint8_t kSubstitute = 0x18;  // in the place of a byte that the line has garbled
+constexpr uint8_t kCancel = 0x1A;      // what came since the last flag does not count
+constexpr size_t kMaxFrame = 131;      // control byte to checksum, not escaped
+
+enum class Type { kNone, kData, kAck, kNak, kReset, kResetDone, kError };
+
+struct Frame {
+    Type type = Type::kNone;
+    uint8_t number = 0;    // of DATA
+    bool isAgain = false;  // DATA
+    bool isBusy = false;   // ACK and NAK
+    uint8_t expected = 0;  // by who sends DATA, ACK or NAK
+    Bytes content = {};    // of DATA without the randomisation
+
+    // The rest is for a frame that was received.
+    bool isChecksumGood = false;
+    std::string damage = {};  // why it is to be skipped, else ""; what is above is a guess then
+    Bytes bytes = {};         // as they were on the line
+};
+
+// "DATA"; "" for none.
+const char* nameOf(Type type);
+
+// bytes: from the control byte to the checksum, not escaped, any number of them.
+Frame decode(const Bytes& bytes);
+
+// The bytes on the line, up to the flag. RST and RSTACK begin with a cancel byte, as they do
+// wherever they are sent.
+Bytes encode(const Frame& frame);
+
+uint16_t checksum(const uint8_t* bytes, size_t size);
+
+// "02 1a 7e"
+std::string asHex(const Bytes& bytes, const char* between = " ");
+
+}  // namespace tarq::board::ash
