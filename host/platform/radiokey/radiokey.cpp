@@ -6,7 +6,6 @@
 #include <poll.h>
 #include <string.h>
 #include <sys/socket.h>
-#include <sys/time.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -47,9 +46,9 @@ class Connection {
         ReceiverPacket packet;
         recv(mFd, &packet, sizeof(packet), MSG_DONTWAIT);
     }
-    // Waits for room, but not for ever.
+    // False when there is no room now.
     bool send(const ReceiverPacket& packet) const {
-        return ::send(mFd, &packet, sizeof(packet), MSG_NOSIGNAL) == sizeof(packet);
+        return ::send(mFd, &packet, sizeof(packet), MSG_NOSIGNAL | MSG_DONTWAIT) == sizeof(packet);
     }
 
   private:
@@ -65,8 +64,6 @@ std::shared_ptr<Connection> connectToReceiver() {
     const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
     if (fd < 0) return nullptr;
     auto connection = std::make_shared<Connection>(fd);
-    constexpr timeval kTimeToSend = {kPatience.count() / 1000, 0};
-    setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &kTimeToSend, sizeof(kTimeToSend));
     const bool connected =
             connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
     return connected ? connection : nullptr;
@@ -79,10 +76,10 @@ class Receiver {
     // No frequency: off.
     void tune(std::optional<int32_t> frequency) {
         const std::lock_guard<std::mutex> lock(mLock);
+        mFrequency = frequency;
+        mIsTuningDue = true;
         ReceiverPacket reception;
         settle(&reception);
-        mFrequency = frequency;
-        if (mConnection) sendTuning();
     }
 
     // 0 while there is no receiver.
@@ -126,6 +123,7 @@ class Receiver {
     bool settle(ReceiverPacket* reception) {
         for (;;) {
             if (!mConnection && !connect()) return false;
+            if (mIsTuningDue) sendTuning();
             const ssize_t size = mConnection->peek(reception);
             if (size < 0) return false;
             if (size == 0) {
@@ -143,9 +141,9 @@ class Receiver {
         mConnection = connectToReceiver();
         if (!mConnection) return false;
         mConnection->wait(kPatience);
-        if (mFrequency) sendTuning();
+        mIsTuningDue = mFrequency.has_value();
         mConnected.notify_all();
-        return mConnection != nullptr;
+        return true;
     }
 
     void disconnect() {
@@ -160,10 +158,11 @@ class Receiver {
         mRssi = packet.values[1];
     }
 
-    // A receiver that does not take it is left: the next connection begins with it.
+    // Not waiting for room, which the receiver may not make before its receptions are polled: what
+    // is not sent now is sent with the next call.
     void sendTuning() {
         const auto kind = mFrequency ? ReceiverPacket::kTune : ReceiverPacket::kOff;
-        if (!mConnection->send({kind, {mFrequency.value_or(0), 0, 0, 0}})) disconnect();
+        mIsTuningDue = !mConnection->send({kind, {mFrequency.value_or(0), 0, 0, 0}});
     }
 
     void waitFor(milliseconds time, std::unique_lock<std::mutex>* lock) {
@@ -185,6 +184,7 @@ class Receiver {
     std::condition_variable mConnected;
     std::shared_ptr<Connection> mConnection;  // null without a receiver
     std::optional<int32_t> mFrequency;
+    bool mIsTuningDue = false;
     int32_t mStatus = 0;
     int32_t mRssi = 0;
 };
