@@ -103,7 +103,7 @@ static void keyToCallback(benchmark::State& state) {
     std::vector<double> micros;
     for (auto _ : state) {
         const Clock::time_point start = Clock::now();
-        const pid_t key = spawn({VIRTUAL_BOARD, "key", "1", "2", "3"});
+        const pid_t key = spawn({TARQCTL, "key", "1", "2", "3"});
         awaitByte(output);
         micros.push_back(microsSince(start));
         waitpid(key, nullptr, 0);

@@ -2,8 +2,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "host/board/ash/ash_reader.h"
-#include "host/board/ash/frame_text.h"
+#include "host/board/coprocessor/ash_reader.h"
+#include "tools/tarqctl/view/frame_text.h"
 
 using namespace tarq::board::ash;
 

@@ -1,10 +1,10 @@
 // The frames of the serial line: taken apart, put together, and pasted as text.
 #include <gmock/gmock.h>
 
-#include "host/board/ash/ash_reader.h"
-#include "host/board/ash/ezsp.h"
-#include "host/board/ash/frame_text.h"
-#include "host/board/ash/hex_text.h"
+#include "host/board/coprocessor/ash_reader.h"
+#include "host/board/coprocessor/ezsp.h"
+#include "tools/tarqctl/view/frame_text.h"
+#include "tools/tarqctl/view/hex_text.h"
 
 using namespace tarq::board::ash;
 using namespace testing;

@@ -2,8 +2,8 @@
 #include <gmock/gmock.h>
 #include <termios.h>
 
-#include "host/board/ash/hex_text.h"
 #include "tests/test_board.h"
+#include "tools/tarqctl/view/hex_text.h"
 
 using namespace testing;
 using tarq::board::ash::asHex;
@@ -105,7 +105,7 @@ TEST_F(CoprocessorTest, conversation_is_answered_recorded_and_readable) {
                              "host: 12 frames, 4 damaged, 12 bytes skipped\n"
                              "coprocessor: 8 frames, 0 damaged, 0 bytes skipped\n"));
     EXPECT_THAT(seen(board, {"serial", "--json"}), StartsWith("{\"ms\":"));
-    ChildProcess follower({VIRTUAL_BOARD, "serial", "-f", "--json"});
+    ChildProcess follower({TARQCTL, "serial", "-f", "--json"});
     EXPECT_THAT(follower.readLine(),
                 HasSubstr("\"from\":\"host\",\"bytes\":\"1ac038bc7e\",\"type\":\"RST\""));
     follower.kill(SIGINT);
@@ -189,7 +189,7 @@ TEST_F(CoprocessorTest, pasted_frames_need_no_board_and_a_mistake_is_told_with_i
     const std::string file = folder / "x.hex";
     const auto ash = [&](const std::string& text, const std::string& words, int code) {
         writeFile(file, text);
-        ChildProcess tool({"sh", "-c", "exec " VIRTUAL_BOARD " ash " + words + " <$0 2>&1", file});
+        ChildProcess tool({"sh", "-c", "exec " TARQCTL " ash " + words + " <$0 2>&1", file});
         const std::string said = tool.readAll();
         EXPECT_EQ(tool.wait(), code) << said;
         return said;

@@ -27,12 +27,16 @@ done
 # What the device's build does not have, and what would make two programs of one source.
 never='^ *# *(if|ifdef|ifndef)\b|<(filesystem|charconv)>|std::(filesystem|from_chars|to_chars)\b'
 forbid "$never" nothing $device
+# What lies in a running board is known without anything else of the tree.
+forbid "$include (\"|<com/tarq|<binder)" '#include "host/run/' host/run
 # The platform knows no module; it gives common/ and libradiokey their host half.
-forbid "$include (\"|<com/tarq)" '#include "(host/platform/|common/|radiokey/radiokey\.h")' host/platform
+forbid "$include (\"|<com/tarq)" \
+    '#include "(host/(platform|run)/|common/|radiokey/radiokey\.h")' host/platform
 # The virtual board and the daemon meet in files, a pty and a socket.
-# Who looks at them reads effect files as the daemon does.
-board='#include "host/board/'
-foreign="$include (\"|<com/tarq|<binder)"
-forbid "$foreign" "$board" $(find host/board -mindepth 1 -maxdepth 1 ! -name view)
-forbid "$foreign" "$board|#include \"rgbleds/effect_file\.h\"" host/board/view
+forbid "$include (\"|<com/tarq|<binder)" '#include "host/(board|run)/' host/board
+# The tools talk to both. Of the daemon they know the readers of files, of the board the two
+# libraries that say what its records mean: what the LEDs show, and the frames of the serial line.
+readers='hardware_info/(text|peripheral_table)|rgbleds/(effect_file|led_attributes)|common/device_file'
+records='host/board/(leds/led_(driver|effect)|coprocessor/(ash_frame|ash_reader|ezsp))'
+forbid "$include \"" "#include \"(tools/tarqctl/|host/run/|($readers|$records)\.h\")" tools
 exit $status

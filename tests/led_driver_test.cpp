@@ -1,4 +1,4 @@
-#include "host/board/led_driver.h"
+#include "host/board/leds/led_driver.h"
 
 #include <gtest/gtest.h>
 

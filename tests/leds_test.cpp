@@ -32,7 +32,7 @@ class Leds : public Test {
     }
     std::unique_ptr<ChildProcess> viewer(const std::string& words) {
         return std::make_unique<ChildProcess>(
-                std::vector<std::string>{"sh", "-c", "exec " VIRTUAL_BOARD " " + words});
+                std::vector<std::string>{"sh", "-c", "exec " TARQCTL " " + words});
     }
 
     const TestBoard mBoard{"<leds count='12'/>"};
@@ -71,7 +71,7 @@ TEST_F(Leds, colours_are_a_line_for_each_change_or_blocks_on_a_terminal_that_is_
     winsize size = {24, 17, 0, 0};  // three blocks in a row
     int terminal = -1;
     const pid_t child = forkpty(&terminal, nullptr, nullptr, &size);
-    if (child == 0) execl(VIRTUAL_BOARD, VIRTUAL_BOARD, "leds", nullptr);
+    if (child == 0) execl(TARQCTL, TARQCTL, "leds", nullptr);
     fcntl(terminal, F_SETFL, O_NONBLOCK);
     std::string shown;
     const auto shows = [&](const std::string& what) {

@@ -1,11 +1,11 @@
 #include <android/log.h>
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <host/growing_file.h>
 #include <host/log_sink.h>
 #include <pty.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
+#include "host/run/growing_file.h"
 
 #include <algorithm>
 #include <functional>

@@ -8,8 +8,8 @@
 
 #include "tests/child_process.h"
 #include "tests/temporary_directory.h"
+#include "tools/tarqctl/ask/known_services.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/known_services.h"
 
 using namespace testing;
 

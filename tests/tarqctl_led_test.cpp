@@ -3,7 +3,7 @@
 
 #include "tests/run_tarqctl.h"
 #include "tests/test_board.h"
-#include "tools/tarqctl/led_commands.h"
+#include "tools/tarqctl/commands/led_commands.h"
 
 using namespace testing;
 

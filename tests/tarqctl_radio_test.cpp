@@ -3,7 +3,7 @@
 
 #include "tests/run_tarqctl.h"
 #include "tests/test_board.h"
-#include "tools/tarqctl/radio_commands.h"
+#include "tools/tarqctl/commands/radio_commands.h"
 
 using namespace testing;
 

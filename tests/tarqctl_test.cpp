@@ -7,8 +7,8 @@
 #include <sstream>
 
 #include "tests/temporary_directory.h"
+#include "tools/tarqctl/ask/known_services.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/known_services.h"
 
 using namespace tarq::tools;
 using namespace testing;

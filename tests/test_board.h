@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "host/run/control.h"
 #include "tests/child_process.h"
 #include "tests/temporary_directory.h"
 
@@ -60,12 +61,12 @@ class TestBoard {
 
     // Has the board do it: {"set", "gpio42", "1"}.
     void command(const std::vector<std::string>& words) const {
-        std::string said;
-        EXPECT_EQ(ask(words, &said), 0) << said;
+        const tarq::host::Answer answer = tarq::host::askBoard({mDirectory.path()}, words);
+        EXPECT_TRUE(answer.isDone) << answer.reason << answer.error;
     }
-    // The exit code, and what was printed.
+    // Has tarqctl do it. The exit code, and what was printed.
     int ask(std::vector<std::string> words, std::string* said) const {
-        const std::string line = "exec " VIRTUAL_BOARD " --board \"$0\" \"$@\" 2>&1";
+        const std::string line = "exec " TARQCTL " --board \"$0\" \"$@\" 2>&1";
         words.insert(words.begin(), {"sh", "-c", line, mDirectory.path()});
         ChildProcess tool(words);
         *said = tool.readAll();

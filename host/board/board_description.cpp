@@ -1,6 +1,9 @@
+// board.xml says what is fitted, and nothing else about a board. Each kind of part is a row of a
+// table: its element, the attributes that it may have, and the function that turns the element into
+// nodes of the hardware. What is not understood ends the start with its line, for a part that is
+// silently missing would be looked for in the daemon.
 #include "host/board/board_description.h"
 
-#include <stdlib.h>
 #include <string.h>
 #include <tinyxml2.h>
 
@@ -8,10 +11,12 @@
 #include <stdexcept>
 #include <vector>
 
-#include "host/board/attributes.h"
-#include "host/board/camera.h"
-#include "host/board/gpio.h"
-#include "host/board/led_nodes.h"
+#include "host/board/hardware/attributes.h"
+#include "host/board/hardware/camera.h"
+#include "host/board/hardware/gpio.h"
+#include "host/board/leds/led_nodes.h"
+#include "host/run/faults.h"
+#include "host/run/text.h"
 
 namespace tarq::board {
 
@@ -53,13 +58,15 @@ size_t oneOf(const XMLElement& element, const char* name, const std::vector<std:
                                 words[1] + "\"");
 }
 
+// The attribute's value was read, or why is what is wrong with it.
+void require(const char* name, const std::string& why) {
+    if (!why.empty()) throw std::invalid_argument(std::string(name) + ": " + why);
+}
+
 uint32_t number(const XMLElement& element, const char* name) {
-    const std::string text = needed(element, name);
-    const bool isDecimal = text.find_first_not_of("0123456789") == std::string::npos;
-    if (!isDecimal || text.empty() || text.size() > 9) {
-        throw std::invalid_argument(std::string(name) + " is no decimal number below a billion");
-    }
-    return static_cast<uint32_t>(strtoul(text.c_str(), nullptr, 10));
+    int64_t number = 0;
+    require(name, host::parseDecimal(needed(element, name), 0, 999'999'999, &number));
+    return static_cast<uint32_t>(number);
 }
 
 void fitTouchPanel(const XMLElement& element, Fitting& fitting) {
@@ -74,22 +81,27 @@ void fitTouchPanel(const XMLElement& element, Fitting& fitting) {
 }
 
 void fitDisplay(const XMLElement& element, Fitting& fitting) {
-    const auto add = [&](const std::string& path, const char* name, const std::string& bytes) {
+    const auto addHex = [&](const char* attribute, const char* file, const char* name) {
+        const char* digits = element.Attribute(attribute);
+        if (digits == nullptr) return;
+        std::string bytes;
+        require(attribute, host::parseHex(digits, &bytes));
+        fitting.hardware.add(std::string(kPanel) + file, name,
+                             std::make_unique<Attribute>(Attribute::kProperty, bytes));
+    };
+    const auto add = [&](const std::string& path, const std::string& name,
+                         const std::string& bytes) {
         fitting.hardware.add(path, name, std::make_unique<Attribute>(Attribute::kProperty, bytes));
     };
-    if (const char* reg = element.Attribute("reg"); reg != nullptr) {
-        add(kPanel + std::string("id"), "display_reg", fromHex(reg));
-    }
-    if (const char* flag = element.Attribute("hwid_flag"); flag != nullptr) {
-        add(kPanel + std::string("hwid-flag"), "hwid_flag", fromHex(flag));
-    }
+    addHex("reg", "id", "display_reg");
+    addHex("hwid_flag", "hwid-flag", "hwid_flag");
     for (const char* id : {"id1", "id2"}) {
         const std::string gpio = id + std::string("_gpio");
         if (element.Attribute(gpio.c_str()) == nullptr) continue;
         const uint32_t line = number(element, gpio.c_str());
         std::string cell;  // big-endian, as the device tree has it
         for (const int shift : {24, 16, 8, 0}) cell += static_cast<char>(line >> shift & 0xff);
-        add(kTree + std::string("dsi,") + id, (std::string("dsi_") + id).c_str(), cell);
+        add(kTree + std::string("dsi,") + id, std::string("dsi_") + id, cell);
     }
 }
 
@@ -126,7 +138,11 @@ void fitLeds(const XMLElement& element, Fitting& fitting) {
 void fitReceiver(const XMLElement& element, Fitting& fitting) {
     if (fitting.fitted.receiver) throw std::invalid_argument("there is one already");
     const auto value = [&](const char* name, int32_t otherwise) {
-        return element.Attribute(name) != nullptr ? toInt32(attribute(element, name)) : otherwise;
+        int32_t number = otherwise;
+        if (element.Attribute(name) != nullptr) {
+            require(name, host::parseInt32(attribute(element, name), &number));
+        }
+        return number;
     };
     fitting.fitted.receiver = std::make_shared<Receiver>(value("status", 1), value("rssi", -100));
 }
@@ -152,8 +168,8 @@ const Kind& kindOf(const XMLElement& element) {
             {"gpio", {"number", "level", "direction"}, fitGpio},
             {"camera", {"node", "sensor"}, fitCamera},
             {"leds", {"count"}, fitLeds},
-            {"receiver", {"status", "rssi"}, fitReceiver},
-            {"coprocessor", {"manufacturer", "version"}, fitCoprocessor},
+            {host::kReceiver, {"status", "rssi"}, fitReceiver},
+            {host::kCoprocessor, {"manufacturer", "version"}, fitCoprocessor},
     };
     for (const Kind& kind : kKinds) {
         if (strcmp(kind.name, element.Name()) == 0) return kind;

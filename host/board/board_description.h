@@ -3,16 +3,16 @@
 
 #include <filesystem>
 
-#include "host/board/coprocessor_port.h"
-#include "host/board/hardware.h"
-#include "host/board/led_trace.h"
-#include "host/board/receiver.h"
+#include "host/board/coprocessor/coprocessor_port.h"
+#include "host/board/hardware/hardware.h"
+#include "host/board/leds/led_nodes.h"
+#include "host/board/receiver/receiver.h"
 
 namespace tarq::board {
 
 // What is fitted beside the files, yet to be opened. Null where there is none.
 struct Fitted {
-    std::shared_ptr<LedTraceWriter> ledTrace;
+    std::shared_ptr<LedTrace> ledTrace;
     std::shared_ptr<Receiver> receiver;
     std::shared_ptr<CoprocessorPort> coprocessor;
 };

@@ -1,12 +1,22 @@
+// A command is first offered to the parts that are no files, each of which knows its own names;
+// what none of them takes is about a node of the hardware or a plain file. A plain file with a
+// fault or a hold on it is adopted by the hardware, and given back when nothing is the matter with
+// it any more.
 #include "host/board/commands.h"
 
 #include <stdexcept>
 
-#include "host/board/attributes.h"
+#include "host/run/faults.h"
+#include "host/run/text.h"
 
 namespace tarq::board {
 
 namespace fs = std::filesystem;
+
+// Nothing is wrong, or why says what is.
+static void require(const std::string& why) {
+    if (!why.empty()) throw std::invalid_argument(why);
+}
 
 Commands::Commands(Hardware& hardware, PlainFiles& files, std::vector<std::shared_ptr<Part>> parts,
                    std::string withoutFuse)
@@ -33,7 +43,8 @@ void Commands::perform(const std::vector<std::string>& words) {
     if (command == "set") {
         set(node, words[2]);
     } else if (command == "fault") {
-        const Fault fault = faultNamed(words[2]);
+        host::NodeFault fault = {};
+        require(host::findFault(host::kNodeFaults, words[2], &fault));
         disturb(node, [&](const std::string& path) { mHardware.setFault(path, fault); });
     } else if (command == "hold" || command == "release") {
         const bool held = command == "hold";
@@ -57,7 +68,11 @@ std::string Commands::find(const std::string& node) const {
 }
 
 void Commands::set(const std::string& node, const std::string& value) {
-    if (PlainFiles::holds(node)) return mFiles.write(node, unescaped(value));
+    if (PlainFiles::holds(node)) {
+        std::string content;
+        require(host::unescape(value, &content));
+        return mFiles.write(node, content);
+    }
     const std::string path = find(node);
     if (!mWithoutFuse.empty() && mHardware.plainContents().count(path) == 0) {
         throw std::runtime_error("needs FUSE: " + mWithoutFuse);

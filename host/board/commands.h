@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "host/board/hardware.h"
+#include "host/board/hardware/hardware.h"
+#include "host/board/hardware/plain_files.h"
 #include "host/board/part.h"
-#include "host/board/plain_files.h"
 
 namespace tarq::board {
 

@@ -1,9 +1,12 @@
+// The properties of a start, in the order of a device: the defaults of build.prop, each set as any
+// program would set it, then what was saved. A default for a name that was saved is passed over, so
+// that the user's value is never overwritten on the way.
 #include "host/board/properties.h"
 
 #include <cutils/properties.h>
 #include <errno.h>
 #include <host/log_sink.h>
-#include <stdlib.h>
+#include <host/process_board.h>
 
 #include <fstream>
 #include <iostream>
@@ -60,9 +63,9 @@ static void loadDefaults(const fs::path& file, const fs::path& savedProperties) 
     host::setLogSink({});
 }
 
-void loadProperties(const fs::path& defaults, const fs::path& board) {
-    setenv("TARQ_BOARD", board.c_str(), 1);  // where property_set sets
-    const fs::path savedProperties = board / "root/data/property";
+void loadProperties(const fs::path& defaults, const host::Board& board) {
+    host::setProcessBoard(board);  // where property_set sets
+    const fs::path savedProperties = board.savedProperties();
     loadDefaults(defaults, savedProperties);
     // Listed before the first is set: setting one writes it to the same directory.
     const std::vector<fs::directory_entry> files(fs::directory_iterator(savedProperties), {});

@@ -1,3 +1,7 @@
+// A board is switched on in this order: the directory is taken and made anew, the hardware of
+// board.xml is mounted into it, the parts that are no files are opened, and only then commands are
+// taken and "ready" is said. It is switched off in the opposite order by what the destructors do,
+// when a signal tells it to or whoever started it ends.
 #include "host/board/serve.h"
 
 #include <signal.h>
@@ -9,16 +13,23 @@
 #include <stdexcept>
 
 #include "host/board/board_description.h"
+#include "host/board/board_directory.h"
 #include "host/board/commands.h"
-#include "host/board/control.h"
-#include "host/board/endings.h"
-#include "host/board/file_system.h"
-#include "host/board/running_board.h"
-#include "host/board/serial_record.h"
+#include "host/board/control_server.h"
+#include "host/board/hardware/file_system.h"
 
 namespace tarq::board {
 
 namespace fs = std::filesystem;
+
+// From now on they are waited for and do nothing else, in all threads that are started later.
+static sigset_t blockEndings() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&signals, signal);
+    sigprocmask(SIG_BLOCK, &signals, nullptr);
+    return signals;
+}
 
 // The board ends with who started it, however that ends.
 static void dieWithParent() {
@@ -51,35 +62,42 @@ static std::string mount(Hardware& hardware, const fs::path& mountPoint, bool sh
     return why;
 }
 
-void serve(const fs::path& folder, const fs::path& directory, bool shared) {
-    const Endings endings;
-    dieWithParent();
-    Hardware hardware;
-    const Fitted fitted = fit(folder / "board.xml", hardware);
-    RunningBoard board(directory, shared);
-    PlainFiles files(board.directory());
-    board.boot(folder);
-    std::optional<FileSystem> mounted;
-    const std::string withoutFuse = mount(hardware, board.directory() / "hw", shared, &mounted);
-    if (mounted) board.linkHardware();
-    if (mounted && fitted.ledTrace) fitted.ledTrace->open(traceOfLeds(board.directory()));
+// Opens what is fitted beside the files. Where no file system shows the serial port, a link does.
+static std::vector<std::shared_ptr<Part>> openParts(const Fitted& fitted, const host::Board& board,
+                                                    bool isMounted) {
     std::vector<std::shared_ptr<Part>> parts;
+    if (isMounted && fitted.ledTrace) fitted.ledTrace->open(board.ledRecords());
     if (fitted.receiver) {
-        fitted.receiver->open(board.directory());
+        fitted.receiver->open(board);
         parts.push_back(fitted.receiver);
     }
     if (fitted.coprocessor) {
-        fitted.coprocessor->open(recordOfSerial(board.directory()),
-                                 mounted ? "" : board.directory() / "root/dev/ttyS3");
+        fitted.coprocessor->open(board.serialRecords(),
+                                 isMounted ? "" : board.device("/dev/ttyS3"));
         parts.push_back(fitted.coprocessor);
     }
-    Commands commands(hardware, files, parts, withoutFuse);
-    const ControlServer control(board.directory(), [&](const std::vector<std::string>& words) {
-        commands.perform(words);
-    });
+    return parts;
+}
+
+void serve(const fs::path& folder, const fs::path& path, bool shared) {
+    const sigset_t endings = blockEndings();
+    dieWithParent();
+    Hardware hardware;
+    const Fitted fitted = fit(folder / "board.xml", hardware);
+    BoardDirectory directory(path, shared);
+    const host::Board& board = directory.board();
+    PlainFiles files(board);
+    directory.boot(folder);
+    std::optional<FileSystem> mounted;
+    const std::string withoutFuse = mount(hardware, board.hardware(), shared, &mounted);
+    if (mounted) directory.linkHardware();
+    Commands commands(hardware, files, openParts(fitted, board, mounted.has_value()), withoutFuse);
+    const ControlServer control(
+            board, [&](const std::vector<std::string>& words) { commands.perform(words); });
     puts("ready");
     fflush(stdout);
-    endings.wait();
+    int received = 0;
+    sigwait(&endings, &received);
 }
 
 }  // namespace tarq::board

@@ -1,6 +1,6 @@
 #include "common/device_file.h"
 
-#include <host/board_directory.h>
+#include <host/process_board.h>
 
 // The first component counts as a whole: "/devices" is not in "/dev".
 static bool isOnTheBoard(const std::string& path) {
@@ -15,6 +15,6 @@ static bool isOnTheBoard(const std::string& path) {
 std::string deviceFile(std::string path) {
     if (!isOnTheBoard(path)) return path;
     // Without a board there is nothing to open; above all not the host's own /sys or /dev.
-    if (tarq::host::boardDirectory().empty()) return "";
-    return tarq::host::boardPath("root" + path);
+    const tarq::host::Board& board = tarq::host::processBoard();
+    return board.isNone() ? "" : board.device(path);
 }

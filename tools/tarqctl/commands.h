@@ -1,4 +1,4 @@
-// The commands. A new one is a file of its own, a row in commands.cpp and its name here.
+// The commands of the tool.
 #pragma once
 
 #include <functional>
@@ -16,6 +16,7 @@ namespace tarq::tools {
 using Run = std::function<int(Session&)>;
 
 struct Command {
+    const char* group;  // the help's title above it
     const char* name;
     const char* sentence;  // what it does, for the help
     const char* example;   // a command line that works while a board runs
@@ -26,20 +27,10 @@ struct Command {
 // In the order of the help.
 const std::vector<Command>& commands();
 
+// The title of the commands below a command.
+constexpr char kSubcommands[] = "commands";
+
 // Declares them below the app, one of which has to be given, and returns the run of that one.
 Run declareOneOf(const std::vector<Command>& commands, CLI::App& app);
-
-Run declareServices(CLI::App& app);
-Run declareWait(CLI::App& app);
-Run declareLog(CLI::App& app);
-Run declareHwinfo(CLI::App& app);
-Run declareMatch(CLI::App& app);
-Run declareExplainLog(CLI::App& app);
-Run declareOtaTime(CLI::App& app);
-Run declareLed(CLI::App& app);
-Run declareRadio(CLI::App& app);
-Run declareShell(CLI::App& app);
-Run declareGetprop(CLI::App& app);
-Run declareSetprop(CLI::App& app);
 
 }  // namespace tarq::tools

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/tarqctl/daemon.h"
+#include "tools/tarqctl/ask/daemon.h"
 
 namespace tarq::tools {
 

@@ -1,3 +1,5 @@
+// The help is made from what the commands have declared, in one shape for all of them: the parser's
+// own formatter begins with the description, and leaves out the global options.
 #include "tools/tarqctl/help.h"
 
 #include <iomanip>
@@ -57,12 +59,16 @@ static Rows options(const CLI::App& app) {
     return rows;
 }
 
-static Rows subcommands(const CLI::App& app) {
-    Rows rows;
+// Its groups in their order, each with its commands.
+static std::vector<std::pair<std::string, Rows>> subcommands(const CLI::App& app) {
+    std::vector<std::pair<std::string, Rows>> groups;
     for (const CLI::App* command : app.get_subcommands({})) {
-        rows.emplace_back(command->get_name(), command->get_description());
+        if (groups.empty() || groups.back().first != command->get_group()) {
+            groups.push_back({command->get_group(), {}});
+        }
+        groups.back().second.emplace_back(command->get_name(), command->get_description());
     }
-    return rows;
+    return groups;
 }
 
 // The lines after the first stand below it, right of the names.
@@ -75,7 +81,7 @@ static std::string indented(const std::string& lines) {
     return text;
 }
 
-static void print(std::ostream& out, const char* title, const Rows& rows) {
+static void print(std::ostream& out, const std::string& title, const Rows& rows) {
     if (rows.empty()) return;
     out << "\n" << title << ":\n";
     for (const auto& [left, right] : rows) {
@@ -83,12 +89,11 @@ static void print(std::ostream& out, const char* title, const Rows& rows) {
     }
 }
 
-// The parser's own formatter begins with the description, and leaves out the global options.
 std::string HelpFormatter::make_help(const CLI::App* app, std::string /*name*/,
                                      CLI::AppFormatMode /*mode*/) const {
     std::ostringstream out;
     out << usageOf(*app) << "\n" << app->get_description() << "\n";
-    print(out, "commands", subcommands(*app));
+    for (const auto& [group, rows] : subcommands(*app)) print(out, group, rows);
     print(out, "arguments", positionals(*app));
     print(out, "options", options(*app));
     out << "\nexample:\n  " << app->get_footer() << "\n";

@@ -2,7 +2,7 @@
 // tools that knows those texts.
 #pragma once
 
-#include <host/growing_file.h>
+#include "host/run/growing_file.h"
 
 #include <map>
 #include <optional>

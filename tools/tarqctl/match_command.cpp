@@ -1,7 +1,7 @@
 // match ITEM…: the verdict is the service's; its reasons are in the log that it wrote meanwhile.
 #include <com/tarq/hardwareInfo/IHardwareInfoService.h>
-#include <host/growing_file.h>
 #include <string.h>
+#include "host/run/growing_file.h"
 
 #include <CLI/App.hpp>
 #include <algorithm>
@@ -81,7 +81,7 @@ Answer ask(Session& session, const Items& items, const std::string& otaTime) {
     if (!otaTime.empty() && parseOtaTime(otaTime, &time).empty()) {
         daemon.expectOk(service->setOtaTimestamp(time));
     }
-    const std::string path = session.board + "/run/log";
+    const std::string path = session.board.log();
     host::GrowingFile log(path);
     log.read([](const std::string&) {});
     Answer answer;

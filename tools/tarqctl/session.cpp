@@ -9,7 +9,7 @@ void Session::notice(const std::string& text) const {
 }
 
 std::string Session::next(const std::string& command) const {
-    return "tarqctl --board " + shellQuoted(board) + " " + command;
+    return "tarqctl --board " + shellQuoted(board.directory) + " " + command;
 }
 
 std::string shellQuoted(const std::string& word) {

@@ -5,6 +5,7 @@
 #include <iosfwd>
 #include <string>
 
+#include "host/run/board.h"
 #include "tools/tarqctl/failure.h"
 
 namespace tarq::tools {
@@ -20,7 +21,7 @@ struct Session {
     bool coloured = false;  // out is a terminal that wants colours
     bool json = false;
     std::chrono::duration<double> timeout{10};
-    std::string board = {};  // as given; the board's directory once openBoard() has returned
+    host::Board board = {};  // as given; never none once openBoard() has returned
     std::string line = {};   // the command with its arguments, quoted for a shell
 
     Failure failure(const std::string& code, const std::string& why, const std::string& hint,

@@ -1,3 +1,6 @@
+// One call of the tool: the command line is split, so that global options may stand anywhere, the
+// commands declare their arguments, the parser reads them, and the chosen command runs. Whatever
+// cannot go on throws a Failure, which is printed here and nowhere else.
 #include "tools/tarqctl/tarqctl.h"
 
 #include <CLI/CLI.hpp>
@@ -21,7 +24,7 @@ std::string checkTimeout(const std::string& text) {
 }
 
 void declareGlobals(CLI::App& app, Session& session, double* timeout) {
-    app.add_option("--board", session.board,
+    app.add_option("--board", session.board.directory,
                    "the board's directory; TARQ_BOARD, else the one board that you run")
             ->type_name("DIR")
             ->envname("TARQ_BOARD");
@@ -87,7 +90,7 @@ std::string quoted(const std::vector<std::string>& words) {
 }
 
 int runCommand(const std::vector<std::string>& arguments, Session& session) {
-    CLI::App app{"Talks to the device daemon of a virtual board."};
+    CLI::App app{"Talks to the device daemon of a virtual board, and to the board."};
     double timeout = session.timeout.count();
     const Run run = declare(app, session, &timeout);
     const CommandLine line = splitCommandLine(app, arguments);

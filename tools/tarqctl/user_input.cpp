@@ -1,13 +1,17 @@
+// Words of the command line and files that people write are checked before anything is asked: the
+// daemon answers what it understood, which for a wrong word is not what was meant.
 #include "tools/tarqctl/user_input.h"
 
 #include <errno.h>
+#include <stdlib.h>
 #include <string.h>
 #include <utils/String16.h>
 #include <utils/String8.h>
 
 #include <CLI/App.hpp>
-#include <charconv>
 #include <fstream>
+
+#include "host/run/text.h"
 
 namespace tarq::tools {
 
@@ -19,26 +23,24 @@ std::string checkUtf8(const std::string& text) {
     return text == std::string(back.string(), back.size()) ? "" : "it is not UTF-8";
 }
 
-template <typename Number>
-static bool isWhole(const std::string& text, Number* value, int base) {
-    const char* end = text.data() + text.size();
-    const std::from_chars_result result = std::from_chars(text.data(), end, *value, base);
-    return result.ec == std::errc() && result.ptr == end;
-}
-
 std::string parseOtaTime(const std::string& text, int64_t* value) {
-    if (isWhole(text, value, 10)) return "";
-    return "\"" + text + "\" is no decimal number of 64 bits, sign included";
+    return host::parseDecimal(text, INT64_MIN, INT64_MAX, value);
 }
 
-std::string parseInt32(const std::string& text, int32_t* value) {
-    if (isWhole(text, value, 10)) return "";
-    return "\"" + text + "\" is no decimal number of 32 bits, sign included";
+std::string parseCount(const std::string& text, int32_t* value) {
+    int64_t count = 0;
+    const std::string why = host::parseDecimal(text, 1, INT32_MAX, &count);
+    if (why.empty()) *value = static_cast<int32_t>(count);
+    return why;
 }
 
 std::string parseColour(const std::string& text, int32_t* value) {
     const std::string digits = text.substr(text[0] == '#' ? 1 : 0);
-    if (digits.size() == 6 && digits[0] != '-' && isWhole(digits, value, 16)) return "";
+    const bool isHex = digits.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
+    if (digits.size() == 6 && isHex) {
+        *value = static_cast<int32_t>(strtol(digits.c_str(), nullptr, 16));
+        return "";
+    }
     return "\"" + text + "\" is no colour of six hexadecimal digits, such as ff8000";
 }
 
@@ -51,6 +53,18 @@ CLI::Option* addNumber(CLI::App& app, const std::string& name, const std::string
                        Parse parse, int32_t* value) {
     return app.add_option_function<std::string>(
             name, [=](const std::string& text) { parseOrThrow(parse, name, text, value); },
+            description);
+}
+
+CLI::Option* addNumbers(CLI::App& app, const std::string& name, const std::string& description,
+                        std::vector<int32_t>* values) {
+    return app.add_option_function<std::vector<std::string>>(
+            name,
+            [=](const std::vector<std::string>& words) {
+                for (const std::string& word : words) {
+                    parseOrThrow(host::parseInt32, name, word, &values->emplace_back());
+                }
+            },
             description);
 }
 

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "tools/tarqctl/session.h"
 
@@ -19,12 +20,14 @@ namespace tarq::tools {
 // reach it as a different one, or as none at all.
 std::string checkUtf8(const std::string& text);
 
-// A package's time: the whole text, without a plus sign or blanks. Empty when it is a number, else
-// what is wrong.
+// A package's time. Empty when it is a decimal number, else what is wrong; the value is set only
+// then.
 std::string parseOtaTime(const std::string& text, int64_t* value);
 
-// A decimal number, and six hexadecimal digits of a colour, with or without "#", in the same way.
-std::string parseInt32(const std::string& text, int32_t* value);
+// From 1 on, in the same way.
+std::string parseCount(const std::string& text, int32_t* value);
+
+// Six hexadecimal digits of a colour, with or without "#", in the same way.
 std::string parseColour(const std::string& text, int32_t* value);
 
 // Reads the word into the number, or tells what is wrong with it.
@@ -36,6 +39,9 @@ void parseOrThrow(Parse parse, const std::string& name, const std::string& text,
 // Declares an option that is read so. The value has to live as long as the app.
 CLI::Option* addNumber(CLI::App& app, const std::string& name, const std::string& description,
                        Parse parse, int32_t* value);
+// The same for any number of decimal ones.
+CLI::Option* addNumbers(CLI::App& app, const std::string& name, const std::string& description,
+                        std::vector<int32_t>* values);
 
 // Hands over the lines of the file, or of standard input for "-", without their newlines. Throws a
 // Failure if it cannot be read.

@@ -2,7 +2,7 @@
 #include <cutils/properties.h>
 #include <errno.h>
 #include <fcntl.h>
-#include <host/board_directory.h>
+#include <host/process_board.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -16,8 +16,7 @@
 
 using android::String16;
 using android::String8;
-using tarq::host::boardDirectory;
-using tarq::host::boardPath;
+using tarq::host::processBoard;
 
 static constexpr size_t kMaxValueLength = PROPERTY_VALUE_MAX - 1;
 
@@ -47,7 +46,7 @@ static const char* refusal(const char* name, const char* value) {
     }
     if (startsWith(name, "ctl.")) return "ctl. names are commands to init";
     if (!isUtf8(value)) return "the value is not UTF-8";
-    if (boardDirectory().empty()) return "there is no board, TARQ_BOARD is not set";
+    if (processBoard().isNone()) return "there is no board, TARQ_BOARD is not set";
     return nullptr;
 }
 
@@ -75,8 +74,8 @@ static int store(const std::string& directory, const char* name, const char* val
 
 int property_get(const char* key, char* value, const char* default_value) {
     ssize_t length = 0;
-    if (isLegalName(key) && !boardDirectory().empty()) {
-        const std::string path = boardPath(std::string("run/properties/") + key);
+    if (isLegalName(key) && !processBoard().isNone()) {
+        const std::string path = processBoard().properties() + "/" + key;
         const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
         if (fd >= 0) {
             length = read(fd, value, kMaxValueLength);
@@ -99,7 +98,7 @@ int property_set(const char* key, const char* value) {
     const bool once = startsWith(key, "ro.");
     const char* reason = refusal(key, value);
     if (reason == nullptr) {
-        const int error = store(boardPath("run/properties"), key, value, once);
+        const int error = store(processBoard().properties(), key, value, once);
         if (error == EEXIST && once) {
             reason = "it is read-only and already set";
         } else if (error != 0) {
@@ -113,7 +112,7 @@ int property_set(const char* key, const char* value) {
     }
     if (startsWith(key, "persist.")) {
         // As on the device, a value that could not be saved is set all the same.
-        const int error = store(boardPath("root/data/property"), key, value, false);
+        const int error = store(processBoard().savedProperties(), key, value, false);
         if (error != 0) {
             __android_log_print(ANDROID_LOG_ERROR, "libc", "cannot save property \"%s\": %s", key,
                                 strerror(error));

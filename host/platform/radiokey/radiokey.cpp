@@ -1,7 +1,7 @@
 // libradiokey on a host: the receiver is the virtual board's, at the other end of a socket.
 #include "radiokey/radiokey.h"
 
-#include <host/board_directory.h>
+#include <host/process_board.h>
 #include <host/receiver_packets.h>
 #include <poll.h>
 #include <string.h>
@@ -56,7 +56,8 @@ class Connection {
 };
 
 std::shared_ptr<Connection> connectToReceiver() {
-    const std::string path = tarq::host::boardPath(tarq::host::kReceiverSocket);
+    const std::string path =
+            tarq::host::processBoard().directory + "/" + tarq::host::kReceiverSocket;
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
     if (path.size() >= sizeof(address.sun_path)) return nullptr;

@@ -1,13 +1,14 @@
 #include "host/platform/binder/client/daemon_session.h"
 
 #include <errno.h>
+#include <host/process_board.h>
 #include <poll.h>
 #include <pthread.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include "host/platform/binder/client/thread_connections.h"
-#include "host/platform/binder/socket.h"
+#include "host/run/socket.h"
 
 namespace android::host {
 
@@ -17,6 +18,10 @@ static std::atomic<bool> gForked{false};
 static std::mutex& gLock = *new std::mutex;
 static std::shared_ptr<DaemonSession>& gCurrent = *new std::shared_ptr<DaemonSession>;
 static bool gEventsStarted = false;
+
+static int connectToDaemon() {
+    return tarq::host::connectTo(tarq::host::processBoard().binderSocket());
+}
 
 // Sends the packet that opens a connection and waits for the daemon's WELCOME.
 static bool introduce(int fd, const PacketHeader& header, PacketHeader* welcome) {
@@ -32,7 +37,7 @@ std::shared_ptr<DaemonSession> DaemonSession::current() {
     if (gForked || forkHandler != 0) return nullptr;
     std::lock_guard<std::mutex> guard(gLock);
     if (gCurrent != nullptr && !gCurrent->ended() && !gCurrent->daemonIsGone(0)) return gCurrent;
-    const int fd = connectToBoard();
+    const int fd = connectToDaemon();
     if (fd < 0) return nullptr;
     PacketHeader open = {};
     open.kind = PacketKind::OPEN;
@@ -68,7 +73,7 @@ DaemonSession::~DaemonSession() {
 }
 
 int DaemonSession::join(Lane lane) const {
-    const int fd = connectToBoard();
+    const int fd = connectToDaemon();
     if (fd < 0) return fd;
     PacketHeader header = {};
     header.kind = PacketKind::JOIN;

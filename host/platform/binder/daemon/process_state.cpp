@@ -4,7 +4,7 @@
 #include <binder/ProcessState.h>
 #include <errno.h>
 #include <fcntl.h>
-#include <host/board_directory.h>
+#include <host/process_board.h>
 #include <string.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -12,12 +12,11 @@
 
 #include "host/platform/binder/daemon/handlers.h"
 #include "host/platform/binder/daemon/registry.h"
-#include "host/platform/binder/socket.h"
+#include "host/run/socket.h"
 
 namespace android {
 
-using tarq::host::boardDirectory;
-using tarq::host::boardPath;
+using tarq::host::Board;
 
 [[noreturn]] static void fail(const char* what, const char* why) {
     __android_log_print(ANDROID_LOG_FATAL, "binder", "%s: %s", what, why);
@@ -25,30 +24,25 @@ using tarq::host::boardPath;
 }
 
 // A board is opened to other users by making run/ accessible to them.
-static bool boardIsShared() {
+static bool isShared(const Board& board) {
     struct stat run;
-    return stat(boardPath("run").c_str(), &run) == 0 && (run.st_mode & S_IXOTH) != 0;
+    return stat(board.run().c_str(), &run) == 0 && (run.st_mode & S_IXOTH) != 0;
 }
 
 // The socket of a daemon that was killed is in the way; that of a living one must stay.
 static int listenOnBoard() {
-    if (boardDirectory().empty()) {
+    const Board& board = tarq::host::processBoard();
+    if (board.isNone()) {
         fail("no board", "TARQ_BOARD is not set; scripts/run starts a board and the daemon");
     }
-    const int other = host::connectToBoard();
-    if (other >= 0) fail(boardDirectory().c_str(), "another daemon serves this board");
-    sockaddr_un address;
-    if (!host::boardSocketAddress(&address)) {
-        fail(boardDirectory().c_str(), "the path of a board has at most 91 characters");
+    const char* directory = board.directory.c_str();
+    if (tarq::host::connectTo(board.binderSocket()) >= 0) {
+        fail(directory, "another daemon serves this board");
     }
-    const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (fd < 0) fail("socket", strerror(errno));
-    unlink(address.sun_path);
-    const bool shared = boardIsShared();
-    if (bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0 ||
-        chmod(address.sun_path, shared ? 0666 : 0600) != 0 || listen(fd, SOMAXCONN) != 0) {
-        fail(address.sun_path, strerror(errno));
-    }
+    const bool shared = isShared(board);
+    const int fd = tarq::host::listenAt(board.binderSocket(), shared ? 0666 : 0600);
+    if (fd < 0) fail(directory, tarq::host::socketError(-fd).c_str());
+    fcntl(fd, F_SETFL, O_NONBLOCK);
     if (shared && geteuid() == 0) {
         __android_log_print(ANDROID_LOG_WARN, "binder",
                             "shared board, daemon runs as root: local users with uid 0 or 1000 may "

@@ -1,0 +1,77 @@
+// A board that is switched on begins like a device after a reset: run/ and root/ are made anew from
+// the board's folder, and only root/data is what the last run left. What a killed board could not
+// take away, its mount above all, is taken away first.
+#include "host/board/board_directory.h"
+
+#include <errno.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <stdexcept>
+#include <system_error>
+
+#include "host/board/hardware/file_system.h"
+#include "host/board/properties.h"
+#include "host/run/lock.h"
+
+namespace tarq::board {
+
+namespace fs = std::filesystem;
+
+static void makeDirectory(const fs::path& path, fs::perms mode) {
+    fs::create_directories(path);
+    fs::permissions(path, mode);
+}
+
+BoardDirectory::BoardDirectory(const fs::path& directory, bool shared)
+    : mBoard{fs::absolute(directory)}, mMode(static_cast<fs::perms>(shared ? 0755 : 0700)) {
+    umask(shared ? 0022 : 0077);
+    mLock = host::lockBoard(mBoard);
+    if (mLock == -EWOULDBLOCK) {
+        throw std::runtime_error("a board is already running in " + mBoard.directory);
+    }
+    if (mLock < 0) throw std::system_error(-mLock, std::system_category(), mBoard.lock());
+}
+
+BoardDirectory::~BoardDirectory() {
+    std::error_code ignored;  // nobody is left who could do something about it
+    fs::remove_all(mBoard.run(), ignored);
+    close(mLock);
+}
+
+void BoardDirectory::clearRun() {
+    for (const fs::directory_entry& entry : fs::directory_iterator(mBoard.run())) {
+        if (entry.path() != mBoard.lock()) fs::remove_all(entry);
+    }
+}
+
+void BoardDirectory::boot(const fs::path& folder) {
+    clearRun();
+    for (const std::string& path : {mBoard.directory, mBoard.run(), mBoard.properties()}) {
+        makeDirectory(path, mMode);
+    }
+    clearStaleMount(mBoard.hardware());
+    makeDirectory(mBoard.hardware(), mMode);
+    makeDirectory(mBoard.device(""), mMode);
+    for (const char* name : {"/vendor", "/sys", "/proc", "/dev"}) {
+        fs::remove_all(mBoard.device(name));
+        makeDirectory(mBoard.device(name), mMode);
+    }
+    for (const std::string& path : {mBoard.device("/data"), mBoard.savedProperties()}) {
+        makeDirectory(path, mMode);
+    }
+    if (fs::exists(folder / "vendor")) {
+        fs::copy(folder / "vendor", mBoard.device("/vendor"), fs::copy_options::recursive);
+    }
+    loadProperties(folder / "build.prop", mBoard);
+}
+
+void BoardDirectory::linkHardware() {
+    for (const char* name : {"sys", "proc", "dev"}) {
+        const fs::path place = fs::path(mBoard.device("")) / name;
+        fs::remove(place);
+        fs::create_symlink(fs::path("../hw") / name, place);
+    }
+}
+
+}  // namespace tarq::board

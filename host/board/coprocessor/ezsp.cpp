@@ -1,0 +1,52 @@
+#include "host/board/coprocessor/ezsp.h"
+
+#include <stdio.h>
+
+namespace tarq::board::ash {
+
+Ezsp parseEzsp(const Bytes& content) {
+    const bool isExtended = content.size() >= 5 && content[2] == kExtended;
+    const ptrdiff_t place = isExtended ? 4 : 2;
+    Ezsp ezsp;
+    ezsp.sequence = content[0];
+    ezsp.isAnswer = (content[1] & kAnswerBit) != 0;
+    ezsp.id = content[static_cast<size_t>(place)];
+    ezsp.parameters.assign(content.begin() + place + 1, content.end());
+    if (!isExtended && ezsp.id == kVersionId) ezsp.name = "version";
+    if (isExtended && ezsp.id == kQueryId) ezsp.name = "query";
+    return ezsp;
+}
+
+Bytes encodeEzsp(const Ezsp& ezsp) {
+    Bytes content = {ezsp.sequence, ezsp.isAnswer ? kAnswerBit : uint8_t{0}};
+    if (ezsp.name == "query") content.insert(content.end(), {kExtended, 0});
+    content.push_back(ezsp.id);
+    content.insert(content.end(), ezsp.parameters.begin(), ezsp.parameters.end());
+    return content;
+}
+
+std::string meaningOf(const Ezsp& ezsp) {
+    const Bytes& bytes = ezsp.parameters;
+    const auto byte = [&](size_t place) { return place < bytes.size() ? bytes[place] : 0u; };
+    char text[80];
+    if (ezsp.name == "query" && ezsp.isAnswer) {  // a status, then the two numbers
+        snprintf(text, sizeof(text), "manufacturer %04x, version %s", byte(1) | byte(2) << 8,
+                 versionText(byte(3) | byte(4) << 8).c_str());
+    } else if (ezsp.name == "version" && !ezsp.isAnswer && bytes.size() == 1) {
+        snprintf(text, sizeof(text), "wants %u", byte(0));
+    } else if (ezsp.name == "version" && ezsp.isAnswer && bytes.size() == 4) {
+        snprintf(text, sizeof(text), "speaks %u, stack %u of version %s", byte(0), byte(1),
+                 versionText(byte(2) | byte(3) << 8).c_str());
+    } else {
+        return asHex(bytes);
+    }
+    return text;
+}
+
+std::string versionText(unsigned version) {
+    char text[40];
+    snprintf(text, sizeof(text), "%u.%u.%u", version >> 12 & 15, version >> 8 & 15, version & 255);
+    return text;
+}
+
+}  // namespace tarq::board::ash

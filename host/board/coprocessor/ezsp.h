@@ -1,0 +1,40 @@
+// EZSP, the commands and answers inside of the DATA frames of ASH:
+//
+//     sequence | frame control | id | parameters
+//     sequence | frame control | ff | 00 | id | parameters      the extended form
+//
+// The frame control of an answer has its highest bit set, and its sequence is that of the command.
+#pragma once
+
+#include "host/board/coprocessor/ash_frame.h"
+
+namespace tarq::board::ash {
+
+// The one command that the presence check asks in either form.
+constexpr uint8_t kVersionId = 0x00;
+constexpr uint8_t kQueryId = 0x13;  // extended: manufacturer and version of the co-processor
+constexpr uint8_t kExtended = 0xFF;
+constexpr uint8_t kAnswerBit = 0x80;
+
+struct Ezsp {
+    uint8_t sequence = 0;
+    bool isAnswer = false;
+    uint8_t id = 0;
+    std::string name = {};  // "version" or "query"; "" for all others
+    Bytes parameters = {};
+};
+
+// content: that of a DATA frame, at least 3 bytes.
+Ezsp parseEzsp(const Bytes& content);
+
+// Back again, for the id and form that the name has.
+Bytes encodeEzsp(const Ezsp& ezsp);
+
+// What the parameters say: "wants 7"; of an unknown id they themselves, "" when there are none.
+// What an answer to the query does not reach reads as 0, as in the presence check.
+std::string meaningOf(const Ezsp& ezsp);
+
+// "6.10.3": four bits, four bits and a byte.
+std::string versionText(unsigned version);
+
+}  // namespace tarq::board::ash

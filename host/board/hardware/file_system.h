@@ -1,0 +1,36 @@
+// The hardware as files: a FUSE file system.
+#pragma once
+
+#include <atomic>
+#include <filesystem>
+#include <string>
+#include <thread>
+
+#include "host/board/hardware/hardware.h"
+
+struct fuse;
+
+namespace tarq::board {
+
+// Mounted, and served by threads of its own, as long as it exists.
+class FileSystem {
+  public:
+    // forAll: other users may look in. Throws std::runtime_error with the reason when this system
+    // does not let us mount.
+    FileSystem(Hardware& hardware, const std::filesystem::path& mountPoint, bool forAll);
+    // Calls that wait return; files that are still open are dead from then on.
+    ~FileSystem();
+    FileSystem(const FileSystem&) = delete;
+    FileSystem& operator=(const FileSystem&) = delete;
+
+  private:
+    Hardware& mHardware;
+    fuse* mFuse;
+    std::atomic<bool> mLoopEnded{false};
+    std::thread mLoop;
+};
+
+// Takes away a mount that a killed board left, if there is one.
+void clearStaleMount(const std::filesystem::path& mountPoint);
+
+}  // namespace tarq::board

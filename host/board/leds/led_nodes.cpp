@@ -1,0 +1,56 @@
+#include "host/board/leds/led_nodes.h"
+
+#include <utility>
+
+#include "host/board/leds/led_driver.h"
+#include "host/run/clock.h"
+
+namespace tarq::board {
+
+namespace {
+
+struct Leds {
+    LedDriver driver;
+    std::shared_ptr<LedTrace> trace;
+};
+
+class LedAttribute : public Node {
+  public:
+    LedAttribute(std::shared_ptr<Leds> leds, std::string name)
+        : Node(0644), mLeds(std::move(leds)), mName(std::move(name)) {}
+
+    int read(std::string* content) override {
+        return mLeds->driver.read(mName, content) ? 0 : -EINVAL;
+    }
+    int write(const std::string& record) override {
+        const int64_t ms = host::nowMs();
+        const bool taken = mLeds->driver.write(mName, record, ms);
+        mLeds->trace->add({ms, mName, record, !taken});
+        return taken ? 0 : -EINVAL;
+    }
+    bool isPlain() const override { return true; }
+
+  private:
+    const std::shared_ptr<Leds> mLeds;
+    const std::string mName;
+};
+
+}  // namespace
+
+void LedTrace::open(const std::string& file) {
+    mFile.open(file);
+    mFile.add(host::firstLedLine(mLeds));
+}
+
+std::shared_ptr<LedTrace> addLeds(Hardware& hardware, size_t count) {
+    const auto trace = std::make_shared<LedTrace>(count);
+    const auto leds = std::make_shared<Leds>(Leds{LedDriver(count), trace});
+    for (const std::string name :
+         {"set_color", "set_brightness", "get_color", "get_brightness", "standby_effect",
+          "xml_effect_trans_state", "xml_effect_trans_vals", "xml_effect_trans_data"}) {
+        hardware.add("/sys/class/rgbled/" + name, name, std::make_unique<LedAttribute>(leds, name));
+    }
+    return trace;
+}
+
+}  // namespace tarq::board

@@ -1,0 +1,45 @@
+// What lies in the directory of a running board, each path once.
+#pragma once
+
+#include <stddef.h>
+
+#include <string>
+
+namespace tarq::host {
+
+// A board by its directory, which exists as long as somebody keeps it; run/ is there only while the
+// board is switched on. A value: whoever reads or writes there is handed one.
+struct Board {
+    std::string directory = {};  // "" is no board
+
+    bool isNone() const { return directory.empty(); }
+
+    // "/vendor/etc" -> the file that stands for it on this machine. /vendor and /data are plain
+    // folders; /sys, /proc and /dev lead into hardware(), or are plain as well without FUSE.
+    std::string device(const std::string& path) const { return directory + "/root" + path; }
+    std::string hardware() const { return directory + "/hw"; }
+    // Where plain files wait that the hardware plays meanwhile.
+    std::string aside() const { return directory + "/aside"; }
+
+    std::string run() const { return directory + "/run"; }
+    // Locked by the board's process (flock), for as long as it runs.
+    std::string lock() const { return directory + "/run/lock"; }
+    // A file for each property; one whose name begins with a dot is being written.
+    std::string properties() const { return directory + "/run/properties"; }
+    // Those that are kept over a restart.
+    std::string savedProperties() const { return device("/data/property"); }
+    // What the daemon logs, when it was started with this path in TARQ_LOG.
+    std::string log() const { return directory + "/run/log"; }
+    // Where the daemon listens, and where the board does.
+    std::string binderSocket() const { return directory + "/run/binder.sock"; }
+    std::string controlSocket() const { return directory + "/run/board.sock"; }
+    // What was written to the LED driver, see led_record.h, and to the serial line,
+    // serial_record.h.
+    std::string ledRecords() const { return directory + "/run/leds.jsonl"; }
+    std::string serialRecords() const { return directory + "/run/serial.jsonl"; }
+};
+
+// In bytes: the longest directory below which every socket has an address (sockaddr_un).
+constexpr size_t kMaxBoardPath = 91;
+
+}  // namespace tarq::host

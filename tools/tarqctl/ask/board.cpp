@@ -1,0 +1,67 @@
+// A session's board is settled once: the one that was named, else the only one that the user runs.
+// More than one is no reason to guess. From then on it is also the board of this process, for what
+// has no way to be told: binder, properties and the device's paths.
+#include "tools/tarqctl/ask/board.h"
+
+#include <errno.h>
+#include <host/process_board.h>
+
+#include <filesystem>
+
+#include "host/run/control.h"
+#include "host/run/lock.h"
+#include "host/run/socket.h"
+#include "tools/tarqctl/ask/time_limit.h"
+
+namespace tarq::tools {
+
+namespace fs = std::filesystem;
+
+static host::Board onlyRunningBoard(const Session& session) {
+    const std::vector<host::Board> boards = host::runningBoards();
+    if (boards.empty()) {
+        throw session.failure("no_board",
+                              "no board is running below " + host::usersBoards() +
+                                      ", and neither --board nor TARQ_BOARD names one",
+                              howToStart(0));
+    }
+    if (boards.size() > 1) {
+        std::string why = "several boards are running:";
+        for (const host::Board& board : boards) why += " --board " + shellQuoted(board.directory);
+        throw session.failure(
+                "several_boards", why,
+                "tarqctl --board " + shellQuoted(boards.front().directory) + " services");
+    }
+    return boards.front();
+}
+
+const char* howToStart(int error) {
+    return error == EACCES ? "scripts/run --shared" : "scripts/run";
+}
+
+void openBoard(Session& session) {
+    if (session.board.isNone()) session.board = onlyRunningBoard(session);
+    const std::string run = session.board.run();
+    std::error_code error;
+    if (!fs::is_directory(run, error)) {
+        if (!error) error = std::make_error_code(std::errc::not_a_directory);
+        throw session.failure("no_board", run + ": " + error.message(), howToStart(error.value()));
+    }
+    host::setProcessBoard(session.board);
+}
+
+std::string askBoard(const Session& session, const std::vector<std::string>& words) {
+    host::Answer answer;
+    {
+        const TimeLimit limit(session,
+                              [&] { return noAnswer(session, "the board hangs or is stopped"); });
+        answer = host::askBoard(session.board, words);
+    }
+    if (answer.error == 0) return answer.isDone ? "" : answer.reason;
+    throw session.failure("no_board",
+                          "no board can be asked in " + session.board.directory + ": " +
+                                  host::socketError(answer.error),
+                          howToStart(answer.error));
+}
+
+}  // namespace tarq::tools

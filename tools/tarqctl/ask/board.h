@@ -1,0 +1,23 @@
+// Which board a command is about, and having it do something.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tools/tarqctl/session.h"
+
+namespace tarq::tools {
+
+// The command that starts a board, after the error with which none could be reached.
+const char* howToStart(int error);
+
+// Settles on the board that was given or else the only one that the user runs, and makes it this
+// process's board. To be called before anything that reads properties or calls the daemon. Throws
+// a Failure when there is none, or more than one.
+void openBoard(Session& session);
+
+// Has the opened board do it, within --timeout: {"set", "gpio42", "1"}. Returns why it refused, or
+// "". Throws a Failure when it could not be asked.
+std::string askBoard(const Session& session, const std::vector<std::string>& words);
+
+}  // namespace tarq::tools

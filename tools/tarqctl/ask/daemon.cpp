@@ -1,0 +1,89 @@
+// Between a command and a service's answer stand a board, a daemon that listens, a time limit and a
+// registration. Each of them that is missing is a failure with a cause and a hint of its own, found
+// in this order, so that a command only says which service it wants and what to ask.
+#include "tools/tarqctl/ask/daemon.h"
+
+#include <binder/IServiceManager.h>
+#include <unistd.h>
+
+#include "host/run/socket.h"
+#include "tools/tarqctl/ask/board.h"
+#include "tools/tarqctl/ask/known_services.h"
+
+namespace tarq::tools {
+
+using android::IBinder;
+using android::sp;
+using android::String16;
+using android::String8;
+using android::binder::Status;
+
+int connectToDaemon(const Session& session) {
+    const int fd = host::connectTo(session.board.binderSocket());
+    if (fd < 0) return -fd;
+    close(fd);
+    return 0;
+}
+
+Failure notListening(const Session& session, int error) {
+    const bool hasLog = access(session.board.log().c_str(), R_OK) == 0;
+    return session.failure(
+            "no_daemon",
+            "cannot connect to " + session.board.binderSocket() + ": " + host::socketError(error),
+            hasLog ? session.next("log") : howToStart(error));
+}
+
+Failure daemonTooSlow(const Session& session, const std::string& likelyCause) {
+    const std::string check = startupCheck();
+    return noAnswer(session, check.empty() ? likelyCause : check);
+}
+
+static const Session& opened(Session& session) {
+    openBoard(session);
+    return session;
+}
+
+Daemon::Daemon(Session& session, const std::string& likelyCause)
+    : mSession(opened(session)),
+      mLimit(session, [&session, likelyCause] { return daemonTooSlow(session, likelyCause); }) {
+    // Without this look defaultServiceManager() would wait for a daemon for ever.
+    if (const int error = connectToDaemon(session)) throw notListening(session, error);
+}
+
+sp<IBinder> Daemon::find(const String16& name) {
+    return android::defaultServiceManager()->checkService(name);
+}
+
+sp<IBinder> Daemon::require(const String16& name) const {
+    const sp<IBinder> service = find(name);
+    if (service != nullptr) return service;
+    const std::string text = String8(name).string();
+    std::string why = text + " is not registered";
+    for (const FoundService& known : findKnownServices()) {
+        if (known.name == text && !known.present) why += ": " + known.reason;
+    }
+    throw mSession.failure("no_service", why, mSession.next("services"));
+}
+
+// The ways in which a call fails without the service having said anything.
+static std::string reason(const Status& status) {
+    switch (status.transactionError()) {
+        case android::DEAD_OBJECT:
+            return "the daemon ended before it answered";
+        case android::FAILED_TRANSACTION:
+            return "the call or its answer was not delivered, it may be too large";
+        case android::UNKNOWN_TRANSACTION:
+            return "the service does not know this call";
+        default:
+            return status.toString8().string();
+    }
+}
+
+void Daemon::expectOk(const Status& status) const {
+    if (status.isOk()) return;
+    const bool answered = status.transactionError() == android::OK;
+    throw mSession.failure("call_failed", reason(status), mSession.next("log"),
+                           answered ? kServiceSaidNo : kCouldNotAsk);
+}
+
+}  // namespace tarq::tools

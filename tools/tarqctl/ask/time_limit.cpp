@@ -1,0 +1,64 @@
+// A call that waits cannot be called back, so a limit is a thread beside it that waits as well: for
+// the end of the call or of the time, whichever comes first. When the time is up first, the failure
+// is printed and the process ends in the middle of the call.
+#include "tools/tarqctl/ask/time_limit.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <sstream>
+
+namespace tarq::tools {
+
+using std::chrono::steady_clock;
+
+Timer::Timer(std::chrono::duration<double> delay, std::function<void()> expired)
+    : mExpired(std::move(expired)),
+      mThread(&Timer::wait, this,
+              steady_clock::now() + std::chrono::duration_cast<steady_clock::duration>(delay)) {}
+
+Timer::~Timer() {
+    {
+        const std::lock_guard<std::mutex> lock(mLock);
+        mStopped = true;
+    }
+    mChanged.notify_one();
+    mThread.join();
+}
+
+void Timer::wait(steady_clock::time_point deadline) {
+    // The lock is held while it runs: the destructor waits, and its stop comes too late.
+    std::unique_lock<std::mutex> lock(mLock);
+    const auto stopped = [this] { return mStopped; };
+    if (mChanged.wait_until(lock, deadline, stopped)) return;
+    mExpired();
+    // Stays until it is joined: the process may end before, and would leave an ended thread behind.
+    mChanged.wait(lock, stopped);
+}
+
+// _exit: the main thread is in the middle of a call, and nothing it uses may be destroyed.
+static void endWith(const Session& session, const Failure& failure) {
+    printFailure(failure, session.json, session.out, session.err);
+    _exit(failure.exitCode);
+}
+
+TimeLimit::TimeLimit(const Session& session, std::function<Failure()> failure)
+    : mTimer(session.timeout,
+             [&session, failure = std::move(failure)] { endWith(session, failure()); }) {}
+
+Failure noAnswer(const Session& session, const std::string& likelyCause) {
+    std::ostringstream longer;
+    longer << "--timeout " << std::clamp(session.timeout.count() * 6, 60.0, kMaxTimeout) << " "
+           << session.line;
+    return session.failure("timeout",
+                           "no answer after " + seconds(session.timeout) + ": " + likelyCause,
+                           session.next(longer.str()));
+}
+
+std::string seconds(std::chrono::duration<double> time) {
+    std::ostringstream text;
+    text << time.count() << " s";
+    return text.str();
+}
+
+}  // namespace tarq::tools

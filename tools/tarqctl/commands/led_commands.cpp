@@ -1,0 +1,222 @@
+// led color|brightness|set|effect|stop: one call each. The units are the LED driver's. The
+// service's answer does not tell everything: an attribute that could not be opened is only in its
+// log, so each call is looked up there by its operation and arguments before it is called done.
+#include "tools/tarqctl/commands/led_commands.h"
+
+#include <CLI/App.hpp>
+#include <algorithm>
+#include <array>
+#include <ostream>
+
+#include "host/run/text.h"
+#include "tools/tarqctl/ask/daemon.h"
+#include "tools/tarqctl/command_line.h"
+#include "tools/tarqctl/print_json.h"
+#include "tools/tarqctl/user_input.h"
+
+namespace tarq::tools {
+
+using android::binder::Status;
+using com::tarq::rgbleds::IRgbLedsService;
+using Words = std::vector<std::string>;
+
+std::optional<LedCall> askLeds(Session& session, const std::string& operation,
+                               const std::function<Status(IRgbLedsService&, LedAnswer*)>& call) {
+    LedAnswer answer;
+    std::optional<LedCall> logged;
+    {
+        const Daemon daemon(session,
+                            "the LED driver is slow, or the daemon is still starting, or hangs");
+        const auto leds = daemon.service<IRgbLedsService>();
+        LedLog log(session.board.log());
+        daemon.expectOk(call(*leds, &answer));
+        logged = log.find(operation, answer.arguments);
+    }
+    const bool opened = !logged || logged->notOpened.empty();
+    if (answer.done && opened) return logged;
+    throw session.failure("attribute",
+                          opened ? "the service said no, and its log does not tell why"
+                                 : "the daemon cannot open " + joined(logged->notOpened),
+                          session.next("log"), kServiceSaidNo);
+}
+
+namespace {
+
+struct Numbers {
+    int32_t id = 0;
+    int32_t colour = 0;
+    int32_t brightness = 0;
+    std::vector<int32_t> ids = {};
+    std::array<int32_t, 5> effect = {};
+};
+
+Words texts(std::initializer_list<int32_t> numbers) {
+    Words words;
+    for (const int32_t number : numbers) words.push_back(std::to_string(number));
+    return words;
+}
+
+std::string hex(int32_t number, const char* format) {
+    char digits[9];
+    snprintf(digits, sizeof(digits), format, static_cast<unsigned>(number));
+    return digits;
+}
+
+CLI::Option* addId(CLI::App& app, Numbers& numbers) {
+    return addNumber(app, "ID", "of the LED, decimal", host::parseInt32, &numbers.id)->required();
+}
+
+int setColour(Session& session, const Numbers& n) {
+    askLeds(session, "setRgbColor", [&n](IRgbLedsService& leds, LedAnswer* answer) {
+        answer->arguments = texts({n.id, n.colour});
+        return leds.setRgbColor(n.id, n.colour, &answer->done);
+    });
+    return printDone(session);
+}
+
+int setBrightness(Session& session, const Numbers& n) {
+    askLeds(session, "setRgbBrightness", [&n](IRgbLedsService& leds, LedAnswer* answer) {
+        answer->arguments = texts({n.id, n.brightness});
+        return leds.setRgbBrightness(n.id, n.brightness, &answer->done);
+    });
+    return printDone(session);
+}
+
+int32_t read(Session& session, const std::string& operation, int32_t id,
+             Status (IRgbLedsService::*get)(int32_t, int32_t*)) {
+    int32_t value = 0;
+    askLeds(session, operation, [&](IRgbLedsService& leds, LedAnswer* answer) {
+        Status status = (leds.*get)(id, &value);
+        answer->arguments = {std::to_string(id), hex(value, "%x")};
+        return status;
+    });
+    return value;
+}
+
+Run declareColour(CLI::App& app) {
+    const auto n = std::make_shared<Numbers>();
+    addId(app, *n);
+    const CLI::Option* given =
+            addNumber(app, "RRGGBB", "six hexadecimal digits; left out: print the colour",
+                      parseColour, &n->colour);
+    return [n, given](Session& session) {
+        if (given->count() > 0) return setColour(session, *n);
+        const int32_t value = read(session, "getRgbColor", n->id, &IRgbLedsService::getRgbColor);
+        const std::string colour = hex(value, "%06x");
+        return printResult(session, {{"color", colour}}, colour);
+    };
+}
+
+Run declareBrightness(CLI::App& app) {
+    const auto n = std::make_shared<Numbers>();
+    addId(app, *n);
+    const CLI::Option* given = addNumber(app, "N", "decimal; left out: print the brightness",
+                                         host::parseInt32, &n->brightness);
+    return [n, given](Session& session) {
+        if (given->count() > 0) return setBrightness(session, *n);
+        const int32_t value =
+                read(session, "getRgbBrightness", n->id, &IRgbLedsService::getRgbBrightness);
+        return printResult(session, {{"brightness", value}}, std::to_string(value));
+    };
+}
+
+Run declareSet(CLI::App& app) {
+    const auto n = std::make_shared<Numbers>();
+    addNumber(app, "--color", "six hexadecimal digits", parseColour, &n->colour)
+            ->required()
+            ->type_name("RRGGBB");
+    addNumber(app, "--brightness", "decimal", host::parseInt32, &n->brightness)
+            ->required()
+            ->type_name("N");
+    addNumbers(app, "ID", "of the LEDs, decimal, set one after the other", &n->ids)->required();
+    return [n](Session& session) {
+        askLeds(session, "setLedList", [&n](IRgbLedsService& leds, LedAnswer* answer) {
+            answer->arguments = texts({n->ids.back(), n->colour, n->brightness});
+            return leds.setLedList(n->ids, n->colour, n->brightness, &answer->done);
+        });
+        return printDone(session);
+    };
+}
+
+// In the order of the call.
+constexpr const char* kParameters[] = {"type", "color", "brightness", "cont", "val"};
+
+// Each one once, in any order.
+void parseEffect(const Words& words, std::array<int32_t, 5>* values) {
+    std::array<bool, 5> given = {};
+    for (const std::string& word : words) {
+        const std::string name = word.substr(0, word.find('='));
+        const auto* known = std::find(std::begin(kParameters), std::end(kParameters), name);
+        if (known == std::end(kParameters) || name.size() == word.size()) {
+            throw CLI::ValidationError(word,
+                                       "it is none of type=, color=, brightness=, cont=, val=");
+        }
+        const auto i = static_cast<size_t>(known - kParameters);
+        if (std::exchange(given[i], true)) throw CLI::ValidationError(name, "it is given twice");
+        parseOrThrow(name == "color" ? parseColour : host::parseInt32, name,
+                     word.substr(name.size() + 1), &(*values)[i]);
+    }
+    const auto* missing = std::find(given.begin(), given.end(), false);
+    if (missing == given.end()) return;
+    throw CLI::ValidationError(kParameters[missing - given.begin()], "it is not given");
+}
+
+Run declareEffect(CLI::App& app) {
+    const auto n = std::make_shared<Numbers>();
+    addId(app, *n);
+    app.add_option_function<Words>(
+               "NAME=VALUE", [n](const Words& words) { parseEffect(words, &n->effect); },
+               "type, color, brightness, cont and val, all of them; the colour\n"
+               "in six hexadecimal digits, the others decimal")
+            ->required();
+    return [n](Session& session) {
+        askLeds(session, "setRgbEffect", [&n](IRgbLedsService& leds, LedAnswer* answer) {
+            const auto& [type, colour, brightness, cont, val] = n->effect;
+            answer->arguments = texts({n->id, type, colour, brightness, cont, val});
+            int32_t result = 0;
+            Status status = leds.setRgbEffect(n->id, type, colour, brightness, cont, val, &result);
+            answer->done = result != 0;
+            return status;
+        });
+        return printDone(session);
+    };
+}
+
+Run declareStop(CLI::App& /*app*/) {
+    return [](Session& session) {
+        askLeds(session, "stopLampEffect", [](IRgbLedsService& leds, LedAnswer* answer) {
+            int32_t result = 0;
+            Status status = leds.stopLampEffect(&result);
+            answer->done = result != 0;
+            return status;
+        });
+        return printDone(session);
+    };
+}
+
+}  // namespace
+
+const std::vector<Command>& ledCommands() {
+    static const std::vector<Command>& table = *new std::vector<Command>{
+            {kSubcommands, "color", "Sets an LED's colour, or prints it.", "tarqctl led color 3",
+             declareColour},
+            {kSubcommands, "brightness", "Sets an LED's brightness, or prints it.",
+             "tarqctl led brightness 3 128", declareBrightness},
+            {kSubcommands, "set", "Sets several LEDs.",
+             "tarqctl led set --color ff8000 --brightness 255 0 1 2", declareSet},
+            {kSubcommands, "effect", "Sets the effect of an LED while no file plays.",
+             "tarqctl led effect 3 type=2 color=ff0000 brightness=255 cont=0 val=10",
+             declareEffect},
+            {kSubcommands, "play", "Plays an effect file.", "tarqctl led play wave_fast",
+             declareLedPlay},
+            {kSubcommands, "stop", "Stops the effect file that plays.", "tarqctl led stop",
+             declareStop},
+    };
+    return table;
+}
+
+Run declareLed(CLI::App& app) {
+    return declareOneOf(ledCommands(), app);
+}
+
+}  // namespace tarq::tools

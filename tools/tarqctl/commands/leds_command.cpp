@@ -1,0 +1,111 @@
+// leds: the LEDs of the board as they are seen, live or as a picture of an effect. What the records
+// of the trace mean is the driver's business, so the tool feeds a driver of its own with them and
+// looks at that every 20 ms; a change is shown.
+#include <unistd.h>
+
+#include <CLI/App.hpp>
+#include <atomic>
+#include <ostream>
+#include <thread>
+
+#include "host/run/clock.h"
+#include "tools/tarqctl/ask/board.h"
+#include "tools/tarqctl/ask/interrupt.h"
+#include "tools/tarqctl/commands.h"
+#include "tools/tarqctl/print_json.h"
+#include "tools/tarqctl/view/draw_effect.h"
+#include "tools/tarqctl/view/led_blocks.h"
+#include "tools/tarqctl/view/led_replay.h"
+
+namespace tarq::tools {
+
+namespace {
+
+// The terminal's other screen, without a cursor; afterwards the usual one is as it was.
+class Screen {
+  public:
+    explicit Screen(std::ostream& out) : mOut(out) { mOut << "\x1b[?1049h\x1b[?25l"; }
+    ~Screen() { mOut << "\x1b[0m\x1b[?25h\x1b[?1049l" << std::flush; }
+    Screen(const Screen&) = delete;
+    Screen& operator=(const Screen&) = delete;
+
+    // Once more when the terminal's size has changed.
+    void show(const Colours& colours) {
+        winsize size = {};
+        ioctl(STDOUT_FILENO, TIOCGWINSZ, &size);
+        if (size.ws_col == 0 || size.ws_row == 0) size = {24, 80, 0, 0};
+        const bool isResized = size.ws_col != mSize.ws_col || size.ws_row != mSize.ws_row ||
+                               colours.size() != mColours.size();
+        if (isResized) mOut << "\x1b[2J";
+        if (isResized || colours != mColours) mOut << blocks(colours, size) << std::flush;
+        mSize = size;
+        mColours = colours;
+    }
+
+  private:
+    std::ostream& mOut;
+    winsize mSize = {};
+    Colours mColours;
+};
+
+void printColours(const Session& session, int64_t ms, const Colours& colours) {
+    if (!session.json) {
+        session.out << listed(colours) + "\n" << std::flush;
+        return;
+    }
+    Json leds = Json::array();
+    for (const uint32_t colour : colours) {
+        char digits[7];
+        snprintf(digits, sizeof(digits), "%06x", colour & 0xffffff);
+        leds.push_back(digits);
+    }
+    printJson(session.out, {{"ms", ms}, {"leds", leds}});
+}
+
+// As blocks on a terminal; without one, or with --json or NO_COLOR, a line for each change.
+int watch(const Session& session) {
+    LedReplay leds(session);
+    std::atomic<bool> isOver{false};
+    const Interrupt interrupt([&isOver] { isOver = true; });
+    std::optional<Screen> screen;
+    if (session.coloured && !session.json) screen.emplace(session.out);
+    Colours before;
+    while (!isOver && session.out.good()) {
+        leds.update();
+        const int64_t ms = host::nowMs();
+        const Colours colours = leds.driver().shown(ms);
+        if (screen) {
+            screen->show(colours);
+        } else if (colours != before) {
+            printColours(session, ms, colours);
+        }
+        before = colours;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return kDone;
+}
+
+}  // namespace
+
+Run declareLeds(CLI::App& app) {
+    const auto effect = std::make_shared<std::string>();
+    const auto gif = std::make_shared<std::string>();
+    CLI::Option* option =
+            app.add_option("--gif", *gif,
+                           "draw the effect that is played into this file, as a moving\n"
+                           "GIF, instead of showing the LEDs until Ctrl-C")
+                    ->type_name("FILE");
+    app.add_option("--effect", *effect,
+                   "draw this one: a file of the device, such as\n"
+                   "/vendor/etc/leds/wave_fast.xml, or any other")
+            ->type_name("FILE")
+            ->needs(option);
+    return [effect, gif](Session& session) -> int {
+        openBoard(session);
+        if (gif->empty()) return watch(session);
+        drawEffect(session, *effect, *gif);
+        return printDone(session);
+    };
+}
+
+}  // namespace tarq::tools

@@ -1,0 +1,37 @@
+// ota-time N: kept by the daemon for all callers, until the next one.
+#include <com/tarq/hardwareInfo/IHardwareInfoService.h>
+
+#include <CLI/App.hpp>
+
+#include "tools/tarqctl/ask/daemon.h"
+#include "tools/tarqctl/commands.h"
+#include "tools/tarqctl/print_json.h"
+#include "tools/tarqctl/user_input.h"
+
+namespace tarq::tools {
+
+using com::tarq::hardwareInfo::IHardwareInfoService;
+
+// The daemon takes any number and has nothing to say to it.
+static int send(Session& session, int64_t timestamp) {
+    {
+        const Daemon daemon(session, "the daemon is still starting, or hangs");
+        daemon.expectOk(daemon.service<IHardwareInfoService>()->setOtaTimestamp(timestamp));
+    }
+    return printDone(session);
+}
+
+Run declareOtaTime(CLI::App& app) {
+    const auto text = std::make_shared<std::string>();
+    int64_t ignored = 0;
+    app.add_option("N", *text, "in the unit of the board's timestamp file; 0 lets no package pass")
+            ->required()
+            ->check([ignored](const std::string& n) mutable { return parseOtaTime(n, &ignored); });
+    return [text](Session& session) {
+        int64_t timestamp = 0;
+        parseOtaTime(*text, &timestamp);
+        return send(session, timestamp);
+    };
+}
+
+}  // namespace tarq::tools

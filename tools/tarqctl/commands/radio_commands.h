@@ -1,0 +1,37 @@
+// The commands below `radio`, as in commands.h.
+#pragma once
+
+#include <com/tarq/radiokey/IRadioKeyService.h>
+
+#include "tools/tarqctl/ask/daemon.h"
+#include "tools/tarqctl/commands.h"
+
+namespace tarq::tools {
+
+const std::vector<Command>& radioCommands();
+
+Run declareRadioWatch(CLI::App& app);
+
+// The service, or a Failure that tells why there is none.
+android::sp<com::tarq::radiokey::IRadioKeyService> radioOf(const Daemon& daemon);
+
+constexpr char kRadioIsSlow[] =
+        "the receiver is slow, or the daemon is still starting, or hangs or is stopped";
+
+// What the service answers while the receiver is being started or set to another frequency. Every
+// other number is the receiver's own; 0 is the one of a virtual board without a receiver.
+constexpr int32_t kChipNotReady = -1;
+constexpr int32_t kChipAbsent = 0;
+
+// What a start of the daemon makes of the stored text.
+struct StoredFrequency {
+    int32_t number;
+    std::string text;  // empty when none is stored
+};
+// Reads the board's property, without the daemon.
+StoredFrequency storedFrequency();
+
+// "433 (default)", "315"
+std::string asText(const StoredFrequency& frequency);
+
+}  // namespace tarq::tools

@@ -1,0 +1,46 @@
+// trace [-f]: what the LED driver of the board gets, from whomever, a record a line.
+#include <CLI/App.hpp>
+#include <ostream>
+
+#include "host/run/clock.h"
+#include "host/run/led_record.h"
+#include "host/run/text.h"
+#include "tools/tarqctl/ask/board.h"
+#include "tools/tarqctl/commands.h"
+#include "tools/tarqctl/view/print_file.h"
+
+namespace tarq::tools {
+
+struct Options {
+    bool follows = false;
+    bool hasTimes = false;
+};
+
+static void print(const Session& session, bool hasTimes, const std::string& line) {
+    host::LedLine parsed;
+    if (session.json) {
+        session.out << line + "\n" << std::flush;
+    } else if (host::parseLedLine(line, &parsed) && parsed.leds == 0) {
+        const host::LedRecord& record = parsed.record;
+        session.out << (hasTimes ? host::logTime(record.ms) + " " : "") + record.attribute + " " +
+                               host::escaped(record.text) +
+                               (record.isRefused ? " (refused)\n" : "\n")
+                    << std::flush;
+    }
+}
+
+Run declareTrace(CLI::App& app) {
+    const auto options = std::make_shared<Options>();
+    app.add_flag("-f", options->follows, "go on with what is added, until Ctrl-C");
+    app.add_flag("--times", options->hasTimes,
+                 "with the times of the log; without, two runs of the same\n"
+                 "can be compared");
+    return [options](Session& session) -> int {
+        openBoard(session);
+        printRecord(session, session.board.ledRecords(), "trace", options->follows,
+                    [&](const std::string& line) { print(session, options->hasTimes, line); });
+        return kDone;
+    };
+}
+
+}  // namespace tarq::tools

@@ -1,0 +1,92 @@
+// wait [NAME…]: until the daemon serves, also when it has not been started yet. Every 50 ms a look
+// is taken; what each look found is kept for the moment when the time is up, in which it is too
+// late to ask what was missing.
+#include <CLI/App.hpp>
+#include <algorithm>
+#include <mutex>
+#include <thread>
+
+#include "tools/tarqctl/ask/board.h"
+#include "tools/tarqctl/ask/daemon.h"
+#include "tools/tarqctl/ask/known_services.h"
+#include "tools/tarqctl/command_line.h"
+#include "tools/tarqctl/commands.h"
+#include "tools/tarqctl/print_json.h"
+
+namespace tarq::tools {
+
+namespace {
+
+// What is known when the time is up, which may come in the middle of a call.
+struct Progress {
+    std::mutex lock;
+    int error = 0;                     // of the last try to connect
+    std::vector<std::string> missing;  // not found so far
+    bool mustServe = false;            // being registered is not enough: calls are to be answered
+};
+
+Failure notThereYet(const Session& session, Progress& progress) {
+    const std::lock_guard<std::mutex> lock(progress.lock);
+    if (progress.error != 0) {
+        Failure failure = notListening(session, progress.error);
+        failure.why += ", for " + seconds(session.timeout);
+        return failure;
+    }
+    const bool isComplete = progress.missing.empty();
+    const std::string check =
+            isComplete ? startupCheck() : startupCheckBefore(progress.missing.front());
+    std::string why = isComplete ? "not serving after " : "not registered after ";
+    why += seconds(session.timeout);
+    if (!isComplete) why += ": " + joined(progress.missing);
+    if (!check.empty()) why += ": " + check;
+    return session.failure("timeout", why, session.next("services"));
+}
+
+// Asks for what is still missing; true when there is nothing more to wait for. A name once found is
+// not asked for again, so that a daemon that comes up slowly is asked little.
+bool look(const Session& session, Progress& progress) {
+    const int error = connectToDaemon(session);
+    std::vector<std::string> missing = progress.missing;  // written by this thread only
+    const auto isRegistered = [](const std::string& name) {
+        return Daemon::find(android::String16(name.c_str())) != nullptr;
+    };
+    if (error == 0) {
+        missing.erase(std::remove_if(missing.begin(), missing.end(), isRegistered), missing.end());
+    }
+    const std::lock_guard<std::mutex> lock(progress.lock);
+    progress.error = error;
+    progress.missing = missing;
+    if (error != 0 || !missing.empty()) return false;
+    return !progress.mustServe || startupCheck().empty();
+}
+
+// A service that its property switches off would never come.
+std::vector<std::string> enabledServices() {
+    std::vector<std::string> names;
+    for (const KnownService& service : knownServices()) {
+        if (isEnabled(service)) names.push_back(service.name);
+    }
+    return names;
+}
+
+}  // namespace
+
+Run declareWait(CLI::App& app) {
+    const auto names = std::make_shared<std::vector<std::string>>();
+    app.add_option("NAME", *names, "wait only until these services are registered");
+    return [names](Session& session) -> int {
+        openBoard(session);
+        Progress progress;  // outlives the time limit, which reads it
+        progress.mustServe = names->empty();
+        progress.missing = progress.mustServe ? enabledServices() : *names;
+        {
+            const TimeLimit limit(session, [&] { return notThereYet(session, progress); });
+            while (!look(session, progress)) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            }
+        }
+        return printDone(session);
+    };
+}
+
+}  // namespace tarq::tools

@@ -1,0 +1,55 @@
+#include "tools/tarqctl/view/led_blocks.h"
+
+#include <stdio.h>
+
+#include <algorithm>
+
+namespace tarq::tools {
+
+static constexpr size_t kWidth = 5;  // of a block, in columns; one more is between two
+
+static std::string format(const char* pattern, uint32_t a, uint32_t b, uint32_t c = 0) {
+    char text[64];
+    snprintf(text, sizeof(text), pattern, a, b, c);
+    return text;
+}
+
+std::string listed(const Colours& colours) {
+    std::string line;
+    for (uint32_t led = 0; led < colours.size(); ++led) {
+        line += format(led == 0 ? "%x:%06x" : " %x:%06x", led, colours[led]);
+    }
+    return line;
+}
+
+static std::string asBackground(uint32_t colour) {
+    const uint32_t red = colour >> 16, green = colour >> 8 & 0xff, blue = colour & 0xff;
+    const bool isBright = 299 * red + 587 * green + 114 * blue > 110'000;
+    return (isBright ? "\x1b[30m" : "\x1b[37m") + format("\x1b[48;2;%u;%u;%um", red, green, blue);
+}
+
+std::string blocks(const Colours& colours, const winsize& screen) {
+    const size_t perRow = std::max<size_t>(1, (screen.ws_col + 1) / (kWidth + 1));
+    const size_t rows = (colours.size() + perRow - 1) / perRow;
+    const bool areHigh = rows * 4 <= screen.ws_row;
+    std::string text = "\x1b[H";
+    const auto addLine = [&](size_t first, bool withIds) {
+        for (size_t led = first; led < std::min(first + perRow, colours.size()); ++led) {
+            text += asBackground(colours[led]);
+            const auto id = static_cast<uint32_t>(led);
+            text += withIds ? format(" %2x  ", id, 0) : std::string(kWidth, ' ');
+            text += led + 1 < first + perRow ? "\x1b[0m " : "\x1b[0m";
+        }
+        text += "\n";
+    };
+    for (size_t row = 0; row < rows && (areHigh || row < screen.ws_row); ++row) {
+        if (areHigh) addLine(row * perRow, false);
+        addLine(row * perRow, true);
+        if (areHigh) addLine(row * perRow, false);
+        if (areHigh) text += "\n";
+    }
+    text.pop_back();  // at the bottom a newline would scroll
+    return text;
+}
+
+}  // namespace tarq::tools

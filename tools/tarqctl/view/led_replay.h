@@ -1,0 +1,30 @@
+// The LEDs of a running board, as another process sees them.
+#pragma once
+
+#include "host/board/leds/led_driver.h"
+#include "host/run/growing_file.h"
+#include "tools/tarqctl/session.h"
+
+namespace tarq::tools {
+
+// Feeds a driver with the records of the trace, so that it is in the state of the board's own. A
+// board that is switched on again begins anew.
+class LedReplay {
+  public:
+    // Throws a Failure when the board has no trace.
+    explicit LedReplay(const Session& session);
+
+    // Takes what was added.
+    void update();
+    const board::LedDriver& driver() const { return mDriver; }
+    size_t leds() const { return mLeds; }
+
+  private:
+    void take(const std::string& line);
+
+    host::GrowingFile mTrace;
+    size_t mLeds = 1;
+    board::LedDriver mDriver{mLeds};
+};
+
+}  // namespace tarq::tools

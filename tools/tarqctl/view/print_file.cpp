@@ -1,0 +1,47 @@
+#include "tools/tarqctl/view/print_file.h"
+
+#include <errno.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <optional>
+#include <ostream>
+#include <thread>
+
+#include "tools/tarqctl/ask/board.h"
+#include "tools/tarqctl/ask/interrupt.h"
+
+namespace tarq::tools {
+
+int printFile(const Session& session, const std::string& path, bool follows,
+              const host::GrowingFile::TakeLine& print) {
+    // Every line has been flushed, so that there is nothing left to do.
+    std::optional<Interrupt> interrupt;
+    if (follows) interrupt.emplace([] { _exit(kDone); });
+    host::GrowingFile file(path);
+    if (const int error = file.read(print)) return error;
+    while (follows && session.out.good()) {
+        file.read(print);
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    file.finish(print);
+    return 0;
+}
+
+void requireRecord(const Session& session, const std::string& path, const std::string& question) {
+    if (access(path.c_str(), R_OK) == 0) return;
+    const int error = errno;
+    const std::string reason = askBoard(session, {question});
+    throw session.failure("no_record", path + ": " + (reason.empty() ? strerror(error) : reason),
+                          howToStart(error));
+}
+
+void printRecord(const Session& session, const std::string& path, const std::string& question,
+                 bool follows, const host::GrowingFile::TakeLine& print) {
+    requireRecord(session, path, question);
+    const int error = printFile(session, path, follows, print);
+    if (error == 0) return;
+    throw session.failure("no_record", path + ": " + strerror(error), howToStart(error));
+}
+
+}  // namespace tarq::tools

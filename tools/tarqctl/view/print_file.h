@@ -1,0 +1,20 @@
+// Printing a file of the board line by line.
+#pragma once
+
+#include "host/run/growing_file.h"
+#include "tools/tarqctl/session.h"
+
+namespace tarq::tools {
+
+// Hands over every line, and if so wished what is added afterwards: until Ctrl-C, which ends the
+// process as done, or until nothing can be printed any more. An errno when there is no such file.
+int printFile(const Session& session, const std::string& path, bool follows,
+              const host::GrowingFile::TakeLine& print);
+
+// The same for a record that the board keeps of a part, after it was found out to be there: "trace"
+// and "serial" ask for it. Throws a Failure with the board's reason when there is none.
+void requireRecord(const Session& session, const std::string& path, const std::string& question);
+void printRecord(const Session& session, const std::string& path, const std::string& question,
+                 bool follows, const host::GrowingFile::TakeLine& print);
+
+}  // namespace tarq::tools
