@@ -5,7 +5,7 @@
 #include <unistd.h>
 
 #include "common/device_file.h"
-#include "hardware_info/log_tag.h"
+#include "hardware_info/peripheral_table.h"
 
 // To the end, as the size that sysfs and procfs give is not that of what they show. The room
 // doubles: what a driver shows takes two reads, and a file of any size not many.

@@ -4,7 +4,7 @@
 #include <stdlib.h>
 
 #include "hardware_info/entire_file.h"
-#include "hardware_info/log_tag.h"
+#include "hardware_info/peripheral_table.h"
 #include "hardware_info/text.h"
 
 static constexpr const char* kPaths[] = {
@@ -13,6 +13,7 @@ static constexpr const char* kPaths[] = {
         "/sys/class/i2c-dev/i2c-2/device/2-005d/tp_ic_info",
 };
 
+// A line of any other kind spoils the whole text, whatever was told before it.
 bool parseTpInfo(std::string_view text, std::string& info) {
     std::string type;
     int id = -1;

@@ -16,6 +16,9 @@ class ShellService : public BnShellService {
 
     ShellService();
 
+    // The only operation. It trusts whom the kernel names as the caller, and nothing in the
+    // request.
+    //
     // Runs command with the system shell and appends to output, as one element, what it prints:
     // the first 1023 bytes, up to the first zero byte. What follows, standard error and the exit
     // status are lost. A text that ends within a UTF-8 character, as the cut may make it, comes

@@ -4,7 +4,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-// The descriptor of the open port; -1 when none is open.
+// The descriptor of the open port; -1 when none is open. Who opened it closes it.
 extern int32_t serialPort;
 
 // The most that uart_recv_hand hands back, in bytes.
