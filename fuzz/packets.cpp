@@ -36,7 +36,7 @@ static PacketHeader headerOf(PacketKind kind) {
 static PacketHeader exchange(int fd, const PacketHeader& header) {
     Packet answer;
     if (sendPacket(fd, 0, header) != 0) abort();
-    if (receivePacket(fd, 0, &answer) != Received::PACKET) abort();
+    if (receivePacket(fd, 0, &answer) != Received::kPacket) abort();
     return answer.header;
 }
 
@@ -44,8 +44,8 @@ static PacketHeader exchange(int fd, const PacketHeader& header) {
 struct Client {
     explicit Client(Lane lane) : event(connectToBoard()), calls(connectToBoard()) {
         if (event < 0 || calls < 0) abort();
-        PacketHeader join = exchange(event, headerOf(PacketKind::OPEN));
-        join.kind = PacketKind::JOIN;
+        PacketHeader join = exchange(event, headerOf(PacketKind::kOpen));
+        join.kind = PacketKind::kJoin;
         join.code = static_cast<uint32_t>(lane);
         exchange(calls, join);
     }
@@ -81,19 +81,19 @@ static void sendAll(int fd, const uint8_t* data, size_t size) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const bool started = (startDaemon(), true);
-    static const Client honest(Lane::REGISTRY);
+    static const Client honest(Lane::kRegistry);
     if (!started || size == 0) return 0;
     {
-        const Client client(data[0] % 4 == 0 ? Lane::CALL : Lane::REGISTRY);
+        const Client client(data[0] % 4 == 0 ? Lane::kCall : Lane::kRegistry);
         const int stranger = connectToBoard();
         const int fd = data[0] % 4 == 3 ? stranger : data[0] % 4 == 2 ? client.event : client.calls;
         sendAll(fd, data + 1, size - 1);
         shutdown(fd, SHUT_WR);
         Packet answer;
-        while (receivePacket(fd, 0, &answer) == Received::PACKET) continue;
+        while (receivePacket(fd, 0, &answer) == Received::kPacket) continue;
         close(stranger);
     }
-    PacketHeader ping = headerOf(PacketKind::CALL);
+    PacketHeader ping = headerOf(PacketKind::kCall);
     ping.code = IBinder::PING_TRANSACTION;
     if (exchange(honest.calls, ping).status != OK) abort();
     return 0;

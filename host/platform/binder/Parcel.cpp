@@ -287,8 +287,8 @@ sp<IBinder> Parcel::readStrongBinder() const {
     return value;
 }
 
-void host::ParcelAccess::fill(Parcel* parcel, const uint8_t* data, size_t size,
-                              std::vector<Object> objects) {
+void host::ParcelAccess::fill(const uint8_t* data, size_t size, std::vector<Object> objects,
+                              Parcel* parcel) {
     parcel->setData(data, size);
     parcel->mObjects = std::move(objects);
     for (const Object& object : parcel->mObjects) {

@@ -16,7 +16,7 @@ class ParcelAccess {
 
     // Makes the parcel hold what was received. objects stand by ascending offset within the data;
     // their bytes there are rewritten to say what they are in this process.
-    static void fill(Parcel* parcel, const uint8_t* data, size_t size, std::vector<Object> objects);
+    static void fill(const uint8_t* data, size_t size, std::vector<Object> objects, Parcel* parcel);
 };
 
 }  // namespace android::host

@@ -29,9 +29,9 @@ status_t Session::exportObjects(const Parcel& parcel, std::vector<PacketObject>*
     for (const auto& object : objects) {
         const auto offset = static_cast<uint32_t>(object.offset);
         if (const BpBinder* proxy = object.binder->remoteBinder()) {
-            out->push_back({offset, Home::RECEIVER, proxy->id()});
+            out->push_back({offset, Home::kReceiver, proxy->id()});
         } else {
-            out->push_back({offset, Home::SENDER, countSent(object.binder->localBinder())});
+            out->push_back({offset, Home::kSender, countSent(object.binder->localBinder())});
         }
     }
     return OK;
@@ -39,12 +39,12 @@ status_t Session::exportObjects(const Parcel& parcel, std::vector<PacketObject>*
 
 void Session::takeBack(const std::vector<PacketObject>& objects) {
     for (const PacketObject& object : objects) {
-        if (object.home == Home::SENDER) peerReleased(object.id, 1);
+        if (object.home == Home::kSender) peerReleased(object.id, 1);
     }
 }
 
 sp<IBinder> Session::takeReceived(const PacketObject& object) {
-    if (object.home == Home::RECEIVER) return find(object.id);
+    if (object.home == Home::kReceiver) return find(object.id);
     std::lock_guard<std::mutex> guard(mLock);
     if (mImported.size() >= kMaxProxies && mImported.count(object.id) == 0) return nullptr;
     Imported& entry = mImported[object.id];
@@ -69,7 +69,7 @@ status_t Session::importParcel(const Packet& packet, Parcel* out) {
             objects.push_back({packet.objects[i].offset, binder});
         }
     }
-    ParcelAccess::fill(out, packet.data, packet.header.dataSize, std::move(objects));
+    ParcelAccess::fill(packet.data, packet.header.dataSize, std::move(objects), out);
     return status;
 }
 

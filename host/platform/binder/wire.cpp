@@ -26,7 +26,7 @@ static bool objectsFit(const Packet& packet) {
     uint64_t free = 0;
     for (uint32_t i = 0; i < packet.header.objectCount; ++i) {
         const PacketObject& object = packet.objects[i];
-        if (object.home != Home::SENDER && object.home != Home::RECEIVER) return false;
+        if (object.home != Home::kSender && object.home != Home::kReceiver) return false;
         if (object.offset < free || object.offset % 4 != 0) return false;
         free = uint64_t{object.offset} + kObjectSize;
         if (free > packet.header.dataSize) return false;
@@ -38,7 +38,7 @@ static bool parse(const uint8_t* bytes, size_t size, Packet* packet) {
     PacketHeader& header = packet->header;
     if (size < sizeof(header)) return false;
     memcpy(&header, bytes, sizeof(header));
-    if (header.kind > PacketKind::RELEASE || header.objectCount > kMaxObjects) return false;
+    if (header.kind > PacketKind::kRelease || header.objectCount > kMaxObjects) return false;
     const size_t objectBytes = header.objectCount * sizeof(PacketObject);
     if (size != sizeof(header) + objectBytes + header.dataSize) return false;
     packet->objects = reinterpret_cast<const PacketObject*>(bytes + sizeof(header));
@@ -54,12 +54,12 @@ Received receivePacket(int fd, int flags, Packet* packet) {
         size = recv(fd, buffer, kMaxPacket, flags | MSG_TRUNC);
     } while (size < 0 && errno == EINTR);
     if (size < 0) {
-        return errno == EAGAIN || errno == EWOULDBLOCK ? Received::NOTHING : Received::CLOSED;
+        return errno == EAGAIN || errno == EWOULDBLOCK ? Received::kNothing : Received::kClosed;
     }
-    if (size == 0) return Received::CLOSED;
-    if (static_cast<size_t>(size) > kMaxPacket) return Received::MALFORMED;
-    return parse(buffer, static_cast<size_t>(size), packet) ? Received::PACKET
-                                                            : Received::MALFORMED;
+    if (size == 0) return Received::kClosed;
+    if (static_cast<size_t>(size) > kMaxPacket) return Received::kMalformed;
+    return parse(buffer, static_cast<size_t>(size), packet) ? Received::kPacket
+                                                            : Received::kMalformed;
 }
 
 static int sendAll(int fd, int flags, const iovec* parts, size_t count) {

@@ -23,15 +23,15 @@ constexpr size_t kMaxTransaction = size_t{192} * 1024;
 constexpr size_t kMaxObjects = 256;
 
 enum class PacketKind : uint32_t {
-    OPEN,     // no fields
-    JOIN,     // session, token; code: Lane
-    WELCOME,  // session, token
-    CALL,     // target, code, flags, objects, data
-    REPLY,    // status; objects and data unless it is negative
-    RELEASE,  // target, count
+    kOpen,     // no fields
+    kJoin,     // session, token; code: Lane
+    kWelcome,  // session, token
+    kCall,     // target, code, flags, objects, data
+    kReply,    // status; objects and data unless it is negative
+    kRelease,  // target, count
 };
 
-enum class Lane : uint32_t { CALL, REGISTRY };
+enum class Lane : uint32_t { kCall, kRegistry };
 
 struct PacketHeader {
     PacketKind kind;
@@ -51,7 +51,7 @@ struct PacketHeader {
 };
 static_assert(sizeof(PacketHeader) == 40, "no padding travels");
 
-enum class Home : uint32_t { SENDER, RECEIVER };
+enum class Home : uint32_t { kSender, kReceiver };
 
 // A binder object within the data, by the number that the process it lives in gave it.
 struct PacketObject {
@@ -70,7 +70,7 @@ struct Packet {
     const uint8_t* data;
 };
 
-enum class Received { PACKET, NOTHING, CLOSED, MALFORMED };
+enum class Received { kPacket, kNothing, kClosed, kMalformed };
 
 // flags: MSG_DONTWAIT or 0. A packet is handed over only if its lengths, kind and offsets fit.
 Received receivePacket(int fd, int flags, Packet* packet);

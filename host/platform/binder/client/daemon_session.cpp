@@ -22,9 +22,9 @@ static bool gEventsStarted = false;
 static bool introduce(int fd, const PacketHeader& header, PacketHeader* welcome) {
     Packet packet;
     if (sendPacket(fd, 0, header) != 0) return false;
-    if (receivePacket(fd, 0, &packet) != Received::PACKET) return false;
+    if (receivePacket(fd, 0, &packet) != Received::kPacket) return false;
     *welcome = packet.header;
-    return welcome->kind == PacketKind::WELCOME;
+    return welcome->kind == PacketKind::kWelcome;
 }
 
 std::shared_ptr<DaemonSession> DaemonSession::current() {
@@ -35,7 +35,7 @@ std::shared_ptr<DaemonSession> DaemonSession::current() {
     const int fd = connectToBoard();
     if (fd < 0) return nullptr;
     PacketHeader open = {};
-    open.kind = PacketKind::OPEN;
+    open.kind = PacketKind::kOpen;
     PacketHeader welcome;
     if (!introduce(fd, open, &welcome)) {
         close(fd);
@@ -71,7 +71,7 @@ int DaemonSession::join(Lane lane) const {
     const int fd = connectToBoard();
     if (fd < 0) return fd;
     PacketHeader header = {};
-    header.kind = PacketKind::JOIN;
+    header.kind = PacketKind::kJoin;
     header.code = static_cast<uint32_t>(lane);
     header.session = mId;
     header.token = mToken;
@@ -87,12 +87,12 @@ status_t DaemonSession::transact(uint64_t target, uint32_t code, const Parcel& d
     if (ended()) return DEAD_OBJECT;
     if (data.dataSize() > kMaxTransaction) return FAILED_TRANSACTION;
     PacketHeader header = {};
-    header.kind = PacketKind::CALL;
+    header.kind = PacketKind::kCall;
     header.target = target;
     header.code = code;
     header.flags = flags;
     ThreadConnections& connections = ThreadConnections::self();
-    const int fd = connections.get(*this, target == 0 ? Lane::REGISTRY : Lane::CALL);
+    const int fd = connections.get(*this, target == 0 ? Lane::kRegistry : Lane::kCall);
     status_t result = OK;
     if (fd >= 0 && exchange(fd, header, data, reply, &result)) return result;
     connections.close();
@@ -116,8 +116,8 @@ bool DaemonSession::exchange(int fd, const PacketHeader& call, const Parcel& dat
     if (sent != 0 || oneWay) return sent == 0 || sent == -EAGAIN;
 
     Packet packet;
-    if (receivePacket(fd, 0, &packet) != Received::PACKET) return false;
-    if (packet.header.kind != PacketKind::REPLY) return false;
+    if (receivePacket(fd, 0, &packet) != Received::kPacket) return false;
+    if (packet.header.kind != PacketKind::kReply) return false;
     Parcel unwanted;
     *result = packet.header.status;
     const status_t imported = importParcel(packet, reply != nullptr ? reply : &unwanted);
@@ -137,7 +137,7 @@ bool DaemonSession::daemonIsGone(int waitMs) const {
 bool DaemonSession::sendRelease(uint64_t id, uint64_t count) {
     if (gForked) return false;
     PacketHeader header = {};
-    header.kind = PacketKind::RELEASE;
+    header.kind = PacketKind::kRelease;
     header.target = id;
     header.count = count;
     return sendPacket(mEventFd, 0, header) == 0;

@@ -18,11 +18,11 @@ void DaemonSession::spawnEventThread() {
 
 void DaemonSession::handleEvents() {
     Packet packet;
-    while (receivePacket(mEventFd, 0, &packet) == Received::PACKET) {
+    while (receivePacket(mEventFd, 0, &packet) == Received::kPacket) {
         const PacketHeader& header = packet.header;
-        if (header.kind == PacketKind::CALL) {
+        if (header.kind == PacketKind::kCall) {
             runCall(packet);
-        } else if (header.kind != PacketKind::RELEASE ||
+        } else if (header.kind != PacketKind::kRelease ||
                    !peerReleased(header.target, header.count)) {
             __android_log_print(ANDROID_LOG_WARN, "binder", "malformed event from the daemon");
             return;

@@ -1,19 +1,20 @@
 // The service manager as a client sees it: object 0 of the daemon.
+#include <binder/IServiceManager.h>
+#include <binder/Parcel.h>
 #include <unistd.h>
 
 #include "host/platform/binder/client/daemon_session.h"
-#include "host/platform/binder/service_lookup.h"
 
 namespace android {
 namespace host {
 
 // Asks whichever daemon serves at the time of the call.
-class ServiceManagerProxy : public ServiceLookup {
+class ServiceManagerProxy : public IServiceManager {
   public:
     sp<IBinder> checkService(const String16& name) const override {
         Parcel data;
         Parcel reply;
-        data.writeInterfaceToken(serviceManagerDescriptor());
+        data.writeInterfaceToken(transactionDescriptor());
         data.writeString16(name);
         call(CHECK_SERVICE_TRANSACTION, data, &reply);
         return reply.readStrongBinder();
@@ -23,7 +24,7 @@ class ServiceManagerProxy : public ServiceLookup {
                         int dumpsysFlags) override {
         Parcel data;
         Parcel reply;
-        data.writeInterfaceToken(serviceManagerDescriptor());
+        data.writeInterfaceToken(transactionDescriptor());
         data.writeString16(name);
         data.writeStrongBinder(service);
         data.writeInt32(allowIsolated ? 1 : 0);
@@ -37,7 +38,7 @@ class ServiceManagerProxy : public ServiceLookup {
         for (int32_t index = 0;; ++index) {
             Parcel data;
             Parcel reply;
-            data.writeInterfaceToken(serviceManagerDescriptor());
+            data.writeInterfaceToken(transactionDescriptor());
             data.writeInt32(index);
             data.writeInt32(dumpsysFlags);
             if (call(LIST_SERVICES_TRANSACTION, data, &reply) != OK) return names;

@@ -31,7 +31,7 @@ status_t ClientSession::transact(uint64_t target, uint32_t code, const Parcel& d
     const status_t status = exportObjects(data, &objects);
     if (status != OK) return status;
     PacketHeader header = {};
-    header.kind = PacketKind::CALL;
+    header.kind = PacketKind::kCall;
     header.target = target;
     header.code = code;
     header.flags = flags;
@@ -43,7 +43,7 @@ status_t ClientSession::transact(uint64_t target, uint32_t code, const Parcel& d
 
 bool ClientSession::sendRelease(uint64_t id, uint64_t count) {
     PacketHeader header = {};
-    header.kind = PacketKind::RELEASE;
+    header.kind = PacketKind::kRelease;
     header.target = id;
     header.count = count;
     return post(header, {}, Parcel()) == 0;
@@ -144,7 +144,7 @@ bool Connection::reply(status_t status, const Parcel& parcel) {
         if (exported != OK) status = FAILED_TRANSACTION;
     }
     PacketHeader header = {};
-    header.kind = PacketKind::REPLY;
+    header.kind = PacketKind::kReply;
     header.status = status < 0 ? status : OK;
     const size_t size = status < 0 ? 0 : parcel.dataSize();
     const int sent = sendPacket(fd, MSG_DONTWAIT, header, objects, parcel.data(), size);
@@ -158,7 +158,7 @@ static int64_t packedIdentity(uid_t uid, pid_t pid) {
 
 status_t Connection::dispatch(const PacketHeader& call, const Parcel& data, Parcel* answer) {
     sp<BBinder> target;
-    if (lane == Lane::CALL) {
+    if (lane == Lane::kCall) {
         target = session->find(call.target);
     } else if (call.target == 0) {
         target = ServiceManager::self();

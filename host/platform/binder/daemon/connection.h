@@ -54,7 +54,7 @@ class ClientSession : public Session {
     size_t mUnsentBytes = 0;
 };
 
-// Owned by the registry or, with Lane::CALL, by the thread that serves it. Closing is destroying.
+// Owned by the registry or, with Lane::kCall, by the thread that serves it. Closing is destroying.
 struct Connection {
     // Counts against the client process's limit until it is destroyed; null if that is reached, or
     // if the kernel does not say who is there. Takes the descriptor in every case.
@@ -73,7 +73,7 @@ struct Connection {
     const int fd;
     const ucred peer;
     bool isEvent = false;
-    Lane lane = Lane::CALL;
+    Lane lane = Lane::kCall;
     std::shared_ptr<ClientSession> session;
 
   private:

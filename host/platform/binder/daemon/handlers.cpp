@@ -26,8 +26,8 @@ static void serve(Connection* connection) {
     Packet packet;
     for (;;) {
         const Received received = receivePacket(connection->fd, 0, &packet);
-        if (received == Received::CLOSED) return;
-        if (received == Received::MALFORMED || packet.header.kind != PacketKind::CALL) {
+        if (received == Received::kClosed) return;
+        if (received == Received::kMalformed || packet.header.kind != PacketKind::kCall) {
             return connection->complain("malformed call");
         }
         while (sem_wait(freeHandlers()) != 0) continue;

@@ -70,24 +70,24 @@ void Registry::acceptOne() {
 void Registry::receive(Connection* connection) {
     Packet packet;
     const Received received = receivePacket(connection->fd, MSG_DONTWAIT, &packet);
-    if (received == Received::NOTHING) return;
-    if (received == Received::PACKET && handle(connection, packet)) return;
-    if (received == Received::MALFORMED) connection->complain("malformed packet");
+    if (received == Received::kNothing) return;
+    if (received == Received::kPacket && handle(connection, packet)) return;
+    if (received == Received::kMalformed) connection->complain("malformed packet");
     drop(connection);
 }
 
 bool Registry::handle(Connection* connection, const Packet& packet) {
     const PacketHeader& header = packet.header;
     if (connection->isEvent) {
-        if (header.kind == PacketKind::RELEASE &&
+        if (header.kind == PacketKind::kRelease &&
             connection->session->peerReleased(header.target, header.count)) {
             return true;
         }
     } else if (connection->session != nullptr) {
-        if (header.kind == PacketKind::CALL) return connection->run(packet);
-    } else if (header.kind == PacketKind::OPEN) {
+        if (header.kind == PacketKind::kCall) return connection->run(packet);
+    } else if (header.kind == PacketKind::kOpen) {
         return openSession(connection);
-    } else if (header.kind == PacketKind::JOIN) {
+    } else if (header.kind == PacketKind::kJoin) {
         return joinSession(connection, header);
     }
     connection->complain("unexpected packet");
@@ -96,7 +96,7 @@ bool Registry::handle(Connection* connection, const Packet& packet) {
 
 static bool welcome(const Connection& connection) {
     PacketHeader header = {};
-    header.kind = PacketKind::WELCOME;
+    header.kind = PacketKind::kWelcome;
     header.session = connection.session->id;
     header.token = connection.session->token;
     return sendPacket(connection.fd, MSG_DONTWAIT, header) == 0;
@@ -119,11 +119,11 @@ bool Registry::joinSession(Connection* connection, const PacketHeader& join) {
     if (entry == mSessions.end()) return false;
     const std::shared_ptr<ClientSession>& session = entry->second;
     if (session->token != join.token || session->peer.pid != connection->peer.pid) return false;
-    if (join.code > static_cast<uint32_t>(Lane::REGISTRY)) return false;
+    if (join.code > static_cast<uint32_t>(Lane::kRegistry)) return false;
     connection->session = session;
     connection->lane = static_cast<Lane>(join.code);
     if (!welcome(*connection)) return false;
-    if (connection->lane == Lane::CALL) {
+    if (connection->lane == Lane::kCall) {
         epoll_ctl(mEpoll, EPOLL_CTL_DEL, connection->fd, nullptr);
         serveOnThread(std::unique_ptr<Connection>(connection));
     }

@@ -34,7 +34,7 @@ status_t ServiceManager::addService(const String16& name, const sp<IBinder>& ser
         __android_log_print(ANDROID_LOG_ERROR, "ServiceManager", "addService('%s') refused: %s",
                             String8(name).string(),
                             service == nullptr ? "no service" : "a name has 1 to 127 characters");
-        return kRefused;
+        return PERMISSION_DENIED;
     }
     sp<IBinder> before;  // let go of without the lock
     std::lock_guard<std::mutex> guard(mLock);
@@ -61,7 +61,7 @@ Vector<String16> ServiceManager::listServices(int dumpsysFlags) {
 status_t ServiceManager::replyName(const Parcel& data, Parcel* reply) {
     const int32_t index = data.readInt32();
     const Vector<String16> names = listServices(data.readInt32());
-    if (index < 0 || static_cast<size_t>(index) >= names.size()) return kRefused;
+    if (index < 0 || static_cast<size_t>(index) >= names.size()) return PERMISSION_DENIED;
     return reply->writeString16(names[static_cast<size_t>(index)]);
 }
 
@@ -70,11 +70,11 @@ status_t ServiceManager::onTransact(uint32_t code, const Parcel& data, Parcel* r
     if (code < GET_SERVICE_TRANSACTION || code > LIST_SERVICES_TRANSACTION) {
         return BBinder::onTransact(code, data, reply, flags);
     }
-    if (!data.checkInterface(this)) return kRefused;
+    if (!data.checkInterface(this)) return PERMISSION_DENIED;
     if (code == LIST_SERVICES_TRANSACTION) return replyName(data, reply);
-    if (code == ADD_SERVICE_TRANSACTION) return kRefused;
+    if (code == ADD_SERVICE_TRANSACTION) return PERMISSION_DENIED;
     const sp<IBinder> service = checkService(data.readString16());
-    return service != nullptr ? reply->writeStrongBinder(service) : kRefused;
+    return service != nullptr ? reply->writeStrongBinder(service) : PERMISSION_DENIED;
 }
 
 }  // namespace host

@@ -5,13 +5,13 @@
 #include <vector>
 
 #include <binder/Binder.h>
-
-#include "host/platform/binder/service_lookup.h"
+#include <binder/IServiceManager.h>
+#include <binder/Parcel.h>
 
 namespace android::host {
 
 // Names are kept for ever, newest first. Clients look up and list; only the daemon itself adds.
-class ServiceManager : public ServiceLookup, public BBinder {
+class ServiceManager : public IServiceManager, public BBinder {
   public:
     static const sp<ServiceManager>& self();
 
@@ -20,7 +20,7 @@ class ServiceManager : public ServiceLookup, public BBinder {
                         int dumpsysFlags) override;
     Vector<String16> listServices(int dumpsysFlags) override;
 
-    const String16& getInterfaceDescriptor() const override { return serviceManagerDescriptor(); }
+    const String16& getInterfaceDescriptor() const override { return transactionDescriptor(); }
 
   protected:
     status_t onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override;

@@ -23,7 +23,7 @@ class IServiceManager : public virtual RefBase {
                                               DUMP_FLAG_PRIORITY_DEFAULT;
 
     // Looks a name up for about 5 s, every 100 ms (every 1000 ms once sys.boot_completed is "1").
-    virtual sp<IBinder> getService(const String16& name) const = 0;
+    virtual sp<IBinder> getService(const String16& name) const;
     // Looks a name up once. Null for an unknown name, a dead service and a failed call alike.
     virtual sp<IBinder> checkService(const String16& name) const = 0;
     // Names are 1 to 127 units. A name that exists gets the new service. 0, or -1 when refused: a
@@ -33,6 +33,9 @@ class IServiceManager : public virtual RefBase {
                                 int dumpsysFlags = DUMP_FLAG_PRIORITY_DEFAULT) = 0;
     // The names whose flags meet the mask, newest first.
     virtual Vector<String16> listServices(int dumpsysFlags = DUMP_FLAG_PRIORITY_ALL) = 0;
+
+    // Host only. The descriptor of the manager's transactions.
+    static const String16& transactionDescriptor();
 };
 
 // Never null. In a client it waits for the daemon's socket, one try a second.
