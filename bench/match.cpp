@@ -1,4 +1,6 @@
-// A match that asks all three probes, beside the bare operations on the files that it cannot avoid.
+// A match that asks all three probes, beside the bare operations on the files that it cannot avoid:
+// the touch panel's text, the two files of the display, the camera's request. The board plays them
+// all, so its time is in the match as in the floor.
 #include <binder/IServiceManager.h>
 #include <com/tarq/hardwareInfo/IHardwareInfoService.h>
 #include <errno.h>
@@ -62,6 +64,7 @@ static void matchFloor(benchmark::State& state) {
     });
 }
 
+// Without the daemon: its system calls for the call itself would be counted as well.
 static void matchTraced() {
     setenv("TARQ_LOG", "/dev/null", 1);
     initHardwareInfo();

@@ -1,4 +1,6 @@
-// The bytes of a serial line: taken apart, whole and in two parts, and put into words.
+// The bytes of a serial line: taken apart, whole and in two parts, and put into words. Where a read
+// ends is chance, so it must make no difference; and no byte may be lost or told twice, damaged or
+// not.
 #include <stddef.h>
 #include <stdint.h>
 

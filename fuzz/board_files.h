@@ -7,7 +7,8 @@
 #include <fstream>
 #include <string>
 
-// The board has a touch panel, "gt9xx-5", and panel 3.
+// The board has a touch panel, "gt9xx-5", and panel 3. It is this process's board from here on, and
+// goes with the object.
 class BoardFiles {
   public:
     BoardFiles() {
@@ -18,6 +19,7 @@ class BoardFiles {
     }
     ~BoardFiles() { std::filesystem::remove_all(mPath); }
 
+    // Paths are the device's.
     void write(const std::string& devicePath, const std::string& content) {
         const std::filesystem::path path = mPath + "/root" + devicePath;
         std::filesystem::create_directories(path.parent_path());

@@ -19,7 +19,7 @@
 using namespace android;
 using namespace android::host;
 
-// Without what would hold a thread or take long.
+// Refuses what would hold a thread or take long.
 class HarmlessEcho : public echo::EchoService {
     status_t onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override {
         if (code == echo::WAIT || code == echo::FIRE) return UNKNOWN_TRANSACTION;
@@ -33,6 +33,7 @@ static PacketHeader headerOf(PacketKind kind) {
     return header;
 }
 
+// For the honest: a packet is sent and answered, or the target fails.
 static PacketHeader exchange(int fd, const PacketHeader& header) {
     Packet answer;
     if (sendPacket(fd, 0, header) != 0) abort();
@@ -40,7 +41,7 @@ static PacketHeader exchange(int fd, const PacketHeader& header) {
     return answer.header;
 }
 
-// One client with a session: its event connection and one that joined it.
+// One client with a session has its event connection and one that joined it.
 struct Client {
     explicit Client(Lane lane) : event(connectToBoard()), calls(connectToBoard()) {
         if (event < 0 || calls < 0) abort();
@@ -57,6 +58,7 @@ struct Client {
     const int calls;
 };
 
+// The daemon stays for all inputs: what one of them leaves behind would show with the next.
 static void startDaemon() {
     static std::string board = "/tmp/fuzz_packets.XXXXXX";
     if (mkdtemp(board.data()) == nullptr || mkdir((board + "/run").c_str(), 0700) != 0) abort();
@@ -67,6 +69,7 @@ static void startDaemon() {
     defaultServiceManager()->addService(echo::kName, new HarmlessEcho);
 }
 
+// A length that runs past the end takes what is left, so that every input is one.
 static void sendAll(int fd, const uint8_t* data, size_t size) {
     while (size > 2) {
         size_t length = data[0] | (data[1] << 8);

@@ -1,4 +1,6 @@
-// What a co-processor may answer: for each pause of the check a length and as many bytes.
+// What a co-processor may answer: for each pause of the check a length and as many bytes. The
+// answers arrive while the check sleeps, so nothing here takes time, and an input that is used up
+// ends the check.
 #include <fcntl.h>
 #include <host/log_sink.h>
 #include <setjmp.h>

@@ -12,7 +12,8 @@
 // name, ended by a NUL. The size is part of the request's number, so a driver knows no other.
 static constexpr size_t kModuleInfoSize = 3766;
 
-// _IOR('V', 192, …) with that size: the first number that V4L2 leaves to the drivers.
+// This is _IOR('V', 192, …) with that size; 192 is the first number that V4L2 leaves to the
+// drivers.
 static constexpr unsigned int kGetModuleInfo = _IOC(_IOC_READ, 'V', 192, kModuleInfoSize);
 static_assert(kGetModuleInfo == 0x8EB656C0, "the number that the drivers know");
 

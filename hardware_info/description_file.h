@@ -25,7 +25,7 @@ constexpr size_t kMaxProductLength = 31;
 constexpr size_t kMaxOverlayIdsLength = 63;
 constexpr size_t kMaxPartNameLength = 127;
 
-// Has no value when the file does not have the attribute, or when the element holds no text. An
+// It has no value when the file does not have the attribute, or when the element holds no text. An
 // attribute that is there and empty has one.
 using DescriptionText = std::optional<std::string>;
 

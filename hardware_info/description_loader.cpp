@@ -53,7 +53,8 @@ static void copyCut(const DescriptionText& text, char (&field)[SIZE]) {
     text->copy(field, SIZE);
 }
 
-// Only reports: the variant is used whatever comes of it, and each match request compares again.
+// This only reports: the variant is used whatever comes of it, and each match request compares
+// again.
 static void checkOverlayId(const BoardVariant& variant, int32_t index, int32_t overlayId) {
     if (overlayId == -1 || !variant.overlayIds) return;
     // An id that was cut in two could be taken for another one, so such a list is not compared.
@@ -114,7 +115,7 @@ void applyDescription(const HardwareDescription& description, int32_t index, int
     for (const BoardVariant& variant : description.variants) {
         if (!variant.index) {
             logMissing(variant.line, "attribute index of <hardwre_info>");
-            // By the rule that the board's own index was read by: what is no number is 0.
+            // The board's own index was read by the same rule: what is no number is 0.
         } else if (atoi(variant.index->c_str()) == index) {
             applyVariant(variant, index, overlayId);
         }

@@ -22,7 +22,7 @@ static constexpr char kId2Path[] = "/proc/device-tree/dsi@ff450000/dsi,id2";
 static constexpr size_t kCellSize = 4;       // bytes of a number in a device tree
 static constexpr uint32_t kGpioCount = 128;  // the lines are numbered from 0
 
-// A device tree cell: four bytes, the most significant first.
+// A device tree cell is four bytes, the most significant first.
 static uint32_t cellFrom(const std::vector<uint8_t>& bytes) {
     return uint32_t{bytes[0]} << 24 | uint32_t{bytes[1]} << 16 | uint32_t{bytes[2]} << 8 | bytes[3];
 }

@@ -17,7 +17,6 @@ bool getLcdInfoFromXml(std::string& item);
 bool findPanel(std::string_view list, int32_t panelId, std::string& item);
 
 // Reads an identification pin: path is a device tree property whose first cell is its number, below
-// 128; level becomes 0 or 1.
-// False, and level as it was, for any failure, which is logged. Any thread; see gpio_input.h on two
-// of them.
+// 128; level becomes 0 or 1. False, and level as it was, for any failure, which is logged. Any
+// thread; see gpio_input.h on two of them.
 bool getGpioValFromDsiId(const char* path, int32_t& level);

@@ -12,7 +12,7 @@
 #include "hardware_info/text.h"
 #include "hardware_info/touch_panel_probe.h"
 
-// In bytes of UTF-8. Who writes packages is told the same numbers, in docs/update_packages.md.
+// The limits are in bytes of UTF-8. Who writes packages reads the same in docs/update_packages.md.
 static constexpr size_t kMaxItemLength = 101;
 static constexpr size_t kMaxOverlayValueLength = 63;
 

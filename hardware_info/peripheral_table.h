@@ -41,8 +41,8 @@ struct PeripheralEntry {
 struct BoardIdentity {
     char product[32] = "null";  // of the description file, for the log
     int32_t overlayId = -1;     // -1: none, or unknown
-    // From the description file. A text of 64 bytes or more is cut and fills its field to the last
-    // byte, without a terminator: print these two with "%.64s".
+    // Both are from the description file. A text of 64 bytes or more is cut and fills its field to
+    // the last byte, without a terminator: print these two with "%.64s".
     char xmlOverlayIds[64] = "null";
     char xmlHwVersion[64] = "null";
     int32_t index = -1;  // which variant of the product this is; -1: unknown

@@ -28,7 +28,7 @@ void _setOtaTimestamp(int64_t timestamp) {
 
 namespace {
 
-// From when on packages support one of the board's parts.
+// Packages from this time on support one of the board's parts.
 struct EarliestTime {
     std::string kind;
     int64_t time;  // in the updater's unit

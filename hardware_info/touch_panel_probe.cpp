@@ -9,7 +9,7 @@
 
 static constexpr const char* kPaths[] = {
         "/sys/class/tpinfo/tpinfo_ic_info",
-        // The controller's own driver: address 0x5d on bus 2.
+        // The controller's own driver shows it here: address 0x5d on bus 2.
         "/sys/class/i2c-dev/i2c-2/device/2-005d/tp_ic_info",
 };
 

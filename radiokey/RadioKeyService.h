@@ -58,10 +58,10 @@ class RadioKeyService : public BnRadioKeyService {
     class RequestThread;
 
     void threadInitialize();
-    // In the order of their binders' addresses.
+    // Copies of them, in the order of their binders' addresses.
     std::vector<android::sp<IRadioKeyCallback>> callbacks();
 
-    // Written without a lock: a status that is asked for in between may be either.
+    // It is written without a lock: a status that is asked for in between may be either.
     std::atomic<bool> mChipReady{false};
     std::mutex mLock;  // guards mCallbacks; never held while a callback is called
     // No thread that builds a service prepares a looper, so mLooper is empty and mHandler hears

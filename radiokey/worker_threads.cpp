@@ -24,7 +24,8 @@ bool RadioKeyService::SetupThread::threadLoop() {
     return false;
 }
 
-// No pause: the poll itself waits. Holding the service for a pass keeps it alive during the poll.
+// There is no pause: the poll itself waits. Holding the service for a pass keeps it alive during
+// the poll.
 bool RadioKeyService::RecvThread::threadLoop() {
     int32_t values[3] = {};
     const sp<RadioKeyService> service = mService.promote();

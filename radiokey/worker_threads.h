@@ -43,7 +43,7 @@ class RadioKeyService::RequestThread : public android::Thread {
     const android::wp<RadioKeyService> mService;
 };
 
-// For the looper of the thread that builds the service. Nobody posts anything.
+// It belongs to the looper of the thread that builds the service. Nobody posts anything.
 class RadioKeyService::MHandler : public android::MessageHandler {
   public:
     void handleMessage(const android::Message& message) override;

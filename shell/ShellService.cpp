@@ -24,7 +24,7 @@ using android::binder::Status;
 
 static constexpr char kTag[] = "ShellService";
 
-// AID_ROOT and AID_SYSTEM of the platform's android_filesystem_config.h.
+// They are AID_ROOT and AID_SYSTEM of the platform's android_filesystem_config.h.
 static constexpr uid_t kRootUid = 0;
 static constexpr uid_t kSystemUid = 1000;
 

@@ -17,8 +17,8 @@ namespace ash {
 
 constexpr uint8_t kFlag = 0x7E;  // the last byte of every frame
 
-// CRC-CCITT: polynomial 0x1021, initial value 0xFFFF, not reflected, as UG101 has it. It covers the
-// control byte and the content after its randomisation.
+// It is the CRC-CCITT of UG101: polynomial 0x1021, initial value 0xFFFF, not reflected. It covers
+// the control byte and the content after its randomisation.
 uint16_t checksum(const uint8_t* bytes, size_t size);
 
 // XORs the content of a data frame with the sequence 0x42, 0x21, 0xA8, … of a shift register whose

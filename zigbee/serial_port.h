@@ -1,4 +1,5 @@
-// The serial line to the Zigbee co-processor: one at a time, for the main thread during start-up.
+// The serial line to the Zigbee co-processor. There is one at a time, and it is used by the main
+// thread during start-up alone.
 #pragma once
 
 #include <stddef.h>

@@ -1,4 +1,5 @@
-// What the service manager in the daemon and its proxy in a client share.
+// What the service manager in the daemon and its proxy in a client share: waiting for a service is
+// asking again and again, and a transaction begins with the same descriptor.
 #include <binder/IServiceManager.h>
 #include <cutils/properties.h>
 #include <string.h>

@@ -10,6 +10,7 @@
 
 namespace android::host {
 
+// The path has to leave room for its terminator in the kernel's 108 bytes.
 bool boardSocketAddress(sockaddr_un* address) {
     const std::string path = tarq::host::boardPath("run/binder.sock");
     *address = {};
@@ -19,6 +20,7 @@ bool boardSocketAddress(sockaddr_un* address) {
     return true;
 }
 
+// The kernel notes who connects, at this moment: that is whom the daemon takes for the caller.
 int connectToBoard() {
     sockaddr_un address;
     if (!boardSocketAddress(&address)) return -ENAMETOOLONG;

@@ -1,3 +1,6 @@
+// One packet is one send and one receive: the kernel keeps its limits, so there is no stream to
+// take apart. Whoever is at the other end may write anything, so what comes in is checked here,
+// once and for all; what it means is checked by those who take the packet.
 #include "host/platform/binder/wire.h"
 
 #include <errno.h>
@@ -11,7 +14,8 @@
 
 namespace android::host {
 
-// Taken from the heap as it is: pages that no packet reaches are never touched.
+// One for each thread that receives. Taken from the heap as it is: pages that no packet reaches are
+// never touched.
 struct ReceiveBuffer {
     alignas(PacketHeader) uint8_t bytes[kMaxPacket];
 };
@@ -34,6 +38,7 @@ static bool objectsFit(const Packet& packet) {
     return true;
 }
 
+// The sizes are small enough by then that none of the sums can overflow.
 static bool parse(const uint8_t* bytes, size_t size, Packet* packet) {
     PacketHeader& header = packet->header;
     if (size < sizeof(header)) return false;
@@ -46,6 +51,7 @@ static bool parse(const uint8_t* bytes, size_t size, Packet* packet) {
     return objectsFit(*packet);
 }
 
+// An error of the socket is told as its end: there is nothing else to do with it.
 Received receivePacket(int fd, int flags, Packet* packet) {
     uint8_t* const buffer = receiveBuffer();
     ssize_t size;
@@ -62,6 +68,7 @@ Received receivePacket(int fd, int flags, Packet* packet) {
                                                             : Received::kMalformed;
 }
 
+// MSG_NOSIGNAL: a peer that is gone must not end this process.
 static int sendAll(int fd, int flags, const iovec* parts, size_t count) {
     msghdr message = {};
     message.msg_iov = const_cast<iovec*>(parts);

@@ -1,3 +1,7 @@
+// A client's calls. Each thread calls on a connection of its own and waits in recv for its reply,
+// so replies need no numbers. When a call fails, the event connection tells why: it is closed too
+// if the daemon is gone, and open if the daemon refused something. A child of a fork has the
+// descriptors of its parent and must not use them; it gets no binder at all.
 #include "host/platform/binder/client/daemon_session.h"
 
 #include <errno.h>
@@ -14,11 +18,13 @@ namespace android::host {
 // After a fork the child shares its parent's connections, and would take answers meant for it.
 static std::atomic<bool> gForked{false};
 
+// The session of this process. Never destroyed: threads use it at exit.
 static std::mutex& gLock = *new std::mutex;
 static std::shared_ptr<DaemonSession>& gCurrent = *new std::shared_ptr<DaemonSession>;
 static bool gEventsStarted = false;
 
-// Sends the packet that opens a connection and waits for the daemon's WELCOME.
+// Sends the packet that opens a connection and waits for the daemon's WELCOME. False as well when
+// the daemon closes instead, which is how it refuses.
 static bool introduce(int fd, const PacketHeader& header, PacketHeader* welcome) {
     Packet packet;
     if (sendPacket(fd, 0, header) != 0) return false;
@@ -27,6 +33,8 @@ static bool introduce(int fd, const PacketHeader& header, PacketHeader* welcome)
     return welcome->kind == PacketKind::kWelcome;
 }
 
+// The last session is looked at each time: a daemon may have gone without the event thread having
+// seen it yet, or without there being one.
 std::shared_ptr<DaemonSession> DaemonSession::current() {
     static const int forkHandler = pthread_atfork(nullptr, nullptr, [] { gForked = true; });
     if (gForked || forkHandler != 0) return nullptr;
@@ -53,6 +61,7 @@ void DaemonSession::startEvents() {
     if (gCurrent != nullptr) gCurrent->spawnEventThread();
 }
 
+// The daemon's user, in whose name it calls a callback.
 static uid_t peerUid(int fd) {
     ucred peer = {};
     socklen_t size = sizeof(peer);
@@ -67,6 +76,7 @@ DaemonSession::~DaemonSession() {
     close(mEventFd);
 }
 
+// The connection is the calling thread's in the kernel's eyes too: its user is the thread's.
 int DaemonSession::join(Lane lane) const {
     const int fd = connectToBoard();
     if (fd < 0) return fd;
@@ -102,7 +112,8 @@ status_t DaemonSession::transact(uint64_t target, uint32_t code, const Parcel& d
     return daemonIsGone(kAllClosedMs) ? DEAD_OBJECT : FAILED_TRANSACTION;
 }
 
-// False if the connection is of no use any more.
+// What could not be sent is uncounted; what was sent is the daemon's, whatever becomes of the
+// reply.
 bool DaemonSession::exchange(int fd, const PacketHeader& call, const Parcel& data, Parcel* reply,
                              status_t* result) {
     std::vector<PacketObject> objects;
@@ -125,6 +136,7 @@ bool DaemonSession::exchange(int fd, const PacketHeader& call, const Parcel& dat
     return true;
 }
 
+// A hang-up of the other end is told even while events wait to be read.
 bool DaemonSession::daemonIsGone(int waitMs) const {
     pollfd event = {mEventFd, 0, 0};
     int ready;
@@ -134,6 +146,7 @@ bool DaemonSession::daemonIsGone(int waitMs) const {
     return ready == 1 && (event.revents & POLLHUP) != 0;
 }
 
+// May wait until the daemon has taken earlier ones: its registry does, whatever its calls do.
 bool DaemonSession::sendRelease(uint64_t id, uint64_t count) {
     if (gForked) return false;
     PacketHeader header = {};

@@ -1,4 +1,5 @@
-// The service manager as a client sees it: object 0 of the daemon.
+// The service manager as a client sees it: object 0 of the daemon. Its transactions are those of
+// the device's manager, so a list is asked for name by name.
 #include <binder/IServiceManager.h>
 #include <binder/Parcel.h>
 #include <unistd.h>
@@ -17,6 +18,7 @@ class ServiceManagerProxy : public IServiceManager {
         data.writeInterfaceToken(transactionDescriptor());
         data.writeString16(name);
         call(CHECK_SERVICE_TRANSACTION, data, &reply);
+        // An empty reply, to a name that is not known or a call that failed, holds no object.
         return reply.readStrongBinder();
     }
 
@@ -47,6 +49,7 @@ class ServiceManagerProxy : public IServiceManager {
     }
 
   private:
+    // DEAD_OBJECT where no daemon serves.
     static status_t call(uint32_t code, const Parcel& data, Parcel* reply) {
         const std::shared_ptr<DaemonSession> daemon = DaemonSession::current();
         return daemon != nullptr ? daemon->transact(0, code, data, reply, 0) : DEAD_OBJECT;
@@ -55,6 +58,8 @@ class ServiceManagerProxy : public IServiceManager {
 
 }  // namespace host
 
+// Waits for a daemon once a process. One that is gone later is not waited for: look-ups then find
+// nothing until the next one serves.
 sp<IServiceManager> defaultServiceManager() {
     static const sp<IServiceManager>& manager = *new sp<IServiceManager>([] {
         while (host::DaemonSession::current() == nullptr) sleep(1);

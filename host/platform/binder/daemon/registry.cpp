@@ -1,3 +1,7 @@
+// One loop over all descriptors that are not busy with calls: the listener, event connections,
+// look-ups, and connections that have not said yet what they are. A connection says so with its
+// first packet; one that is for calls then moves to a thread of its own and is not seen here again.
+// Whatever is not expected closes the connection it came on, and nothing else.
 #include "host/platform/binder/daemon/registry.h"
 
 #include <android/log.h>
@@ -24,6 +28,7 @@ void Registry::start(int listener) {
     if (!startThread([registry] { registry->run(); })) abort();
 }
 
+// The listener is the one descriptor that is watched for no connection.
 Registry::Registry(int listener) : mListener(listener), mEpoll(epoll_create1(EPOLL_CLOEXEC)) {
     watch(EPOLL_CTL_ADD, mListener, nullptr);
 }
@@ -39,7 +44,7 @@ void Registry::run() {
     for (;;) {
         epoll_event event;
         const int count = epoll_wait(mEpoll, &event, 1, mAccepting ? -1 : kPauseMs);
-        // By the clock: where clients keep it busy, epoll_wait never runs into its limit.
+        // The clock decides: where clients keep it busy, epoll_wait never runs into its limit.
         if (!mAccepting && steady_clock::now() >= mPauseEnd) {
             mAccepting = true;
             watch(EPOLL_CTL_ADD, mListener, nullptr);
@@ -67,6 +72,7 @@ void Registry::acceptOne() {
     }
 }
 
+// One packet a turn, for the same reason; epoll reports the connection again while there are more.
 void Registry::receive(Connection* connection) {
     Packet packet;
     const Received received = receivePacket(connection->fd, MSG_DONTWAIT, &packet);
@@ -76,6 +82,7 @@ void Registry::receive(Connection* connection) {
     drop(connection);
 }
 
+// What may come depends on what the connection is: events, look-ups, or nothing yet.
 bool Registry::handle(Connection* connection, const Packet& packet) {
     const PacketHeader& header = packet.header;
     if (connection->isEvent) {
@@ -94,6 +101,7 @@ bool Registry::handle(Connection* connection, const Packet& packet) {
     return false;
 }
 
+// Sent without waiting: the socket of a client that has just come has room.
 static bool welcome(const Connection& connection) {
     PacketHeader header = {};
     header.kind = PacketKind::kWelcome;
@@ -102,6 +110,7 @@ static bool welcome(const Connection& connection) {
     return sendPacket(connection.fd, MSG_DONTWAIT, header) == 0;
 }
 
+// The token is what a connection has to know to join: ids are counted, and could be guessed.
 bool Registry::openSession(Connection* connection) {
     uint64_t token = 0;
     if (getrandom(&token, sizeof(token), 0) != sizeof(token)) return false;
@@ -130,6 +139,8 @@ bool Registry::joinSession(Connection* connection, const PacketHeader& join) {
     return true;
 }
 
+// The shutdown frees threads that wait to send events: their session's descriptor stays open as
+// long as they hold it.
 void Registry::drop(Connection* connection) {
     epoll_ctl(mEpoll, EPOLL_CTL_DEL, connection->fd, nullptr);
     if (connection->isEvent) {

@@ -1,3 +1,6 @@
+// A list of names and objects with two doors: the daemon's modules call it directly, clients
+// through transactions as the device's manager has them. A client cannot add: its objects are
+// callbacks, and a service in a client would need calls from one client to another.
 #include "host/platform/binder/daemon/service_manager.h"
 
 #include <android/log.h>
@@ -20,6 +23,7 @@ const sp<ServiceManager>& ServiceManager::self() {
     return manager;
 }
 
+// There are a handful of names: a walk is as good as any search.
 sp<IBinder> ServiceManager::checkService(const String16& name) const {
     std::lock_guard<std::mutex> guard(mLock);
     for (const Entry& entry : mEntries) {
@@ -57,7 +61,8 @@ Vector<String16> ServiceManager::listServices(int dumpsysFlags) {
     return names;
 }
 
-// A client lists by asking for one index after the other until it is refused.
+// A client lists by asking for one index after the other until it is refused. A name that is added
+// meanwhile moves the others on: one of them is told twice, and the new one not at all.
 status_t ServiceManager::replyName(const Parcel& data, Parcel* reply) {
     const int32_t index = data.readInt32();
     const Vector<String16> names = listServices(data.readInt32());
@@ -65,6 +70,7 @@ status_t ServiceManager::replyName(const Parcel& data, Parcel* reply) {
     return reply->writeString16(names[static_cast<size_t>(index)]);
 }
 
+// A look-up with or without waiting is the same here: the waiting is the client's.
 status_t ServiceManager::onTransact(uint32_t code, const Parcel& data, Parcel* reply,
                                     uint32_t flags) {
     if (code < GET_SERVICE_TRANSACTION || code > LIST_SERVICES_TRANSACTION) {
