@@ -17,6 +17,8 @@ namespace bench {
 
 using com::tarq::hardwareInfo::IHardwareInfoService;
 
+// Two ends of a pair, as the library's clients and its daemon have two ends of a connection. The
+// other process ends with the socket, or with this process.
 PingPong::PingPong(size_t requestSize, size_t replySize)
     : mRequest(requestSize), mReply(replySize) {
     int ends[2];
@@ -44,6 +46,7 @@ void PingPong::roundTrip() {
     if (recv(mFd, mReply.data(), mReply.size(), 0) <= 0) abort();
 }
 
+// getService waits until the daemon serves.
 static android::sp<IHardwareInfoService> findService() {
     return android::interface_cast<IHardwareInfoService>(
             android::defaultServiceManager()->getService(IHardwareInfoService::descriptor));
@@ -53,6 +56,7 @@ static size_t packetSize(const android::Parcel& parcel) {
     return sizeof(android::host::PacketHeader) + parcel.dataSize();
 }
 
+// A reply has no result here, but the record that opens each one.
 CallSizes setOtaTimestampSizes() {
     android::Parcel request;
     request.writeInterfaceToken(IHardwareInfoService::descriptor);
@@ -62,6 +66,7 @@ CallSizes setOtaTimestampSizes() {
     return {packetSize(request), packetSize(reply)};
 }
 
+// The reply is put together again from what the service answers: its texts are the board's.
 CallSizes getHardwareInfoSizes() {
     android::Parcel request;
     request.writeInterfaceToken(IHardwareInfoService::descriptor);

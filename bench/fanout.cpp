@@ -90,15 +90,18 @@ static double sendTo(const char* what, int callbacks) {
     return micros;
 }
 
+// One repetition is one run of the sender, which takes a median of its own.
 static void fanout(benchmark::State& state, const char* what, int callbacks) {
     for (auto _ : state) state.counters["value"] = sendTo(what, callbacks);
 }
 
+// A byte is one event, or the sign that keys can come.
 static void awaitByte(int output) {
     char byte;
     if (read(output, &byte, 1) != 1) abort();
 }
 
+// The time covers the start of the command that plays the key: that is what a person waits for.
 static void keyToCallback(benchmark::State& state) {
     const Daemon daemon;
     int output = -1;

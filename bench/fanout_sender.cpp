@@ -60,6 +60,7 @@ static void printMedian(int callbacks, Body send) {
     fflush(stdout);
 }
 
+// Begins when as many callbacks as expected have registered, and sends like a key of the receiver.
 static void sendAsDaemon(int callbacks) {
     const sp<android::ProcessState> process = android::ProcessState::self();
     const sp<CountingService> service = new CountingService;
@@ -79,6 +80,7 @@ static size_t packetSize() {
     return sizeof(android::host::PacketHeader) + event.dataSize();
 }
 
+// The floor's receiver takes a packet at a time and throws it away. Returns the sender's end.
 static int startReceiver(size_t size) {
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) abort();

@@ -50,6 +50,7 @@ static void writeFile(const std::string& path, const char* text) {
     fclose(file);
 }
 
+// The operation with all that belongs to it: the write, its log lines, and the callback's slot.
 static void setColour(benchmark::State& state, bool logs) {
     const PlainLeds leds(logs);
     const android::sp<rgbLedsService> service = new rgbLedsService;
@@ -66,6 +67,7 @@ static void ledLogged(benchmark::State& state) {
     setColour(state, true);
 }
 
+// The write as the service makes it, without the operation around it.
 static void ledWrite(benchmark::State& state) {
     const PlainLeds leds;
     timeEach(state, [] { writeColorToFile(3, 0xff8000); });
@@ -94,6 +96,7 @@ static void effectTarqd(benchmark::State& state) {
     timeEach(state, [&] { parseXmlFile(path.c_str()); });
 }
 
+// The same records in the same order, without a file to read them from.
 static void effectFloor(benchmark::State& state) {
     const PlainLeds leds;
     const std::string frame = deviceFile(kTransferState);

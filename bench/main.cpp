@@ -51,6 +51,7 @@ class RatioReporter : public benchmark::BenchmarkReporter {
 }  // namespace bench
 
 int main(int argc, char** argv) {
+    // The other processes that a measurement needs are this same program.
     if (argc > 1 && strcmp(argv[1], "worker") == 0) return bench::runWorker(argc, argv);
     if (argc > 1 && strcmp(argv[1], "receiver") == 0) return bench::runReceiver(argc, argv);
     // Repetitions of a pair take turns, so that both see the same machine.

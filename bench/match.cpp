@@ -40,6 +40,7 @@ static void matchUnlogged(benchmark::State& state) {
     match(state, Daemon(false));
 }
 
+// In one piece if it is small, as a driver shows it, and one read more to see its end.
 static void readFile(const std::string& path) {
     const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     char content[4096];
@@ -47,6 +48,7 @@ static void readFile(const std::string& path) {
     close(fd);
 }
 
+// Touches what the probes of the demo board touch; the order makes no difference.
 static void matchFloor(benchmark::State& state) {
     const OneCpu cpu;
     const std::string root = std::string(getenv("TARQ_BOARD")) + "/root";

@@ -59,6 +59,7 @@ void beginCount() {
     getppid();
 }
 
+// The last getppid is the sign to stop counting.
 [[noreturn]] static void runTraced(void (*body)()) {
     body();
     getppid();
@@ -142,6 +143,7 @@ Daemon::~Daemon() {
     stop(mPid);
 }
 
+// Counts from the start of the program until a call is answered.
 static void startTarqd(benchmark::State& state) {
     std::vector<double> micros;
     for (auto _ : state) {

@@ -18,6 +18,7 @@ namespace bench {
 using com::tarq::hardwareInfo::IHardwareInfoService;
 
 static constexpr int kWorkers = 8;
+// By then all of them should run and have called once.
 static constexpr std::chrono::milliseconds kWarmUp{200};
 static constexpr std::chrono::milliseconds kRun{400};
 
@@ -51,6 +52,7 @@ int runWorker(int argc, char** argv) {
     return 0;
 }
 
+// Adds up what the workers count. One that comes too late for the start counts less.
 static double callsPerSecond(const char* what) {
     const auto start = (Clock::now() + kWarmUp).time_since_epoch();
     const auto startNs = std::chrono::duration_cast<std::chrono::nanoseconds>(start).count();

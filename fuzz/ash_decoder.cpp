@@ -29,6 +29,7 @@ static std::string read(const uint8_t* data, size_t size, size_t part) {
     return text;
 }
 
+// The first byte decides where the stream is cut in two.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const size_t part = size > 0 ? data[0] % size : 0;
     if (read(data, size, 0) != read(data, size, part)) __builtin_trap();

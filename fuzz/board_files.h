@@ -26,11 +26,13 @@ class BoardFiles {
         std::ofstream(path) << content;
     }
 
+    // As if the board's build.prop had it: a read-only one is not refused.
     void setProperty(const std::string& name, const std::string& value) {
         std::filesystem::create_directories(mPath + "/run/properties");
         std::ofstream(mPath + "/run/properties/" + name) << value;
     }
 
+    // Makes a device node be another file, such as a pseudo terminal.
     void link(const std::string& target, const std::string& devicePath) {
         const std::filesystem::path path = mPath + "/root" + devicePath;
         std::filesystem::create_directories(path.parent_path());

@@ -82,6 +82,8 @@ static void sendAll(int fd, const uint8_t* data, size_t size) {
     }
 }
 
+// The hostile client says nothing more after its input and listens until the daemon closes. The
+// honest one's call behind it shows that the registry is alive.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const bool started = (startDaemon(), true);
     static const Client honest(Lane::kRegistry);

@@ -119,6 +119,7 @@ static void compareRow(PeripheralEntry& row, const std::string& package) {
     }
 }
 
+// At most one row has the name; an unknown name has none.
 static void compareRowNamed(const std::string& name, const std::string& package, bool comparable) {
     for (PeripheralEntry& row : peripheralTable) {
         if (name != row.name) continue;

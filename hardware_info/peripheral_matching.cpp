@@ -43,6 +43,7 @@ bool isSkipHw() {
     return false;
 }
 
+// The whole request, before anything is decided: tarqctl explains a match from these lines.
 static void logRequest(const std::vector<std::string>& items) {
     __android_log_print(ANDROID_LOG_INFO, kLogTag,
                         "service get match peripherals,peripherals given:");
@@ -86,6 +87,8 @@ static bool passesByTimestamp() {
     return _isLaterTimestamp(otaTimestamp.load(std::memory_order_relaxed));
 }
 
+// Every item is compared even when one before it did not fit, so that the log tells of all that is
+// wrong; only the overlay ends a request early.
 bool _isMatchHardwareInfo(const std::vector<String16>& items) {
     if (isSkipHw()) return true;
     std::vector<std::string> texts;

@@ -102,6 +102,8 @@ bool TimestampWalk::takeTime(std::string_view line) {
 
 }  // namespace
 
+// What the comparison goes by, for people who ask why a package was refused. A long has 64 bits on
+// the device, and so holds every time.
 static void logTimes(const std::vector<EarliestTime>& times) {
     __android_log_print(ANDROID_LOG_INFO, kLogTag, ">>>hardware timestamp Dump Begin");
     for (const EarliestTime& earliest : times) {
@@ -146,6 +148,7 @@ bool isLaterThanListed(std::string_view content, int64_t packageTime) {
     return isLater(packageTime, newest->time);
 }
 
+// The file's absence refuses too: it is only asked for packages that do not fit otherwise.
 bool _isLaterTimestamp(int64_t packageTime) {
     if (packageTime == 0) {
         __android_log_print(ANDROID_LOG_DEBUG, kLogTag,

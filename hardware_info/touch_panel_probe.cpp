@@ -1,3 +1,5 @@
+// A touch panel's driver shows which controller it found, in one of two places. The text is the
+// driver's, so it is taken only if every line of it is understood.
 #include "hardware_info/touch_panel_probe.h"
 
 #include <android/log.h>

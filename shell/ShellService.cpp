@@ -76,6 +76,7 @@ Status ShellService::executeCommand(const String16& command, std::vector<String1
     return status;
 }
 
+// Every refusal is the same -1 to the caller; the log tells which it was.
 Status ShellService::executeLocked(const String16& command, std::vector<String16>* output) {
     if (!callerMayExecute()) {
         __android_log_print(ANDROID_LOG_ERROR, kTag, "execute command permission denied\n");

@@ -49,6 +49,8 @@ __attribute__((format(printf, 1, 2))) static int32_t failed(const char* format, 
     return -1;
 }
 
+// Waits until what was written is out, and drops what has come. Whether it worked is what found
+// tells.
 static void apply(const termios& wanted, termios* found) {
     tcsetattr(serialPort, TCSAFLUSH, &wanted);
     tcgetattr(serialPort, found);
@@ -139,6 +141,8 @@ static size_t drain(uint8_t* collected) {
     return size;
 }
 
+// The acknowledgement goes out for an answer that is discarded as well: the co-processor repeats
+// what nobody acknowledges.
 void uart_recv_hand(bool discard, uint8_t* frame, uint32_t* length) {
     static uint8_t acknowledgements = 0;  // sent so far
     constexpr size_t kShortest = 5;       // acknowledgements, of 4 bytes, are not answered

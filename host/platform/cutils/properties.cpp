@@ -78,8 +78,8 @@ static int store(const std::string& directory, const char* name, const char* val
     return error;
 }
 
-// A file is replaced whole, so one read finds one value. An empty one is as good as none,
-// as on the device.
+// A file is replaced whole, so one read finds one value. An empty one is as good as none, as on the
+// device.
 int property_get(const char* key, char* value, const char* default_value) {
     ssize_t length = 0;
     if (isLegalName(key) && !boardDirectory().empty()) {
