@@ -19,9 +19,11 @@ inline double microsSince(Clock::time_point start) {
     return std::chrono::duration<double, std::micro>(Clock::now() - start).count();
 }
 
+// At least one value is needed. A mean would be moved by the few calls that were preempted.
 double median(std::vector<double> values);
 
-// Reports the median time of one call of body, in µs: a preempted one does not count.
+// Reports the median time of one call of body, in µs: a preempted one does not count. body checks
+// its own outcome and aborts, so that nothing is measured that did not happen.
 template <typename Body>
 void timeEach(benchmark::State& state, Body body) {
     std::vector<double> micros;
@@ -34,15 +36,18 @@ void timeEach(benchmark::State& state, Body body) {
 }
 
 // Reports how many system calls body makes, in a process of its own, from the place on where it
-// calls beginCount().
+// calls beginCount(). The process must be allowed to trace its child.
 void countSystemCalls(benchmark::State& state, void (*body)());
 void beginCount();
 
-// Starts a program that dies with this one. pipe: gets its standard output.
+// Starts a program that dies with this one. output, where given, gets a descriptor of its standard
+// output, which the caller closes. A program that cannot be run exits with 127.
 pid_t spawn(const std::vector<std::string>& command, int* output = nullptr);
+// Ends a program of spawn, and waits until it has.
 void stop(pid_t pid);
 
-// Runs the caller, and what it starts from here on, on one CPU while it lives.
+// Runs the caller, and what it starts from here on, on one CPU while it lives: two processes that
+// answer each other then pay for the switch alone, and not for how far apart their CPUs are.
 class OneCpu {
   public:
     OneCpu();
@@ -52,7 +57,8 @@ class OneCpu {
     cpu_set_t mBefore;
 };
 
-// A daemon on the demo board. It logs to a file, as scripts/run lets it, or nowhere.
+// A daemon on the demo board, ready to be called. It logs to a file, as scripts/run lets it, or
+// nowhere. One at a time, as a board has one.
 class Daemon {
   public:
     // The board is in place from before the first daemon until after the last.
@@ -73,6 +79,7 @@ class PingPong {
   public:
     PingPong(size_t requestSize, size_t replySize);
     ~PingPong();
+    // Sends a request and waits for its answer.
     void roundTrip();
 
   private:
@@ -82,7 +89,8 @@ class PingPong {
     pid_t mPeer;
 };
 
-// How many bytes the two packets of a call take, by what its parcels hold.
+// How many bytes the two packets of a call take, by what its parcels hold: a floor has to carry as
+// much as what is measured.
 struct CallSizes {
     size_t request;
     size_t reply;
@@ -93,7 +101,8 @@ CallSizes getHardwareInfoSizes();
 // The worker process of the throughput measurement.
 int runWorker(int argc, char** argv);
 
-// A client process that receives remote keys.
+// A client process that receives remote keys. Like the worker it is this same program, started with
+// other arguments.
 int runReceiver(int argc, char** argv);
 
 }  // namespace bench

@@ -1,4 +1,6 @@
-// One client's calls beside the plainest round trip of packets of the same sizes, on one CPU.
+// One client's calls beside the plainest round trip of packets of the same sizes, on one CPU. What
+// lies between the two is the library's work and the service's own: parcels, look-ups, log lines.
+// Nothing can be faster than the floor, as a call is two packets at least.
 #include <binder/IServiceManager.h>
 #include <binder/Parcel.h>
 #include <com/tarq/hardwareInfo/IHardwareInfoService.h>
@@ -15,6 +17,8 @@ namespace bench {
 
 using com::tarq::hardwareInfo::IHardwareInfoService;
 
+// Two ends of a pair, as the library's clients and its daemon have two ends of a connection. The
+// other process ends with the socket, or with this process.
 PingPong::PingPong(size_t requestSize, size_t replySize)
     : mRequest(requestSize), mReply(replySize) {
     int ends[2];
@@ -42,6 +46,7 @@ void PingPong::roundTrip() {
     if (recv(mFd, mReply.data(), mReply.size(), 0) <= 0) abort();
 }
 
+// getService waits until the daemon serves.
 static android::sp<IHardwareInfoService> findService() {
     return android::interface_cast<IHardwareInfoService>(
             android::defaultServiceManager()->getService(IHardwareInfoService::descriptor));
@@ -51,6 +56,7 @@ static size_t packetSize(const android::Parcel& parcel) {
     return sizeof(android::host::PacketHeader) + parcel.dataSize();
 }
 
+// A reply has no result here, but the record that opens each one.
 CallSizes setOtaTimestampSizes() {
     android::Parcel request;
     request.writeInterfaceToken(IHardwareInfoService::descriptor);
@@ -60,6 +66,7 @@ CallSizes setOtaTimestampSizes() {
     return {packetSize(request), packetSize(reply)};
 }
 
+// The reply is put together again from what the service answers: its texts are the board's.
 CallSizes getHardwareInfoSizes() {
     android::Parcel request;
     request.writeInterfaceToken(IHardwareInfoService::descriptor);
@@ -73,6 +80,7 @@ CallSizes getHardwareInfoSizes() {
     return {packetSize(request), packetSize(reply)};
 }
 
+// The smallest call there is: a number to the service, an empty reply, no log line.
 static void callTarqd(benchmark::State& state) {
     const OneCpu cpu;
     const Daemon daemon;

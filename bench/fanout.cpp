@@ -1,5 +1,6 @@
 // One remote key told to many callbacks, beside as many bare non-blocking sends of its size; and
-// how long one takes from the command that sends it.
+// how long one takes from the command that sends it. The sender is a program of its own, as it has
+// to be a daemon, and measures itself: here its receivers are started and its number is read.
 #include <binder/IPCThreadState.h>
 #include <binder/IServiceManager.h>
 #include <com/tarq/radiokey/BnRadioKeyCallback.h>
@@ -19,6 +20,7 @@ using com::tarq::radiokey::IRadioKeyService;
 // One event to 1,000 callbacks is 100 packets to each: their sockets hold more than two of those.
 static constexpr int kProcesses = 10;
 
+// Takes events and does nothing.
 class Deaf : public BnRadioKeyCallback {
   public:
     android::binder::Status onClick(int32_t /*value1*/, int32_t /*value2*/, int32_t /*value3*/,
@@ -60,6 +62,7 @@ int runReceiver(int argc, char** argv) {
     return 0;
 }
 
+// The one number that the sender prints, when it is done.
 static double readNumber(int output) {
     char text[32] = {};
     if (read(output, text, sizeof(text) - 1) <= 0) abort();
@@ -67,6 +70,7 @@ static double readNumber(int output) {
     return atof(text);
 }
 
+// What: "tarqd" or "floor". The receivers of the floor are the sender's own.
 static double sendTo(const char* what, int callbacks) {
     int output = -1;
     const pid_t sender =
@@ -86,15 +90,18 @@ static double sendTo(const char* what, int callbacks) {
     return micros;
 }
 
+// One repetition is one run of the sender, which takes a median of its own.
 static void fanout(benchmark::State& state, const char* what, int callbacks) {
     for (auto _ : state) state.counters["value"] = sendTo(what, callbacks);
 }
 
+// A byte is one event, or the sign that keys can come.
 static void awaitByte(int output) {
     char byte;
     if (read(output, &byte, 1) != 1) abort();
 }
 
+// The time covers the start of the command that plays the key: that is what a person waits for.
 static void keyToCallback(benchmark::State& state) {
     const Daemon daemon;
     int output = -1;

@@ -1,5 +1,6 @@
-// Sends one event to many callbacks again and again, and prints the median time of it in µs. A
-// program of its own: the service sends as a daemon, and the measurements are clients.
+// Sends one event to many callbacks again and again, and prints the median time of it in µs. It is
+// a program of its own, since the service sends as a daemon and the measurements are clients. Only
+// the sending is timed: receivers run on another CPU, where there is one.
 //
 // Usage: bench_fanout tarqd|floor CALLBACKS PROCESSES
 // With "tarqd" it prints "ready" when clients may register that many callbacks.
@@ -27,6 +28,7 @@ using android::sp;
 using com::tarq::radiokey::IRadioKeyCallback;
 using com::tarq::radiokey::RadioKeyService;
 
+// Knows when all receivers have registered.
 class CountingService : public RadioKeyService {
   public:
     android::binder::Status registerRadioKeyCallback(
@@ -58,6 +60,7 @@ static void printMedian(int callbacks, Body send) {
     fflush(stdout);
 }
 
+// Begins when as many callbacks as expected have registered, and sends like a key of the receiver.
 static void sendAsDaemon(int callbacks) {
     const sp<android::ProcessState> process = android::ProcessState::self();
     const sp<CountingService> service = new CountingService;
@@ -69,7 +72,7 @@ static void sendAsDaemon(int callbacks) {
     printMedian(callbacks, [&] { service->onClick(1, 2, 3, -60); });
 }
 
-// That of the same event as the service sends it.
+// The floor's packets are as large as those of the service's events.
 static size_t packetSize() {
     android::Parcel event;
     event.writeInterfaceToken(IRadioKeyCallback::descriptor);
@@ -77,6 +80,7 @@ static size_t packetSize() {
     return sizeof(android::host::PacketHeader) + event.dataSize();
 }
 
+// The floor's receiver takes a packet at a time and throws it away. Returns the sender's end.
 static int startReceiver(size_t size) {
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) abort();
@@ -91,6 +95,8 @@ static int startReceiver(size_t size) {
     return ends[0];
 }
 
+// As many sends as there are callbacks, on as many sockets as there are processes: the service has
+// one for each as well.
 static void sendBare(int callbacks, int processes) {
     const std::vector<char> packet(packetSize());
     std::vector<int> sockets;

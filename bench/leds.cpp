@@ -1,6 +1,7 @@
 // What the LED service adds to the bare writes. Plain files in memory stand in for the attributes:
 // each write to the board's driver is a round trip to another process, and one to a disk waits for
-// it, beside which nothing else is seen.
+// it, beside which nothing else is seen. The service runs within this process, without a call: what
+// a call adds is told by calls.cpp.
 #include <host/log_sink.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -19,7 +20,8 @@ namespace bench {
 namespace fs = std::filesystem;
 using com::tarq::rgbleds::rgbLedsService;
 
-// In the board's tree, as long as it lives. What this process logs is dropped unless it counts.
+// Takes the place of /sys in the board's tree, as long as it lives. What this process logs is
+// dropped, unless the log is what is measured.
 class PlainLeds {
   public:
     explicit PlainLeds(bool logs = false) {
@@ -41,12 +43,14 @@ class PlainLeds {
     const std::string mSys = std::string(getenv("TARQ_BOARD")) + "/root/sys";
 };
 
+// An attribute is opened, written and closed for each record, by the service as by this floor.
 static void writeFile(const std::string& path, const char* text) {
     FILE* const file = fopen(path.c_str(), "w+e");
     fputs(text, file);
     fclose(file);
 }
 
+// The operation with all that belongs to it: the write, its log lines, and the callback's slot.
 static void setColour(benchmark::State& state, bool logs) {
     const PlainLeds leds(logs);
     const android::sp<rgbLedsService> service = new rgbLedsService;
@@ -63,6 +67,7 @@ static void ledLogged(benchmark::State& state) {
     setColour(state, true);
 }
 
+// The write as the service makes it, without the operation around it.
 static void ledWrite(benchmark::State& state) {
     const PlainLeds leds;
     timeEach(state, [] { writeColorToFile(3, 0xff8000); });
@@ -74,7 +79,7 @@ static void ledFloor(benchmark::State& state) {
     timeEach(state, [&] { writeFile(path, "3 ff8000"); });
 }
 
-// A file of 200 steps.
+// Enough steps that the reading of the file, and not its opening, is seen.
 static constexpr int kSteps = 200;
 
 static std::string effectFile() {
@@ -91,6 +96,7 @@ static void effectTarqd(benchmark::State& state) {
     timeEach(state, [&] { parseXmlFile(path.c_str()); });
 }
 
+// The same records in the same order, without a file to read them from.
 static void effectFloor(benchmark::State& state) {
     const PlainLeds leds;
     const std::string frame = deviceFile(kTransferState);

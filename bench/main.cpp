@@ -1,4 +1,6 @@
-// Runs the measurements and prints one line each: NAME RATIO. Lines with # say what was divided.
+// Runs the measurements and prints one line each: NAME RATIO. Lines with # say what was divided. A
+// ratio to a floor that was measured in the same minute can be compared between machines and days;
+// a time cannot.
 #include <benchmark/benchmark.h>
 #include <stdio.h>
 #include <string.h>
@@ -11,7 +13,8 @@
 
 namespace bench {
 
-// Collects the "value" of every repetition, and prints the ratio of the medians at the end.
+// Collects the "value" of every repetition, and prints the ratio of the medians at the end. Google
+// Benchmark's own times are not looked at: they cover what surrounds a measurement as well.
 class RatioReporter : public benchmark::BenchmarkReporter {
   public:
     bool ReportContext(const Context& /*context*/) override { return true; }
@@ -48,6 +51,7 @@ class RatioReporter : public benchmark::BenchmarkReporter {
 }  // namespace bench
 
 int main(int argc, char** argv) {
+    // The other processes that a measurement needs are this same program.
     if (argc > 1 && strcmp(argv[1], "worker") == 0) return bench::runWorker(argc, argv);
     if (argc > 1 && strcmp(argv[1], "receiver") == 0) return bench::runReceiver(argc, argv);
     // Repetitions of a pair take turns, so that both see the same machine.

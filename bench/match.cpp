@@ -1,4 +1,6 @@
-// A match that asks all three probes, beside the bare operations on the files that it cannot avoid.
+// A match that asks all three probes, beside the bare operations on the files that it cannot avoid:
+// the touch panel's text, the two files of the display, the camera's request. The board plays them
+// all, so its time is in the match as in the floor.
 #include <binder/IServiceManager.h>
 #include <com/tarq/hardwareInfo/IHardwareInfoService.h>
 #include <errno.h>
@@ -38,6 +40,7 @@ static void matchUnlogged(benchmark::State& state) {
     match(state, Daemon(false));
 }
 
+// In one piece if it is small, as a driver shows it, and one read more to see its end.
 static void readFile(const std::string& path) {
     const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     char content[4096];
@@ -45,6 +48,7 @@ static void readFile(const std::string& path) {
     close(fd);
 }
 
+// Touches what the probes of the demo board touch; the order makes no difference.
 static void matchFloor(benchmark::State& state) {
     const OneCpu cpu;
     const std::string root = std::string(getenv("TARQ_BOARD")) + "/root";
@@ -62,6 +66,7 @@ static void matchFloor(benchmark::State& state) {
     });
 }
 
+// Without the daemon: its system calls for the call itself would be counted as well.
 static void matchTraced() {
     setenv("TARQ_LOG", "/dev/null", 1);
     initHardwareInfo();

@@ -7,6 +7,7 @@
 
 namespace bench {
 
+// Moves the calling thread. On a machine with one CPU all stay where they are.
 inline void runOn(long cpu) {
     cpu_set_t one;
     CPU_ZERO(&one);

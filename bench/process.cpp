@@ -1,4 +1,6 @@
-// Processes, the board, and what they cost: start-up and memory.
+// Starts and ends what the measurements need, the board and the daemon among them; and measures
+// what starting costs, and how much memory the daemon takes, both beside an empty program that
+// links the same libraries.
 #include <android/log.h>
 #include <binder/IServiceManager.h>
 #include <com/tarq/hardwareInfo/IHardwareInfoService.h>
@@ -24,6 +26,7 @@ double median(std::vector<double> values) {
     return *middle;
 }
 
+// vfork, since a copy of this process's memory would be measured with the start.
 pid_t spawn(const std::vector<std::string>& command, int* output) {
     int ends[2] = {-1, -1};
     if (output != nullptr && pipe2(ends, O_CLOEXEC) != 0) abort();
@@ -56,6 +59,7 @@ void beginCount() {
     getppid();
 }
 
+// The last getppid is the sign to stop counting.
 [[noreturn]] static void runTraced(void (*body)()) {
     body();
     getppid();
@@ -91,6 +95,7 @@ OneCpu::~OneCpu() {
     sched_setaffinity(0, sizeof(mBefore), &mBefore);
 }
 
+// One board for all measurements: what it costs to start one is nobody's question.
 static std::string gBoard = "/tmp/tarqd-bench.XXXXXX";
 static pid_t gVirtualBoard = -1;
 
@@ -114,8 +119,8 @@ void Daemon::removeBoard() {
     if (system(("rm -rf " + gBoard).c_str()) != 0) abort();
 }
 
-// Until it answers a call: that is when all its modules have started. The look-ups before are few,
-// as they would take the time of what they wait for.
+// Waits until it answers a call: that is when all its modules have started. The look-ups before are
+// few, as they would take the time of what they wait for.
 static void awaitAnswer() {
     using com::tarq::hardwareInfo::IHardwareInfoService;
     constexpr useconds_t pause = 100;
@@ -138,6 +143,7 @@ Daemon::~Daemon() {
     stop(mPid);
 }
 
+// Counts from the start of the program until a call is answered.
 static void startTarqd(benchmark::State& state) {
     std::vector<double> micros;
     for (auto _ : state) {
@@ -152,7 +158,7 @@ static void startFloor(benchmark::State& state) {
     timeEach(state, [] { waitpid(spawn({EMPTY}), nullptr, 0); });
 }
 
-// VmRSS in kB.
+// Gives VmRSS of proc(5), in kB; 0 when there is no such process.
 static double residentSize(pid_t pid) {
     const std::string path = "/proc/" + std::to_string(pid) + "/status";
     FILE* const file = fopen(path.c_str(), "re");

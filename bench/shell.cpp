@@ -1,4 +1,5 @@
-// A command through the shell service beside popen, read and pclose.
+// A command through the shell service beside popen, read and pclose: the shell that both start
+// takes nearly all of the time, and the rest is a call.
 #include <binder/IServiceManager.h>
 #include <com/tarq/shell/IShellService.h>
 #include <stdio.h>

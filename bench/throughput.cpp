@@ -1,4 +1,6 @@
-// Calls a second of eight client processes beside as many bare round trips.
+// Calls a second of eight client processes beside as many bare round trips. All begin at one
+// moment, told to them beforehand, and count for the same time: what one of them does alone is not
+// counted. Each floor has a peer of its own, so it does not see what waiting for one daemon costs.
 #include <binder/IServiceManager.h>
 #include <com/tarq/hardwareInfo/IHardwareInfoService.h>
 #include <stdio.h>
@@ -16,9 +18,12 @@ namespace bench {
 using com::tarq::hardwareInfo::IHardwareInfoService;
 
 static constexpr int kWorkers = 8;
+// By then all of them should run and have called once.
 static constexpr std::chrono::milliseconds kWarmUp{200};
 static constexpr std::chrono::milliseconds kRun{400};
 
+// Prints how many calls of body were made within kRun from the start on. The first, before it,
+// opens what needs opening.
 template <typename Body>
 static void countUntil(Clock::time_point start, Body body) {
     body();
@@ -47,6 +52,7 @@ int runWorker(int argc, char** argv) {
     return 0;
 }
 
+// Adds up what the workers count. One that comes too late for the start counts less.
 static double callsPerSecond(const char* what) {
     const auto start = (Clock::now() + kWarmUp).time_since_epoch();
     const auto startNs = std::chrono::duration_cast<std::chrono::nanoseconds>(start).count();

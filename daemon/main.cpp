@@ -9,9 +9,9 @@
 #include "shell/shell_module.h"
 #include "zigbee/zigbee_check_module.h"
 
-// In the order in which their services appear to clients. Until the last has returned no call is
-// served, so a slow module holds up the ones behind it and every client. Nobody reads the results:
-// a module that fails says so in the log, and the others start all the same.
+// They start in the order in which their services appear to clients. Until the last has returned no
+// call is served, so a slow module holds up the ones behind it and every client. Nobody reads the
+// results: a module that fails says so in the log, and the others start all the same.
 static int32_t (*const kModules[])() = {
         hardware_info_module, rgb_led_module, shell_module, zigbee_check_module, radio_key_module,
 };

@@ -7,7 +7,8 @@
 #include <fstream>
 #include <string>
 
-// The board has a touch panel, "gt9xx-5", and panel 3.
+// The board has a touch panel, "gt9xx-5", and panel 3. It is this process's board from here on, and
+// goes with the object.
 class BoardFiles {
   public:
     BoardFiles() {
@@ -18,17 +19,20 @@ class BoardFiles {
     }
     ~BoardFiles() { std::filesystem::remove_all(mPath); }
 
+    // Paths are the device's.
     void write(const std::string& devicePath, const std::string& content) {
         const std::filesystem::path path = mPath + "/root" + devicePath;
         std::filesystem::create_directories(path.parent_path());
         std::ofstream(path) << content;
     }
 
+    // As if the board's build.prop had it: a read-only one is not refused.
     void setProperty(const std::string& name, const std::string& value) {
         std::filesystem::create_directories(mPath + "/run/properties");
         std::ofstream(mPath + "/run/properties/" + name) << value;
     }
 
+    // Makes a device node be another file, such as a pseudo terminal.
     void link(const std::string& target, const std::string& devicePath) {
         const std::filesystem::path path = mPath + "/root" + devicePath;
         std::filesystem::create_directories(path.parent_path());

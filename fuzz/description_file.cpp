@@ -1,4 +1,5 @@
-// A description file, read and applied to the table of a board with index 3 and overlay id 5.
+// A description file, read and applied to the table of a board with index 3 and overlay id 5. The
+// dump behind it reads every field that the file may have filled, also those without a terminator.
 #include <host/log_sink.h>
 #include <stdint.h>
 

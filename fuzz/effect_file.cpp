@@ -1,4 +1,4 @@
-// A lamp effect file.
+// A lamp effect file is read, or refused without a trace. There is no driver: its texts go nowhere.
 #include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>

@@ -1,4 +1,5 @@
-// Saved logs: taken apart, read and explained.
+// Saved logs: taken apart, read and explained. Users paste such logs from anywhere; whatever they
+// hold, there is something to say about every request in them.
 #include <stddef.h>
 #include <stdint.h>
 

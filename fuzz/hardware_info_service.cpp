@@ -1,4 +1,5 @@
-// Requests to the hardware information service of a board with an overlay id and some parts.
+// Requests to the hardware information service of a board with an overlay id and some parts, whose
+// touch panel and display answer: so a match gets into all comparisons.
 #include <host/log_sink.h>
 #include <string.h>
 

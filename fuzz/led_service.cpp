@@ -1,5 +1,6 @@
 // Requests to the LED service. Plain files are the driver; two effect files are there to be loaded,
-// /data/good.xml and /data/bad.xml.
+// /data/good.xml and /data/bad.xml. A path that the fuzzer makes up is opened as well, and read
+// only.
 #include <host/log_sink.h>
 
 #include "fuzz/board_files.h"

@@ -6,20 +6,21 @@
 #include <host/log_sink.h>
 #include <stdlib.h>
 #include <string.h>
+#include <host/process_board.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <string>
 
-#include "host/platform/binder/socket.h"
 #include "host/platform/binder/wire.h"
+#include "host/run/socket.h"
 #include "tests/echo_service.h"
 
 using namespace android;
 using namespace android::host;
 
-// Without what would hold a thread or take long.
+// Refuses what would hold a thread or take long.
 class HarmlessEcho : public echo::EchoService {
     status_t onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override {
         if (code == echo::WAIT || code == echo::FIRE) return UNKNOWN_TRANSACTION;
@@ -33,19 +34,24 @@ static PacketHeader headerOf(PacketKind kind) {
     return header;
 }
 
+// For the honest: a packet is sent and answered, or the target fails.
 static PacketHeader exchange(int fd, const PacketHeader& header) {
     Packet answer;
     if (sendPacket(fd, 0, header) != 0) abort();
-    if (receivePacket(fd, 0, &answer) != Received::PACKET) abort();
+    if (receivePacket(fd, 0, &answer) != Received::kPacket) abort();
     return answer.header;
 }
 
-// One client with a session: its event connection and one that joined it.
+// One client with a session has its event connection and one that joined it.
+static int connectToDaemon() {
+    return tarq::host::connectTo(tarq::host::processBoard().binderSocket());
+}
+
 struct Client {
-    explicit Client(Lane lane) : event(connectToBoard()), calls(connectToBoard()) {
+    explicit Client(Lane lane) : event(connectToDaemon()), calls(connectToDaemon()) {
         if (event < 0 || calls < 0) abort();
-        PacketHeader join = exchange(event, headerOf(PacketKind::OPEN));
-        join.kind = PacketKind::JOIN;
+        PacketHeader join = exchange(event, headerOf(PacketKind::kOpen));
+        join.kind = PacketKind::kJoin;
         join.code = static_cast<uint32_t>(lane);
         exchange(calls, join);
     }
@@ -57,6 +63,7 @@ struct Client {
     const int calls;
 };
 
+// The daemon stays for all inputs: what one of them leaves behind would show with the next.
 static void startDaemon() {
     static std::string board = "/tmp/fuzz_packets.XXXXXX";
     if (mkdtemp(board.data()) == nullptr || mkdir((board + "/run").c_str(), 0700) != 0) abort();
@@ -67,6 +74,7 @@ static void startDaemon() {
     defaultServiceManager()->addService(echo::kName, new HarmlessEcho);
 }
 
+// A length that runs past the end takes what is left, so that every input is one.
 static void sendAll(int fd, const uint8_t* data, size_t size) {
     while (size > 2) {
         size_t length = data[0] | (data[1] << 8);
@@ -79,21 +87,23 @@ static void sendAll(int fd, const uint8_t* data, size_t size) {
     }
 }
 
+// The hostile client says nothing more after its input and listens until the daemon closes. The
+// honest one's call behind it shows that the registry is alive.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const bool started = (startDaemon(), true);
-    static const Client honest(Lane::REGISTRY);
+    static const Client honest(Lane::kRegistry);
     if (!started || size == 0) return 0;
     {
-        const Client client(data[0] % 4 == 0 ? Lane::CALL : Lane::REGISTRY);
-        const int stranger = connectToBoard();
+        const Client client(data[0] % 4 == 0 ? Lane::kCall : Lane::kRegistry);
+        const int stranger = connectToDaemon();
         const int fd = data[0] % 4 == 3 ? stranger : data[0] % 4 == 2 ? client.event : client.calls;
         sendAll(fd, data + 1, size - 1);
         shutdown(fd, SHUT_WR);
         Packet answer;
-        while (receivePacket(fd, 0, &answer) == Received::PACKET) continue;
+        while (receivePacket(fd, 0, &answer) == Received::kPacket) continue;
         close(stranger);
     }
-    PacketHeader ping = headerOf(PacketKind::CALL);
+    PacketHeader ping = headerOf(PacketKind::kCall);
     ping.code = IBinder::PING_TRANSACTION;
     if (exchange(honest.calls, ping).status != OK) abort();
     return 0;

@@ -1,4 +1,5 @@
-// The list of panels in a description file, searched for panel 3.
+// The list of panels in a description file, searched for panel 3. What is found is an item of the
+// list as it stands there; otherwise the result is left alone.
 #include <host/log_sink.h>
 #include <stdint.h>
 #include <stdlib.h>

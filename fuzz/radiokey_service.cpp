@@ -1,4 +1,5 @@
-// Requests to the radio key service, on a board without a receiver.
+// Requests to the radio key service, on a board without a receiver. Its threads run along, as they
+// do in the daemon.
 #include <host/log_sink.h>
 
 #include "fuzz/board_files.h"

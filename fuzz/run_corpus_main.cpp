@@ -1,5 +1,5 @@
-// Runs a fuzz target once over every file of the directories given: a regression test that needs
-// no libFuzzer.
+// Runs a fuzz target once over every file of the directories given: a regression test that needs no
+// libFuzzer. Directories without a file are a mistake, and no success.
 #include <stdint.h>
 #include <stdio.h>
 

@@ -1,4 +1,5 @@
-// Requests to the shell service from a caller that it must refuse.
+// Requests to the shell service from a caller that it must refuse, whatever the request holds: 2000
+// is the uid of the device's debug shell.
 #include <binder/IPCThreadState.h>
 #include <host/log_sink.h>
 #include <stdio.h>

@@ -1,4 +1,5 @@
-// A timestamp file, for a package of time 100 and for one that is newer than any.
+// A timestamp file, for a package of time 100 and for one that is newer than any: what lets the
+// first one in must let in the second.
 #include <host/log_sink.h>
 #include <stdint.h>
 #include <stdlib.h>

@@ -1,4 +1,4 @@
-// What a touch panel's driver tells.
+// What a touch panel's driver tells is taken, as "type-id", or refused without a trace.
 #include <host/log_sink.h>
 #include <stdint.h>
 #include <stdlib.h>

@@ -6,7 +6,8 @@
 #include <stdint.h>
 #include <string.h>
 
-// One call: the first four bytes of the input are the code, the others the request.
+// One call: the first four bytes of the input are the code, the others the request. A fuzzer cannot
+// put an object into it, as only the transport can. What the service answers does not matter.
 inline void transact(const android::sp<android::BBinder>& service, const uint8_t* data,
                      size_t size) {
     uint32_t code = 0;

@@ -1,8 +1,8 @@
 #include "hardware_info/HardwareInfoService.h"
 
-#include "hardware_info/ota_timestamp.h"
 #include "hardware_info/peripheral_list.h"
 #include "hardware_info/peripheral_matching.h"
+#include "hardware_info/timestamp_check.h"
 
 namespace com::tarq::hardwareInfo {
 

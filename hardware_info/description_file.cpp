@@ -1,3 +1,6 @@
+// One walk turns the XML tree into plain values that own their texts, so the tree lives no longer
+// than the call. Nothing is judged on the way: who checks a file wants to see what is wrong with
+// it.
 #include "hardware_info/description_file.h"
 
 #include <errno.h>

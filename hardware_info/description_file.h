@@ -19,25 +19,27 @@
 #include <string>
 #include <vector>
 
-// How long the texts may be, in bytes of UTF-8.
+// How long the texts may be, in bytes of UTF-8, to be used on a board: what longer ones cost is
+// said in description_loader.h. The reader itself takes them all.
 constexpr size_t kMaxProductLength = 31;
 constexpr size_t kMaxOverlayIdsLength = 63;
 constexpr size_t kMaxPartNameLength = 127;
 
-// A text that the file does not have is empty of a value; one that is there and empty has one.
+// It has no value when the file does not have the attribute, or when the element holds no text. An
+// attribute that is there and empty has one.
 using DescriptionText = std::optional<std::string>;
 
-// <hw>
+// An element <hw>: one part of a variant.
 struct DescribedPart {
     int line;                    // in the file, counted from 1
     DescriptionText peripheral;  // the kind
     DescriptionText name;        // the element's text, with the blanks it has in the file
 };
 
-// <hardwre_info>
+// An element <hardwre_info>: one variant of the product.
 struct BoardVariant {
     int line;
-    DescriptionText index;
+    DescriptionText index;       // decimal
     DescriptionText overlayIds;  // separated by any of " ", "," and "*"
     DescriptionText hwVersion;
     std::vector<DescribedPart> parts;  // in the order of the file

@@ -1,3 +1,7 @@
+// Brings what the description file says of this board into the module's two records. People write
+// that file, so a mistake costs the text that it stands in and no more. A text is taken whole or
+// not at all, since half of a part's name may be the name of another part; only the two that are
+// merely shown are cut to their fields.
 #include "hardware_info/description_loader.h"
 
 #include <android/log.h>
@@ -8,18 +12,18 @@
 #include <memory>
 
 #include "common/device_file.h"
-#include "hardware_info/log_tag.h"
 #include "hardware_info/peripheral_table.h"
 #include "hardware_info/text.h"
 
 static constexpr char kPath[] = "/vendor/etc/hardwareInfo.xml";
 
-// What the device's printf makes of a null text.
+// printf shows a null text so on the device; here it is spelt out.
 static const char* shown(const DescriptionText& text) {
     return text ? text->c_str() : "(null)";
 }
 
-// Mistakes name the line of the file: who reads them is about to correct it.
+// What is missing or too long is told with the line of the file, as the reader is about to correct
+// it. The two lines that begin with "ERR:" have no room for one: they tell the names instead.
 static void logMissing(int line, const char* what) {
     __android_log_print(ANDROID_LOG_ERROR, kLogTag, "%s:%d: %s is missing", kPath, line, what);
 }
@@ -49,7 +53,8 @@ static void copyCut(const DescriptionText& text, char (&field)[SIZE]) {
     text->copy(field, SIZE);
 }
 
-// Only reports: the variant is used whatever comes of it.
+// This only reports: the variant is used whatever comes of it, and each match request compares
+// again.
 static void checkOverlayId(const BoardVariant& variant, int32_t index, int32_t overlayId) {
     if (overlayId == -1 || !variant.overlayIds) return;
     // An id that was cut in two could be taken for another one, so such a list is not compared.
@@ -68,6 +73,8 @@ static void checkOverlayId(const BoardVariant& variant, int32_t index, int32_t o
     }
 }
 
+// Of two parts of one kind the later stays. A name that is too long belongs to a known kind all the
+// same, so it is told as too long and not as unknown.
 static void applyPart(const DescribedPart& part) {
     bool known = false;
     for (PeripheralEntry& entry : peripheralTable) {
@@ -108,6 +115,7 @@ void applyDescription(const HardwareDescription& description, int32_t index, int
     for (const BoardVariant& variant : description.variants) {
         if (!variant.index) {
             logMissing(variant.line, "attribute index of <hardwre_info>");
+            // The board's own index was read by the same rule: what is no number is 0.
         } else if (atoi(variant.index->c_str()) == index) {
             applyVariant(variant, index, overlayId);
         }
@@ -119,6 +127,7 @@ void loadDescription(int32_t index, int32_t overlayId) {
     const std::unique_ptr<FILE, int (*)(FILE*)> file(fopen(deviceFile(kPath).c_str(), "re"),
                                                      fclose);
     if (file == nullptr || !readDescription(file.get(), &description)) {
+        // The reason is "Success" where the file can be read and its XML is at fault.
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Error opening xml file:%s,err:%s\n", kPath,
                             strerror(errno));
         return;

@@ -1,3 +1,8 @@
+// A board may carry any of the panels that its description lists, each with a number, and its
+// hardware tells the number of the one that is fitted. Boards do that in three ways, asked in a
+// fixed order until one gives a number: the "id" of the panel's node in the device tree, the
+// "hwid-flag" beside it, or two GPIO lines that the device tree names. The number then picks the
+// list's item.
 #include "hardware_info/display_probe.h"
 
 #include <android/log.h>
@@ -5,25 +10,25 @@
 
 #include "hardware_info/entire_file.h"
 #include "hardware_info/gpio_input.h"
-#include "hardware_info/log_tag.h"
 #include "hardware_info/peripheral_table.h"
 #include "hardware_info/text.h"
 
+// The node of the panel, and the one of the DSI controller whose registers are at ff450000.
 static constexpr char kRegPath[] = "/sys/bus/mipi-dsi/devices/ff450000.dsi.0/of_node/id";
 static constexpr char kFlagPath[] = "/sys/bus/mipi-dsi/devices/ff450000.dsi.0/of_node/hwid-flag";
 static constexpr char kId1Path[] = "/proc/device-tree/dsi@ff450000/dsi,id1";
 static constexpr char kId2Path[] = "/proc/device-tree/dsi@ff450000/dsi,id2";
 
-static constexpr size_t kCellSize = 4;
-static constexpr uint32_t kGpioCount = 128;
+static constexpr size_t kCellSize = 4;       // bytes of a number in a device tree
+static constexpr uint32_t kGpioCount = 128;  // the lines are numbered from 0
 
-// A device tree cell: four bytes, the most significant first.
+// A device tree cell is four bytes, the most significant first.
 static uint32_t cellFrom(const std::vector<uint8_t>& bytes) {
     return uint32_t{bytes[0]} << 24 | uint32_t{bytes[1]} << 16 | uint32_t{bytes[2]} << 8 | bytes[3];
 }
 
-// The three bytes stay in the upper part of the number, deliberately: 00 00 05 is panel 1280. All
-// ones is what a panel's register gives that was never written.
+// The three bytes stay in the upper part of the number, deliberately: 00 00 05 is panel 1280, and
+// so it stands in the description. Three bytes FF are no number, and the next way is asked.
 static bool panelIdByReg(int32_t& panelId) {
     std::vector<uint8_t> bytes = readEntireFile(kRegPath);
     if (bytes.size() != kCellSize - 1) return false;
@@ -36,6 +41,8 @@ static bool panelIdByReg(int32_t& panelId) {
     return true;
 }
 
+// A flag with the highest bit set is negative, and no number. Both debug lines show the same
+// number: log texts are a contract.
 static bool panelIdByFlag(int32_t& panelId) {
     const std::vector<uint8_t> bytes = readEntireFile(kFlagPath);
     int32_t flag = -1;
@@ -53,6 +60,8 @@ static bool panelIdByFlag(int32_t& panelId) {
     return true;
 }
 
+// The first line is the upper bit: levels 1 and 0 are number 2. The second is not touched when the
+// first cannot be read.
 static bool panelIdByPins(int32_t& panelId) {
     int32_t high = 0;
     int32_t low = 0;
@@ -87,6 +96,7 @@ static bool levelOfGpio(uint32_t gpio, int32_t& level) {
 }
 
 bool getGpioValFromDsiId(const char* path, int32_t& level) {
+    // A property may have more cells; the first is the number.
     const std::vector<uint8_t> bytes = readEntireFile(path);
     if (bytes.size() < kCellSize) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Fail to open dsi id: %s", path);
@@ -103,6 +113,7 @@ bool getGpioValFromDsiId(const char* path, int32_t& level) {
     return true;
 }
 
+// An item is IC-ID; a second "-" and what is behind it are ignored.
 static bool isPanel(std::string_view item, int32_t panelId) {
     Pieces fields(item, '-');
     std::string_view field;
@@ -117,7 +128,7 @@ static bool isPanel(std::string_view item, int32_t panelId) {
     }
     const std::string id(field);
     if (atoi(id.c_str()) == panelId) return true;  // whatever blanks are around it
-    // Said of a number that is another panel's as well.
+    // The line speaks of a conversion, and is logged as well for every panel that is not the one.
     __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to convert %s to int", id.c_str());
     return false;
 }

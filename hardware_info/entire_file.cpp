@@ -5,9 +5,9 @@
 #include <unistd.h>
 
 #include "common/device_file.h"
-#include "hardware_info/log_tag.h"
+#include "hardware_info/peripheral_table.h"
 
-// To the end, as the size that sysfs and procfs give is not that of what they show. The room
+// Reads to the end, as the size that sysfs and procfs give is not that of what they show. The room
 // doubles: what a driver shows takes two reads, and a file of any size not many.
 static bool readToEnd(int fd, std::vector<uint8_t>& bytes) {
     static constexpr size_t kPage = 4096;

@@ -1,3 +1,6 @@
+// The kernel's GPIO interface in sysfs: a number written to "export" makes the folder gpioN appear,
+// in which "direction" takes "in" and "value" shows 0 or 1; the same number written to "unexport"
+// makes it go. Whoever exported a line owns it, so one that is there already is only read.
 #include "hardware_info/gpio_input.h"
 
 #include <android/log.h>
@@ -6,7 +9,7 @@
 
 #include "common/device_file.h"
 #include "hardware_info/entire_file.h"
-#include "hardware_info/log_tag.h"
+#include "hardware_info/peripheral_table.h"
 #include "hardware_info/text.h"
 
 // False when the file cannot be opened. What becomes of the write is not asked: the read that
@@ -20,6 +23,7 @@ static bool writeTo(const std::string& path, const std::string& text) {
     return true;
 }
 
+// Unexports only after a read that succeeded. Otherwise the line stays, and the next call finds it.
 static bool exportAndRead(uint32_t gpio, const std::string& folder, const std::string& valuePath,
                           std::string& value) {
     const std::string number = std::to_string(gpio);

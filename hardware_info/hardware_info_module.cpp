@@ -11,7 +11,7 @@ using android::sp;
 using com::tarq::hardwareInfo::HardwareInfoService;
 
 int32_t hardware_info_module() {
-    initHardwareInfo();
+    initHardwareInfo();  // before the name appears: callers read the table without a lock
     const sp<IServiceManager> manager = android::defaultServiceManager();
     const sp<IBinder> service = new HardwareInfoService();
     manager->addService(HardwareInfoService::descriptor, service, false,

@@ -1,14 +1,18 @@
+// An item is compared with its row in two ways, and one yes is enough. By texts: each part that the
+// description file gives for the board occurs somewhere in the package's value. By probe, for the
+// three kinds whose hardware can be asked: one element of the value is exactly what was found. The
+// second way lets in a package for a part that no description knows yet.
 #include "hardware_info/item_comparison.h"
 
 #include <android/log.h>
 
 #include "hardware_info/camera_probe.h"
 #include "hardware_info/display_probe.h"
-#include "hardware_info/log_tag.h"
 #include "hardware_info/peripheral_table.h"
 #include "hardware_info/text.h"
 #include "hardware_info/touch_panel_probe.h"
 
+// The limits are in bytes of UTF-8. Who writes packages reads the same in docs/update_packages.md.
 static constexpr size_t kMaxItemLength = 101;
 static constexpr size_t kMaxOverlayValueLength = 63;
 
@@ -18,8 +22,8 @@ namespace {
 struct Probe {
     PeripheralType type;
     bool (*run)(std::string& part);
-    const char* failure;
-    const char* result;
+    const char* failure;    // the whole log line
+    const char* result;     // the log line before ": match" or ": unmatch"
     const char* nullMeans;  // the part that "null" in a package's list stands for
 };
 
@@ -33,6 +37,7 @@ static constexpr Probe kProbes[] = {
          "isInternalCameraMatch", "gc5035"},
 };
 
+// Whether the list holds this board's overlay id, as a number: 13 does not include 3.
 static bool includesBoard(const std::string& value) {
     const int32_t overlayId = boardIdentity.overlayId;
     const bool comparable = value.size() <= kMaxOverlayValueLength;
@@ -51,7 +56,8 @@ static bool includesBoard(const std::string& value) {
     return included;
 }
 
-// Whether each of the board's parts occurs anywhere in the package's text.
+// Whether each of the board's parts occurs anywhere in the package's text, within a word as well:
+// "gt9" is found in "gt911". The first that does not is logged.
 static bool containsParts(const std::string& board, const std::string& package) {
     for (const std::string& part : tokensOf(board)) {
         if (package.find(part) != std::string::npos) continue;
@@ -64,7 +70,8 @@ static bool containsParts(const std::string& board, const std::string& package) 
     return true;
 }
 
-// The new matchState, by what the description file says.
+// The new matchState, by what the description file says. A package may bring support for a part
+// that the board does not list: the row stays unmatched, but such a row never refuses a package.
 static uint8_t compareTexts(const PeripheralEntry& row, const std::string& package) {
     const std::string board = row.value;
     if (board == "null") {
@@ -81,6 +88,7 @@ static uint8_t compareTexts(const PeripheralEntry& row, const std::string& packa
     return 2;
 }
 
+// An element is compared as it stands, with the blanks around it.
 static bool listsProbedPart(const Probe& probe, const std::string& package) {
     std::string part;
     if (!probe.run(part)) {
@@ -111,6 +119,7 @@ static void compareRow(PeripheralEntry& row, const std::string& package) {
     }
 }
 
+// At most one row has the name; an unknown name has none.
 static void compareRowNamed(const std::string& name, const std::string& package, bool comparable) {
     for (PeripheralEntry& row : peripheralTable) {
         if (name != row.name) continue;

@@ -5,12 +5,12 @@
 #include <stdlib.h>
 #include <utils/String8.h>
 
-#include "hardware_info/log_tag.h"
 #include "hardware_info/peripheral_table.h"
 
 using android::String16;
 using android::String8;
 
+// The text of one row, at most 99 bytes.
 static String16 itemOf(const PeripheralEntry& entry) {
     char item[100];
     const int length = snprintf(item, sizeof(item), "%s:%s", entry.name, entry.value);

@@ -11,5 +11,6 @@
 // name and the value of a row may be 98 bytes together.
 bool _getHardwareInfo(std::vector<android::String16>* list);
 
-// Logs the table and the board's identity. Returns what the last log call returned.
+// Logs the table and the board's identity: at start-up, and with every match request, so that a
+// saved log explains a refusal without the board. Returns what the last log call returned.
 int32_t dump_hardware();

@@ -1,3 +1,8 @@
+// A package is let in or refused by the first of four questions that decides: does this build skip
+// the comparison, is the package for this board's overlay, does it support each of the board's
+// parts, and if not, is it newer than the oldest software that does. docs/update_packages.md tells
+// the same to those who write packages. Each answer is logged, as the caller gets a yes or a no
+// alone.
 #include "hardware_info/peripheral_matching.h"
 
 #include <android/log.h>
@@ -7,8 +12,6 @@
 
 #include "hardware_info/camera_probe.h"
 #include "hardware_info/item_comparison.h"
-#include "hardware_info/log_tag.h"
-#include "hardware_info/ota_timestamp.h"
 #include "hardware_info/peripheral_list.h"
 #include "hardware_info/peripheral_table.h"
 #include "hardware_info/timestamp_check.h"
@@ -20,6 +23,7 @@ static constexpr char kSkip[] = "ro.vendor.ota_skip_hw_info";
 static constexpr char kSkipWithoutOverlay[] = "ro.vendor.ota_skip_hw_info_no_hwid";
 static constexpr char kCheckTimestamp[] = "ro.vendor.ota_enter_timestamp_check";
 
+// Nothing else counts as set, neither "1" nor "TRUE".
 static bool isTrue(const char* property) {
     char value[PROPERTY_VALUE_MAX] = {};
     property_get(property, value, "false");
@@ -39,6 +43,7 @@ bool isSkipHw() {
     return false;
 }
 
+// The whole request, before anything is decided: tarqctl explains a match from these lines.
 static void logRequest(const std::vector<std::string>& items) {
     __android_log_print(ANDROID_LOG_INFO, kLogTag,
                         "service get match peripherals,peripherals given:");
@@ -59,7 +64,9 @@ static const PeripheralEntry* unmatchedRow() {
     return nullptr;
 }
 
-// The times in the timestamp file hold for boards with one of the cameras only, or without any.
+// The times in the timestamp file hold for boards with the camera gc5035 only, or without any. The
+// first camera that answers is the one that is asked: another behind it is not seen. One that
+// answers without a name counts as none.
 static bool hasOtherCamera() {
     std::string camera;
     return getInternalCameraInfo(camera) && !camera.empty() && camera != "gc5035";
@@ -80,6 +87,8 @@ static bool passesByTimestamp() {
     return _isLaterTimestamp(otaTimestamp.load(std::memory_order_relaxed));
 }
 
+// Every item is compared even when one before it did not fit, so that the log tells of all that is
+// wrong; only the overlay ends a request early.
 bool _isMatchHardwareInfo(const std::vector<String16>& items) {
     if (isSkipHw()) return true;
     std::vector<std::string> texts;

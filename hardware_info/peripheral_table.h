@@ -8,7 +8,11 @@
 
 #include <atomic>
 
-// The kinds of peripherals. Each value is the position of the kind's row in the table.
+// The tag of every log line of this module.
+constexpr char kLogTag[] = "HardwareInfoService";
+
+// The kinds of peripherals. Each value is the position of the kind's row in the table, and the
+// order that callers get their list in. The timestamp file's sections have these names.
 enum class PeripheralType : uint8_t {
     WIFI = 0,
     CODEC = 1,
@@ -35,10 +39,10 @@ struct PeripheralEntry {
 };
 
 struct BoardIdentity {
-    char product[32] = "null";
-    int32_t overlayId = -1;  // -1: none, or unknown
-    // From the description file. A text of 64 bytes or more is cut and fills its field to the last
-    // byte, without a terminator: print these two with "%.64s".
+    char product[32] = "null";  // of the description file, for the log
+    int32_t overlayId = -1;     // -1: none, or unknown
+    // Both are from the description file. A text of 64 bytes or more is cut and fills its field to
+    // the last byte, without a terminator: print these two with "%.64s".
     char xmlOverlayIds[64] = "null";
     char xmlHwVersion[64] = "null";
     int32_t index = -1;  // which variant of the product this is; -1: unknown

@@ -26,8 +26,10 @@ class Pieces {
     char mSeparator;
 };
 
-// What stands between any of " ", "," and "*"; never empty ones.
+// What stands between any of " ", "," and "*", the separators of all lists that people write for
+// this module; never an empty one.
 std::vector<std::string> tokensOf(std::string_view list);
 
-// Whether the number in a token of the list is the id.
+// Whether the number in a token of the list is the id. Only the number at a token's beginning
+// counts: "5b" is 5, and a token without one is 0.
 bool includesId(std::string_view list, int32_t id);

@@ -1,3 +1,7 @@
+// One walk over the file's lines. A section's header asks the hardware which part of that kind this
+// board carries; of the lines below it only those about that part are taken. The package has to be
+// newer than the latest of the times so taken. The first mistake ends the walk with a no, whatever
+// was taken before: a file that is half understood must not let anything in.
 #include "hardware_info/timestamp_check.h"
 
 #include <android/log.h>
@@ -10,14 +14,21 @@
 #include "hardware_info/camera_probe.h"
 #include "hardware_info/display_probe.h"
 #include "hardware_info/entire_file.h"
-#include "hardware_info/log_tag.h"
+#include "hardware_info/peripheral_table.h"
 #include "hardware_info/text.h"
 #include "hardware_info/touch_panel_probe.h"
 
 static constexpr char kPath[] = "/vendor/etc/hardware_timestamp.txt";
 
+std::atomic<int64_t> otaTimestamp{0};
+
+void _setOtaTimestamp(int64_t timestamp) {
+    otaTimestamp.store(timestamp, std::memory_order_relaxed);
+}
+
 namespace {
 
+// Packages from this time on support one of the board's parts.
 struct EarliestTime {
     std::string kind;
     int64_t time;  // in the updater's unit
@@ -45,6 +56,7 @@ bool TimestampWalk::take(std::string_view line) {
     return takeTime(line);
 }
 
+// A CR at the end, as in a file from another system, makes the kind one that is not known.
 bool TimestampWalk::openSection(std::string_view kind) {
     if (kind.empty()) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag,
@@ -70,6 +82,8 @@ bool TimestampWalk::probePart() {
     return false;
 }
 
+// Parts are compared as they stand, with the blanks around them; above the first section with an
+// empty one.
 bool TimestampWalk::takeTime(std::string_view line) {
     const size_t comma = line.find(',');
     if (comma == line.npos) {
@@ -79,7 +93,7 @@ bool TimestampWalk::takeTime(std::string_view line) {
     }
     if (line.substr(0, comma) != mPart) return true;
     const std::string_view time = line.substr(comma + 1);
-    if (time.empty()) {
+    if (time.empty()) {  // counts as 0
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Fail to get timestamp in %s", kPath);
     }
     mTimes.push_back({mKind, atol(std::string(time).c_str())});  // whatever blanks are around it
@@ -88,6 +102,8 @@ bool TimestampWalk::takeTime(std::string_view line) {
 
 }  // namespace
 
+// What the comparison goes by, for people who ask why a package was refused. A long has 64 bits on
+// the device, and so holds every time.
 static void logTimes(const std::vector<EarliestTime>& times) {
     __android_log_print(ANDROID_LOG_INFO, kLogTag, ">>>hardware timestamp Dump Begin");
     for (const EarliestTime& earliest : times) {
@@ -100,18 +116,18 @@ static void logTimes(const std::vector<EarliestTime>& times) {
 }
 
 // A package from the very moment is not later than it.
-static bool isLater(int64_t otaTimestamp, int64_t newest) {
-    const bool later = otaTimestamp > newest;
+static bool isLater(int64_t packageTime, int64_t newest) {
+    const bool later = packageTime > newest;
     __android_log_print(ANDROID_LOG_INFO, kLogTag,
                         later ? "otaTimeStamp Match success: otaTimeStamp(%ld) later than  "
                                 "maxEarliestSupportTime(%ld)"
                               : "otaTimeStamp Match failed: otaTimeStamp(%ld) earlier than  "
                                 "maxEarliestSupportTime(%ld)",
-                        static_cast<long>(otaTimestamp), static_cast<long>(newest));
+                        static_cast<long>(packageTime), static_cast<long>(newest));
     return later;
 }
 
-bool isLaterThanListed(std::string_view content, int64_t otaTimestamp) {
+bool isLaterThanListed(std::string_view content, int64_t packageTime) {
     TimestampWalk walk;
     std::string_view line;
     for (Pieces lines(content, '\n'); lines.next(&line);) {
@@ -129,22 +145,23 @@ bool isLaterThanListed(std::string_view content, int64_t otaTimestamp) {
     const auto newest =
             std::max_element(times.begin(), times.end(),
                              [](const auto& a, const auto& b) { return a.time < b.time; });
-    return isLater(otaTimestamp, newest->time);
+    return isLater(packageTime, newest->time);
 }
 
-bool _isLaterTimestamp(int64_t otaTimestamp) {
-    if (otaTimestamp == 0) {
+// The file's absence refuses too: it is only asked for packages that do not fit otherwise.
+bool _isLaterTimestamp(int64_t packageTime) {
+    if (packageTime == 0) {
         __android_log_print(ANDROID_LOG_DEBUG, kLogTag,
                             "Enter Time match failed: otaTimeStamp is 0(INVALID VALUE)");
         return false;
     }
     __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "otaTimeStamp is %ld",
-                        static_cast<long>(otaTimestamp));
+                        static_cast<long>(packageTime));
     const std::vector<uint8_t> content = readEntireFile(kPath);
     if (content.empty()) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Fail to open %s", kPath);
         return false;
     }
     __android_log_print(ANDROID_LOG_INFO, kLogTag, "get timestamp info from %s", kPath);
-    return isLaterThanListed(asText(content), otaTimestamp);
+    return isLaterThanListed(asText(content), packageTime);
 }

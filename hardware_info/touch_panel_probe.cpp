@@ -1,18 +1,21 @@
+// A touch panel's driver shows which controller it found, in one of two places. The text is the
+// driver's, so it is taken only if every line of it is understood.
 #include "hardware_info/touch_panel_probe.h"
 
 #include <android/log.h>
 #include <stdlib.h>
 
 #include "hardware_info/entire_file.h"
-#include "hardware_info/log_tag.h"
+#include "hardware_info/peripheral_table.h"
 #include "hardware_info/text.h"
 
 static constexpr const char* kPaths[] = {
         "/sys/class/tpinfo/tpinfo_ic_info",
-        // The controller's own driver: address 0x5d on bus 2.
+        // The controller's own driver shows it here: address 0x5d on bus 2.
         "/sys/class/i2c-dev/i2c-2/device/2-005d/tp_ic_info",
 };
 
+// A line of any other kind spoils the whole text, whatever was told before it.
 bool parseTpInfo(std::string_view text, std::string& info) {
     std::string type;
     int id = -1;

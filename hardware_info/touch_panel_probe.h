@@ -10,5 +10,7 @@
 bool getTpInfo(std::string& info);
 
 // The same from a driver's text: lines "type:TEXT" and "id:NUMBER", of which the last of a kind
-// counts. Without a type it is empty, without an id it is -1. False for any other line.
+// counts. The text is kept as it stands, a CR at its end included. Without a type it is empty,
+// without an id it is -1, and an id that is no number is 0. False for any other line, an empty one
+// too.
 bool parseTpInfo(std::string_view text, std::string& info);

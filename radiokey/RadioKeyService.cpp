@@ -1,3 +1,7 @@
+// A registry between two sides that do not wait for each other: binder threads register callbacks
+// and ask the receiver, the receive thread tells all callbacks of each key. A registration is the
+// callback's binder and a notifier that is linked to its death, the only thing that ends it. Calls
+// to the receiver's library are not kept apart: it has to bear that, see radiokey.h.
 #include "radiokey/RadioKeyService.h"
 
 #include <android/log.h>
@@ -5,7 +9,6 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "radiokey/log_tag.h"
 #include "radiokey/radiokey.h"
 #include "radiokey/worker_threads.h"
 
@@ -18,6 +21,7 @@ using android::status_t;
 using android::wp;
 using android::binder::Status;
 
+// The map holds it strongly; the callback's proxy, which it is linked to, holds it weakly.
 class RadioKeyService::DeathNotifier : public IBinder::DeathRecipient {
   public:
     DeathNotifier(const wp<RadioKeyService>& service, const sp<IRadioKeyCallback>& callback)
@@ -79,6 +83,7 @@ Status RadioKeyService::getChipStatus(int32_t* status) {
     return Status::ok();
 }
 
+// What the property and the receiver make of the number is not asked: neither result is used.
 Status RadioKeyService::setRadiokeyFrequency(int32_t frequency) {
     char text[PROPERTY_VALUE_MAX] = {};
     snprintf(text, sizeof(text), "%d", frequency);
@@ -90,6 +95,7 @@ Status RadioKeyService::setRadiokeyFrequency(int32_t frequency) {
     return Status::ok();
 }
 
+// Copies, so that a callback may be registered or die while the others are told.
 std::vector<sp<IRadioKeyCallback>> RadioKeyService::callbacks() {
     const std::lock_guard<std::mutex> lock(mLock);
     std::vector<sp<IRadioKeyCallback>> copies;
@@ -104,6 +110,7 @@ void RadioKeyService::onClick(int32_t value1, int32_t value2, int32_t value3, in
     }
 }
 
+// A dead proxy can still be promoted here: the map holds it.
 void RadioKeyService::remove(const wp<IBinder>& who) {
     const std::lock_guard<std::mutex> lock(mLock);
     const auto entry = mCallbacks.find(who.promote());

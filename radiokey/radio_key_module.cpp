@@ -12,7 +12,7 @@ using android::IServiceManager;
 using android::sp;
 using com::tarq::radiokey::RadioKeyService;
 
-// Its two lines have no tag: who reads the log knows them like that.
+// Its two lines have no tag: people who read the log know them like that.
 int32_t radio_key_module() {
     char enabled[256] = {};
     property_get("ro.vendor.433_check_enable", enabled, "false");

@@ -5,13 +5,13 @@
 #include <stdlib.h>
 
 #include "common/pause.h"
-#include "radiokey/log_tag.h"
 #include "radiokey/radiokey.h"
 
 namespace com::tarq::radiokey {
 
 using android::sp;
 
+// The receiver counts as ready whatever radiokey_init says.
 bool RadioKeyService::SetupThread::threadLoop() {
     char text[256] = {};
     property_get("persist.radiokey.frequence", text, "433");
@@ -24,11 +24,12 @@ bool RadioKeyService::SetupThread::threadLoop() {
     return false;
 }
 
-// No pause: the poll itself waits.
+// There is no pause: the poll itself waits. Holding the service for a pass keeps it alive during
+// the poll.
 bool RadioKeyService::RecvThread::threadLoop() {
     int32_t values[3] = {};
     const sp<RadioKeyService> service = mService.promote();
-    if (service == nullptr) return true;  // this thread has no owner any more either, and ends
+    if (service == nullptr) return true;  // it is being destroyed, and then lets go of this thread
     if (radiokey_recv_poll(&values[0], &values[1], &values[2]) == 0) {
         const int32_t rssiDBm = radiokey_get_rssi_dbm();
         service->onClick(values[0], values[1], values[2], rssiDBm);
@@ -36,6 +37,7 @@ bool RadioKeyService::RecvThread::threadLoop() {
     return true;
 }
 
+// Logged as an error, though it is none: the line is a sign of life.
 bool RadioKeyService::RequestThread::threadLoop() {
     __android_log_print(ANDROID_LOG_ERROR, kLogTag, "request");
     pauseFor(std::chrono::seconds(5));

@@ -1,11 +1,12 @@
-// What works for the service beside the binder threads.
+// What works for the service beside the binder threads. Each thread holds the service weakly, so
+// that neither keeps the other alive. None of them calls into the managed runtime.
 #pragma once
 
 #include "radiokey/RadioKeyService.h"
 
 namespace com::tarq::radiokey {
 
-// Starts the receiver at the frequency that was last set, once.
+// Starts the receiver at the frequency that was last set, or 433, and ends.
 class RadioKeyService::SetupThread : public android::Thread {
   public:
     explicit SetupThread(const android::wp<RadioKeyService>& service)
@@ -42,7 +43,7 @@ class RadioKeyService::RequestThread : public android::Thread {
     const android::wp<RadioKeyService> mService;
 };
 
-// For the looper of the thread that builds the service. Nobody posts anything.
+// It belongs to the looper of the thread that builds the service. Nobody posts anything.
 class RadioKeyService::MHandler : public android::MessageHandler {
   public:
     void handleMessage(const android::Message& message) override;

@@ -1,3 +1,5 @@
+// Every item is one text for the driver, or one thing that the file lacks, in the order of the
+// file: whoever loads, prints or draws an effect goes through the same list.
 #include "rgbleds/effect_file.h"
 
 #include <tinyxml2.h>
@@ -27,6 +29,7 @@ static EffectItem step(const std::string& led, const XMLElement& element) {
     return {EffectItem::kStep, element.GetLineNum(), led + " " + text + " " + s};
 }
 
+// An LED without an id is told once, however many steps it has, and not at all without any.
 static void readLed(const XMLElement& led, std::vector<EffectItem>* items) {
     const XMLElement* element = led.FirstChildElement("eff");
     if (element == nullptr) return;

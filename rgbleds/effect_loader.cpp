@@ -7,8 +7,9 @@
 #include "common/device_file.h"
 #include "rgbleds/effect_file.h"
 #include "rgbleds/led_attributes.h"
-#include "rgbleds/log_tag.h"
 
+// One write for each item: the driver takes one record a write. A write that fails is logged where
+// it is made, and the next one follows.
 static void transfer(const char* path, const EffectItem& item) {
     switch (item.kind) {
         case EffectItem::kParameter:
@@ -35,6 +36,8 @@ void parseXmlFile(const char* path) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Error opening xml file .\n");
         return;
     }
+    // An effect that runs is not stopped first: what a new transfer does to it is the driver's
+    // choice.
     writeAttribute(kTransferState, "1");
     for (const EffectItem& item : items) transfer(path, item);
     writeAttribute(kTransferState, "0");

@@ -6,15 +6,14 @@
 #include <memory>
 
 #include "common/device_file.h"
-#include "rgbleds/log_tag.h"
 
 static constexpr char kSetColor[] = "/sys/class/rgbled/set_color";
 static constexpr char kSetBrightness[] = "/sys/class/rgbled/set_brightness";
 
 using File = std::unique_ptr<FILE, int (*)(FILE*)>;
 
-// For reading as well as for writing. The attribute keeps its content: truncation is nothing to a
-// driver.
+// The mode serves both reading and writing. It truncates, which does nothing to an attribute: it
+// has no content of its own, but calls the driver.
 static File openAttribute(const char* path) {
     File file(fopen(deviceFile(path).c_str(), "w+e"), fclose);
     if (file == nullptr) {
@@ -24,7 +23,7 @@ static File openAttribute(const char* path) {
 }
 
 std::string driverHex(int32_t number) {
-    char digits[9];
+    char digits[9];  // of 32 bits, and the terminator
     snprintf(digits, sizeof(digits), "%x", static_cast<uint32_t>(number));
     return digits;
 }
@@ -32,6 +31,7 @@ std::string driverHex(int32_t number) {
 bool writeAttribute(const char* path, const std::string& text) {
     const File file = openAttribute(path);
     if (file == nullptr) return false;
+    // It goes out when the file is closed, and nobody asks what becomes of it.
     fputs(text.c_str(), file.get());
     return true;
 }

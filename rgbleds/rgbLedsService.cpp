@@ -1,3 +1,7 @@
+// A translator: each operation makes a text or two for the driver, logs itself, and says whether
+// the driver was there. Nothing is remembered of an LED and no value is judged. Beside that there
+// is one callback for the whole device, which four of the operations tell that they were carried
+// out.
 #include "rgbleds/rgbLedsService.h"
 
 #include <android/log.h>
@@ -7,7 +11,6 @@
 
 #include "rgbleds/effect_loader.h"
 #include "rgbleds/led_attributes.h"
-#include "rgbleds/log_tag.h"
 
 namespace com::tarq::rgbleds {
 
@@ -31,6 +34,8 @@ sp<IRgbLedsCallbacks> rgbLedsService::registeredCallback() {
     return mCallback;
 }
 
+// The line is logged as an error and is none: its priority is part of the contract. The call goes
+// out without the lock, and is one-way, so that it does not wait for the application.
 void rgbLedsService::notify(const Notice& notice) {
     const sp<IRgbLedsCallbacks> callback = registeredCallback();
     const bool registered = callback != nullptr;
@@ -60,6 +65,7 @@ Status rgbLedsService::setRgbBrightness(int32_t id, int32_t brightness, bool* re
     return Status::ok();
 }
 
+// A reading is logged behind its notice, a setting before it.
 Status rgbLedsService::getRgbColor(int32_t id, int32_t* result) {
     static constexpr Notice kNotice = {"getRgbColor", 101, 100, 103, " +++++++++++++"};
     *result = readAttribute(kGetColor, id);
@@ -77,6 +83,7 @@ Status rgbLedsService::getRgbBrightness(int32_t id, int32_t* result) {
     return Status::ok();
 }
 
+// One LED that fails holds up none of the others; what became of the colours is not told.
 Status rgbLedsService::setLedList(const std::vector<int32_t>& ids, int32_t color,
                                   int32_t brightness, bool* result) {
     *result = false;

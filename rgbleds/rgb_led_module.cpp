@@ -5,7 +5,7 @@
 #include <cutils/properties.h>
 
 #include "rgbleds/effect_loader.h"
-#include "rgbleds/log_tag.h"
+#include "rgbleds/led_attributes.h"
 #include "rgbleds/rgbLedsService.h"
 
 using android::IBinder;
@@ -15,6 +15,7 @@ using com::tarq::rgbleds::rgbLedsService;
 
 int32_t rgb_led_module() {
     __android_log_print(ANDROID_LOG_INFO, kLogTag, "RgbLedsSevice begin\n");
+    // A file that is missing or wrong is in the log, and the service starts without an effect.
     char path[PROPERTY_VALUE_MAX] = {};
     property_get("vendor.boot.led_effect", path, "/vendor/etc/leds/wave_fast.xml");
     __android_log_print(ANDROID_LOG_INFO, kLogTag, "startBootXml:%s", path);

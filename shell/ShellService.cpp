@@ -1,3 +1,7 @@
+// One command at a time, from the question who calls until the command has ended: the lock is held
+// for all of it, refusals included. The system shell runs the line, and the first part of its
+// output is the answer. What a command writes beyond that meets a closed pipe, and it is waited for
+// all the same.
 #include "shell/ShellService.h"
 
 #include <android/log.h>
@@ -20,10 +24,11 @@ using android::binder::Status;
 
 static constexpr char kTag[] = "ShellService";
 
+// They are AID_ROOT and AID_SYSTEM of the platform's android_filesystem_config.h.
 static constexpr uid_t kRootUid = 0;
 static constexpr uid_t kSystemUid = 1000;
 
-// How much of a command's output is read at most, in bytes.
+// How much of a command's output is read at most, in bytes. The answer has one less.
 static constexpr size_t kOutputSize = 1024;
 
 // The whole uid counts: the system uid of a secondary user (101000) is somebody else.
@@ -71,13 +76,14 @@ Status ShellService::executeCommand(const String16& command, std::vector<String1
     return status;
 }
 
+// Every refusal is the same -1 to the caller; the log tells which it was.
 Status ShellService::executeLocked(const String16& command, std::vector<String16>* output) {
     if (!callerMayExecute()) {
         __android_log_print(ANDROID_LOG_ERROR, kTag, "execute command permission denied\n");
         return Status::fromStatusT(-1);
     }
     const String8 line(command);
-    if (line.string() == nullptr) {
+    if (line.string() == nullptr) {  // a text without storage; an empty one has some and is run
         __android_log_print(ANDROID_LOG_ERROR, kTag, "cmd is null");
         return Status::fromStatusT(-1);
     }

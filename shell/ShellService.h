@@ -19,8 +19,8 @@ class ShellService : public BnShellService {
     // Runs command with the system shell and appends to output, as one element, what it prints:
     // the first 1023 bytes, up to the first zero byte. What follows, standard error and the exit
     // status are lost. A text that ends within a UTF-8 character, as the cut may make it, comes
-    // back empty. Anyone but root and system is refused with the transaction status -1; so is a
-    // command that cannot be started.
+    // back empty. Anyone but root and system, as the kernel names the caller, is refused with the
+    // transaction status -1; so is a command that cannot be started.
     //
     // May be called from any thread. There is no time limit: a command that does not end holds up
     // every later call. *result is set to 0 and means nothing.
@@ -32,7 +32,7 @@ class ShellService : public BnShellService {
     ~ShellService() override;
 
   private:
-    // With mLock held.
+    // The caller holds mLock.
     android::binder::Status executeLocked(const android::String16& command,
                                           std::vector<android::String16>* output);
 

@@ -7,6 +7,8 @@
 #include "tools/tarqctl/view/hex_text.h"
 
 using namespace tarq::board::ash;
+using tarq::tools::bytesFromText;
+using tarq::tools::textOf;
 using namespace testing;
 
 namespace {
@@ -25,7 +27,7 @@ Lines linesOf(const std::string& hex, size_t chunk) {
     Lines lines;
     Bytes all;
     for (const Frame& frame : frames) {
-        lines.push_back(asText(frame));
+        lines.push_back(textOf(frame));
         all.insert(all.end(), frame.bytes.begin(), frame.bytes.end());
     }
     EXPECT_EQ(asHex(all), asHex(bytes)) << "each byte in one frame";

@@ -7,7 +7,7 @@
 
 using namespace testing;
 using tarq::board::ash::asHex;
-using tarq::board::ash::bytesFromText;
+using tarq::tools::bytesFromText;
 
 namespace {
 

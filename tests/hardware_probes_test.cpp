@@ -9,8 +9,8 @@
 
 #include "hardware_info/camera_probe.h"
 #include "hardware_info/display_probe.h"
-#include "hardware_info/ota_timestamp.h"
 #include "hardware_info/peripheral_matching.h"
+#include "hardware_info/timestamp_check.h"
 #include "tests/hardware_info_fixture.h"
 #include "tests/test_board.h"
 

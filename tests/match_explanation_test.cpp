@@ -6,9 +6,9 @@
 
 #include <set>
 
-#include "hardware_info/ota_timestamp.h"
 #include "hardware_info/peripheral_matching.h"
 #include "hardware_info/peripheral_table.h"
+#include "hardware_info/timestamp_check.h"
 #include "tests/captured_log.h"
 #include "tests/test_board.h"
 #include "tools/tarqctl/explanation.h"

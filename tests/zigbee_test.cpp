@@ -21,7 +21,7 @@ using Bytes = std::vector<uint8_t>;
 
 namespace {
 
-const auto bytesOf = tarq::board::ash::bytesFromText;
+const auto bytesOf = tarq::tools::bytesFromText;
 
 std::function<void()> duringPause;
 std::chrono::milliseconds paused{0};

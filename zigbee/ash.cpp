@@ -1,9 +1,12 @@
+// A frame is made by nesting: the content is randomised, the control byte goes before it, and the
+// checksum of both and the flag go behind.
 #include "zigbee/ash.h"
 
 #include <utility>
 
 namespace ash {
 
+// The control byte of a data frame is its numbers alone.
 static constexpr uint8_t kCancel = 0x1A;
 static constexpr uint8_t kReset = 0xC0;
 static constexpr uint8_t kAcknowledgement = 0x80;
@@ -25,7 +28,7 @@ void randomise(uint8_t* bytes, size_t size) {
     }
 }
 
-// Of the control byte and what follows it.
+// Takes the control byte and what follows it; adds the checksum of that, and the flag.
 static std::vector<uint8_t> completed(std::vector<uint8_t> frame) {
     const uint16_t crc = checksum(frame.data(), frame.size());
     frame.push_back(static_cast<uint8_t>(crc >> 8));

@@ -1,3 +1,6 @@
+// A line is set up and then read back, as tcsetattr also says yes when it took only some of what
+// was asked: a UART without RTS and CTS shows itself by that alone. What comes in is not taken
+// apart. One look is a second of waiting, and all that has come by then is one answer.
 #include "zigbee/serial_port.h"
 
 #include <errno.h>
@@ -18,6 +21,7 @@
 
 int32_t serialPort = -1;
 
+// termios has a code for each rate, not a number that could be computed.
 static constexpr struct {
     int32_t baud;
     speed_t speed;
@@ -26,7 +30,8 @@ static constexpr struct {
         {19200, B19200}, {38400, B38400}, {57600, B57600}, {115200, B115200}, {230400, B230400},
 };
 
-// What is cleared of the settings, and what is compared when they are read back.
+// What is cleared of the settings, and what is compared when they are read back: for three of the
+// four fields the same. Of the control flags the stop bits are not compared.
 static constexpr tcflag_t kControlCleared = CSTOPB | CREAD | PARENB | CRTSCTS;
 static constexpr tcflag_t kControlCompared = CSIZE | PARENB | HUPCL | CLOCAL | CRTSCTS;
 static constexpr tcflag_t kInputCleared =
@@ -34,7 +39,7 @@ static constexpr tcflag_t kInputCleared =
 static constexpr tcflag_t kLocalCleared = ISIG | ICANON | ECHO | IEXTEN;
 static constexpr tcflag_t kOutputCleared = OPOST;
 
-// For whoever starts the check by hand; the log has the outcome. -1.
+// Prints the reason for whoever starts the check by hand; the log has the outcome only. Returns -1.
 __attribute__((format(printf, 1, 2))) static int32_t failed(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
@@ -44,11 +49,15 @@ __attribute__((format(printf, 1, 2))) static int32_t failed(const char* format, 
     return -1;
 }
 
+// Waits until what was written is out, and drops what has come. Whether it worked is what found
+// tells.
 static void apply(const termios& wanted, termios* found) {
     tcsetattr(serialPort, TCSAFLUSH, &wanted);
     tcgetattr(serialPort, found);
 }
 
+// What the line is to be, made from what it is: flags that are not named here stay as they are. One
+// byte wakes a reader, should one ever block, and there is no timer between bytes.
 static termios settings(speed_t speed, uint8_t stopBits, bool rtsCts, bool flowControl) {
     termios wanted = {};
     tcgetattr(serialPort, &wanted);
@@ -63,14 +72,15 @@ static termios settings(speed_t speed, uint8_t stopBits, bool rtsCts, bool flowC
     wanted.c_lflag &= ~kLocalCleared;
     wanted.c_oflag &= ~kOutputCleared;
     memset(wanted.c_cc, 0, sizeof(wanted.c_cc));
-    wanted.c_cc[VSTART] = 0x11;
+    wanted.c_cc[VSTART] = 0x11;  // XON and XOFF of ASCII
     wanted.c_cc[VSTOP] = 0x13;
     wanted.c_cc[VTIME] = 0;
     wanted.c_cc[VMIN] = 1;
     return wanted;
 }
 
-// Applies the settings and sees whether the line took them. 0 or -1.
+// Applies the settings and sees whether the line took them. Returns 0, or -1 when something
+// differs: what it is was printed, unless it is a control character.
 static int32_t configure(termios wanted, speed_t speed, int32_t baud) {
     termios found = {};
     apply(wanted, &found);
@@ -117,8 +127,8 @@ int32_t ezspSetupSerialPort(const char* path, int32_t baud, uint8_t stopBits, bo
     return -1;
 }
 
-// Everything that has come, of which collected keeps the first kMaxReceived bytes. The number of
-// those.
+// Reads everything that has come, so that none of it is taken for the next answer; collected keeps
+// the first kMaxReceived bytes of it. Returns their number.
 static size_t drain(uint8_t* collected) {
     uint8_t chunk[kMaxReceived] = {};
     size_t size = 0;
@@ -131,6 +141,8 @@ static size_t drain(uint8_t* collected) {
     return size;
 }
 
+// The acknowledgement goes out for an answer that is discarded as well: the co-processor repeats
+// what nobody acknowledges.
 void uart_recv_hand(bool discard, uint8_t* frame, uint32_t* length) {
     static uint8_t acknowledgements = 0;  // sent so far
     constexpr size_t kShortest = 5;       // acknowledgements, of 4 bytes, are not answered

@@ -1,10 +1,11 @@
-// The serial line to the Zigbee co-processor: one at a time, for the main thread during start-up.
+// The serial line to the Zigbee co-processor. There is one at a time, and it is used by the main
+// thread during start-up alone.
 #pragma once
 
 #include <stddef.h>
 #include <stdint.h>
 
-// The descriptor of the open port; -1 when none is open.
+// The descriptor of the open port; -1 when none is open. Who opened it closes it.
 extern int32_t serialPort;
 
 // The most that uart_recv_hand hands back, in bytes.

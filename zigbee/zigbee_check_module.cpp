@@ -1,3 +1,7 @@
+// Three questions, each asked only when the one before was answered: reset, protocol version, who
+// are you. The commands are those of EZSP (Silicon Labs UG100). What comes back is trusted: the
+// first two answers may be anything, and of the third only the bytes of manufacturer and version
+// are looked at. The property tells the end of it, the log each step.
 #include "zigbee/zigbee_check_module.h"
 
 #include <android/log.h>
@@ -12,10 +16,12 @@
 
 #include "common/pause.h"
 #include "zigbee/ash.h"
-#include "zigbee/log_tag.h"
 #include "zigbee/serial_port.h"
 
 namespace {
+
+// The tag of every log line of this module.
+constexpr char kLogTag[] = "zigbee_check";
 
 // What the co-processor answered to the last question.
 struct Answer {
@@ -23,6 +29,7 @@ struct Answer {
     uint32_t length = 0;  // 0: nothing
 };
 
+// What is published; all zero until the third question was answered.
 struct CoProcessor {
     int32_t exists = 0;
     uint16_t manufacturer = 0;
@@ -41,11 +48,12 @@ std::vector<uint8_t> nextFrame(std::vector<uint8_t> content) {
     return ash::dataFrame(frames++, std::move(content));
 }
 
-// EZSP after the sequence: frame control, frame id, parameters.
+// Behind the sequence stand frame control, frame id and parameters.
 std::vector<uint8_t> versionFrame() {
     return nextFrame({0x00, 0x00, 0x07});  // version, and the protocol version that is wanted
 }
 
+// FF in place of the frame id says that the frame has the longer form, with a second control byte.
 std::vector<uint8_t> queryFrame() {
     return nextFrame({0x00, 0xFF, 0x00, 0x13});
 }
@@ -54,7 +62,8 @@ void send(const std::vector<uint8_t>& frame) {
     write(serialPort, frame.data(), frame.size());
 }
 
-// Any answer will do.
+// Asks up to four times, each time with a frame of its own, and looks 201 times for an answer,
+// which takes more than a second each. Any answer will do.
 bool ask(std::vector<uint8_t> (*makeFrame)()) {
     constexpr int kAttempts = 4;
     constexpr int kPolls = 201;
@@ -70,7 +79,8 @@ bool ask(std::vector<uint8_t> (*makeFrame)()) {
     return false;
 }
 
-// What is not reached by the answer reads as 0. At least 4 bytes.
+// Takes the third answer apart, which has at least 4 bytes. What it does not reach reads as 0. One
+// of more than 32 bytes of content ends the process, as the log says then.
 CoProcessor parse(const Answer& answer) {
     constexpr size_t kAround = 4;  // control byte, checksum and flag
     uint8_t content[32] = {};
@@ -90,6 +100,7 @@ CoProcessor parse(const Answer& answer) {
     return found;
 }
 
+// There is no second attempt: an answer that takes longer than a look is none.
 bool queryCoProcessor(CoProcessor* found) {
     constexpr uint32_t kShortest = 4;  // an empty data frame
     Answer answer;
@@ -108,6 +119,7 @@ bool queryCoProcessor(CoProcessor* found) {
     return true;
 }
 
+// False from the first question that was not answered; found is what it was then.
 bool converse(CoProcessor* found) {
     if (!ask(ash::resetFrame)) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Ncp reset error.");
@@ -122,6 +134,7 @@ bool converse(CoProcessor* found) {
     return queryCoProcessor(found);
 }
 
+// Returns 0, or -1 with the reason in the log.
 int32_t check(CoProcessor* found) {
     const int32_t result = ezspSetupSerialPort("/dev/ttyS3", 115200, 1, true, true);
     if (result != 0) {
@@ -133,6 +146,8 @@ int32_t check(CoProcessor* found) {
     return -1;
 }
 
+// A property that begins with "ro." is set once a boot: a second start of the daemon leaves it as
+// it is.
 void publish(const CoProcessor& found) {
     char value[128] = {};
     snprintf(value, sizeof(value), "exist=%d;COOID=%04x;version=%d.%d.%d", found.exists,

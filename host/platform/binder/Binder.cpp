@@ -1,3 +1,5 @@
+// What an object answers by itself, before and behind the interface that a derived class adds: a
+// ping, its descriptor, and the system's other questions as far as they can be asked on a host.
 #include <binder/Binder.h>
 #include <binder/IInterface.h>
 #include <binder/Parcel.h>
@@ -29,6 +31,7 @@ status_t BBinder::pingBinder() {
     return OK;
 }
 
+// The parcel may have been written just now, by a caller in this process: hence the step back.
 status_t BBinder::transact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) {
     data.setDataPosition(0);
     status_t status = OK;
@@ -48,6 +51,7 @@ status_t BBinder::onTransact(uint32_t code, const Parcel& /*data*/, Parcel* repl
             return reply->writeString16(getInterfaceDescriptor());
         case DUMP_TRANSACTION:
             return BAD_TYPE;  // its descriptor to write to cannot travel here
+        // The device's objects say OK as well; here nothing is done for it.
         case SHELL_COMMAND_TRANSACTION:
         case SYSPROPS_TRANSACTION:
             return OK;
@@ -70,6 +74,7 @@ BBinder* BBinder::localBinder() {
     return this;
 }
 
+// The pointer may be const as on the device; the object behind it never is.
 sp<IBinder> IInterface::asBinder(const IInterface* interface) {
     return interface != nullptr ? const_cast<IInterface*>(interface)->onAsBinder() : nullptr;
 }

@@ -1,3 +1,6 @@
+// A proxy is a number and the session that knows what it stands for. Beside that it remembers what
+// it learnt, the descriptor and that the object is dead, and who wants to be told of that. An
+// obituary is sent once: whoever links too late for it is told at once.
 #include <binder/BpBinder.h>
 #include <binder/Parcel.h>
 
@@ -16,6 +19,8 @@ void BpBinder::onLastStrongRef(const void* /*id*/) {
     mSession->proxyGone(this);
 }
 
+// The call is made without the lock, as it may take any time; two threads may both make it. An
+// object whose descriptor is empty is asked each time.
 const String16& BpBinder::getInterfaceDescriptor() const {
     static const String16& empty = *new String16();
     {
@@ -28,7 +33,7 @@ const String16& BpBinder::getInterfaceDescriptor() const {
     if (self->transact(INTERFACE_TRANSACTION, data, &reply) != OK) return empty;
     const String16 descriptor = reply.readString16();
     std::lock_guard<std::mutex> guard(mLock);
-    // Set once: callers hold references to it.
+    // It is set once: callers hold references to it.
     if (mDescriptor.size() == 0) mDescriptor = descriptor;
     return mDescriptor;
 }
@@ -37,6 +42,7 @@ bool BpBinder::isBinderAlive() const {
     return mAlive.load(std::memory_order_relaxed);
 }
 
+// The reply holds what the object says; a refusal there is one of the ping.
 status_t BpBinder::pingBinder() {
     Parcel data;
     Parcel reply;
@@ -46,6 +52,7 @@ status_t BpBinder::pingBinder() {
     return status == OK ? answer : status;
 }
 
+// DEAD_OBJECT that the service itself answers counts as its death, as on the device.
 status_t BpBinder::transact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) {
     if (!isBinderAlive()) return DEAD_OBJECT;
     const status_t status = mSession->transact(mId, code, data, reply, flags);
@@ -64,6 +71,7 @@ status_t BpBinder::linkToDeath(const sp<DeathRecipient>& recipient, void* cookie
     return OK;
 }
 
+// The rules are the device's: without a recipient the cookie tells which link is meant.
 status_t BpBinder::unlinkToDeath(const wp<DeathRecipient>& recipient, void* cookie, uint32_t flags,
                                  wp<DeathRecipient>* outRecipient) {
     std::lock_guard<std::mutex> guard(mLock);
@@ -79,6 +87,7 @@ status_t BpBinder::unlinkToDeath(const wp<DeathRecipient>& recipient, void* cook
     return NAME_NOT_FOUND;
 }
 
+// The links go before they are told, without the lock: a recipient may unlink itself or others.
 void BpBinder::sendObituary() {
     std::vector<Link> links;
     {

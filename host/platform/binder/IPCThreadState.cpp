@@ -11,6 +11,8 @@ IPCThreadState* IPCThreadState::self() {
     return &state;
 }
 
+// Both calls together let a service act for itself in between; the transport uses them to say who
+// calls.
 int64_t IPCThreadState::clearCallingIdentity() {
     const uint64_t before = uint64_t{mCallingUid} << 32 | static_cast<uint32_t>(mCallingPid);
     mCallingPid = getpid();

@@ -1,3 +1,7 @@
+// A parcel is its bytes and, apart from them, the binder objects that stand in them: bytes that
+// merely look like an object never become one. The layout is the device's, byte for byte, so that
+// what is pinned by tests here holds there as well. Text and vectors are read with the lengths that
+// the other side wrote, so each is compared with what is left before anything is read or allocated.
 #include <binder/BpBinder.h>
 #include <binder/Parcel.h>
 
@@ -10,10 +14,11 @@
 
 namespace android {
 
-// The strict-mode header of a native caller: the policy itself is 0.
+// The strict-mode header of a native caller: the policy itself is 0. The number is the flag
+// PENALTY_GATHER of the device's StrictMode, which its libbinder always sets.
 static constexpr int32_t kStrictModePolicyPenaltyGather = 0x00400000;
 
-// struct flat_binder_object of <linux/android/binder.h>, 64-bit.
+// This is struct flat_binder_object of <linux/android/binder.h>, as 64-bit processes have it.
 struct FlatBinder {
     uint32_t type;
     uint32_t flags;
@@ -21,14 +26,18 @@ struct FlatBinder {
     uint64_t cookie;
 };
 static_assert(sizeof(FlatBinder) == host::kObjectSize, "as the device has it");
+
+// They are BINDER_TYPE_BINDER and BINDER_TYPE_HANDLE of that header: 's', 'b' or 'h', '*', 0x85.
 static constexpr uint32_t kTypeBinder = 0x73622A85;
 static constexpr uint32_t kTypeHandle = 0x73682A85;
 static constexpr uint32_t kFlags = 0x113;  // accepts descriptors, priority 0x13
 
+// Every item ends at a multiple of 4 bytes.
 static size_t padded(size_t length) {
     return (length + 3) & ~static_cast<size_t>(3);
 }
 
+// The position counts: what lies before it is written as zeros when the next item is.
 size_t Parcel::dataSize() const {
     return std::max(mData.size(), mPosition);
 }
@@ -37,6 +46,7 @@ size_t Parcel::dataAvail() const {
     return dataSize() - mPosition;
 }
 
+// Objects are sorted, so those that no longer fit are the last ones.
 status_t Parcel::setDataSize(size_t size) {
     mData.resize(size);
     mPosition = std::min(mPosition, size);
@@ -79,6 +89,8 @@ status_t Parcel::writeString16(const String16& value) {
     return writeString16(value.string(), value.size());
 }
 
+// Written at once, as the terminator belongs to the item and is not in the text that is handed
+// over.
 status_t Parcel::writeString16(const char16_t* value, size_t units) {
     if (value == nullptr) return writeInt32(-1);
     if (units >= INT32_MAX / sizeof(char16_t)) return BAD_VALUE;
@@ -118,6 +130,8 @@ static FlatBinder flatten(IBinder* binder) {
     return {kTypeBinder, kFlags, 0, reinterpret_cast<uint64_t>(binder)};
 }
 
+// The objects are kept sorted, as one may be written into the middle, after a step back. Bytes that
+// are written over an object do not take it away.
 status_t Parcel::writeStrongBinder(const sp<IBinder>& value) {
     const FlatBinder flat = flatten(value.get());
     if (value != nullptr) {
@@ -141,6 +155,7 @@ bool Parcel::enforceInterface(const String16& interface) const {
     return readString16(&token) == OK && token == interface;
 }
 
+// A service's own descriptor costs nothing; a proxy's may be a call.
 bool Parcel::checkInterface(IBinder* binder) const {
     return enforceInterface(binder->getInterfaceDescriptor());
 }
@@ -150,6 +165,7 @@ const uint8_t* Parcel::peek(size_t length) const {
     return mData.data() + mPosition;
 }
 
+// Whether the range has bytes of an object, whole or in part.
 bool Parcel::touchesObject(size_t begin, size_t end) const {
     for (const Object& object : mObjects) {
         if (begin < object.offset + sizeof(FlatBinder) && object.offset < end) return true;
@@ -157,6 +173,7 @@ bool Parcel::touchesObject(size_t begin, size_t end) const {
     return false;
 }
 
+// Padding counts as well: an item whose filling is missing is not there.
 status_t Parcel::read(void* out, size_t length) const {
     if (length > INT32_MAX || peek(padded(length)) == nullptr) return NOT_ENOUGH_DATA;
     const size_t begin = mPosition;
@@ -166,6 +183,7 @@ status_t Parcel::read(void* out, size_t length) const {
     return OK;
 }
 
+// What is handed in stays as it is when the read fails.
 template <typename T>
 status_t Parcel::readValue(T* out) const {
     T value;
@@ -205,6 +223,7 @@ bool Parcel::readBool() const {
     return readInt32() != 0;
 }
 
+// One error for all: to a caller a text that is damaged is as good as none.
 status_t Parcel::readString16(String16* out) const {
     *out = String16();
     int32_t units = 0;
@@ -229,7 +248,8 @@ String16 Parcel::readString16() const {
     return value;
 }
 
-// The count that opens a vector, refused when it cannot be met even by items of one byte.
+// The count that opens a vector, refused when it cannot be met even by items of one byte: a count
+// that is too large costs nothing but a refusal.
 static status_t readCount(const Parcel& parcel, size_t* out) {
     int32_t count = 0;
     const status_t status = parcel.readInt32(&count);
@@ -258,6 +278,8 @@ status_t Parcel::readString16Vector(std::vector<String16>* out) const {
     return status;
 }
 
+// An object is one that the parcel holds at just this place. A null is the only one that is told by
+// its bytes alone: they can be forged, but nothing is gained by it.
 status_t Parcel::readNullableStrongBinder(sp<IBinder>* out) const {
     const uint8_t* body = peek(sizeof(FlatBinder));
     if (body == nullptr) return BAD_TYPE;
@@ -287,8 +309,10 @@ sp<IBinder> Parcel::readStrongBinder() const {
     return value;
 }
 
-void host::ParcelAccess::fill(Parcel* parcel, const uint8_t* data, size_t size,
-                              std::vector<Object> objects) {
+// The sender's bytes of an object name it by the sender's numbers, or by an address there: they are
+// replaced, so that nothing of it can be read here.
+void host::ParcelAccess::fill(const uint8_t* data, size_t size, std::vector<Object> objects,
+                              Parcel* parcel) {
     parcel->setData(data, size);
     parcel->mObjects = std::move(objects);
     for (const Object& object : parcel->mObjects) {

@@ -1,3 +1,6 @@
+// The exception's number, and for all but "none" a message, the size of a stack trace and what the
+// number asks for: the layout of the device's Status and of Java's Parcel. A native process sends
+// no trace and no parcelable, but reads over those that a Java one sends.
 #include <binder/Status.h>
 
 namespace android {
@@ -37,11 +40,12 @@ void Status::setServiceSpecificError(int32_t code, const String8& message) {
     *this = Status(EX_SERVICE_SPECIFIC, code, message);
 }
 
+// A status that is no error is no exception either.
 void Status::setFromStatusT(status_t status) {
     *this = Status(status == OK ? EX_NONE : EX_TRANSACTION_FAILED, status, String8());
 }
 
-// Skips a block whose size word counts itself.
+// Skips a block whose size word counts itself. UNKNOWN_ERROR for a size that runs past the end.
 static status_t skipSized(const Parcel& parcel) {
     const size_t start = parcel.dataPosition();
     const size_t left = parcel.dataAvail();
@@ -53,6 +57,7 @@ static status_t skipSized(const Parcel& parcel) {
     return OK;
 }
 
+// Skips a stack trace, whose size word does not count itself.
 static status_t skipTrace(const Parcel& parcel) {
     int32_t size = 0;
     const status_t status = parcel.readInt32(&size);
@@ -65,6 +70,7 @@ static status_t skipTrace(const Parcel& parcel) {
 status_t Status::readFromParcel(const Parcel& parcel) {
     *this = Status();
     status_t status = parcel.readInt32(&mException);
+    // Java puts data of its strict mode before a reply that has no exception; nobody here wants it.
     if (status == OK && mException == EX_HAS_REPLY_HEADER) {
         status = skipSized(parcel);
         mException = EX_NONE;
@@ -84,6 +90,8 @@ status_t Status::readFromParcel(const Parcel& parcel) {
     return status;
 }
 
+// The order is the wire's: exception, message, size of the trace, and what the exception brings
+// along.
 status_t Status::writeToParcel(Parcel* parcel) const {
     if (mException == EX_TRANSACTION_FAILED) return mErrorCode;
     status_t status = parcel->writeInt32(mException);
@@ -95,6 +103,7 @@ status_t Status::writeToParcel(Parcel* parcel) const {
     return mException == EX_PARCELABLE ? parcel->writeInt32(0) : OK;
 }
 
+// The same words as on the device, for logs that are read side by side.
 String8 Status::toString8() const {
     if (mException == EX_NONE) return String8("No error");
     if (mException == EX_SERVICE_SPECIFIC || mException == EX_TRANSACTION_FAILED) {

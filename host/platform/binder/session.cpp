@@ -1,3 +1,7 @@
+// Two tables: the objects of this process that the peer knows, by the number that they got here,
+// and the proxies of the peer's, by the number that they got there. Every object in a packet passes
+// one of them on each side, so that no address ever travels. What goes wrong costs the peer its
+// session at worst, and this process an object that stays too long.
 #include "host/platform/binder/session.h"
 
 #include <utility>
@@ -7,7 +11,7 @@
 
 namespace android::host {
 
-// With mLock held.
+// Gives the object's number, a new one the first time. The caller holds mLock.
 uint64_t Session::countSent(const sp<BBinder>& object) {
     const auto [entry, added] = mExportedIds.try_emplace(object.get(), mNextId);
     if (added) mExported[mNextId++].object = object;
@@ -15,6 +19,8 @@ uint64_t Session::countSent(const sp<BBinder>& object) {
     return entry->second;
 }
 
+// All objects are looked at before any is counted, so a refusal leaves nothing to undo. One of
+// another peer cannot be sent on: this peer has no connection to where it lives.
 status_t Session::exportObjects(const Parcel& parcel, std::vector<PacketObject>* out) {
     const auto& objects = ParcelAccess::objects(parcel);
     if (objects.empty()) return OK;
@@ -29,22 +35,24 @@ status_t Session::exportObjects(const Parcel& parcel, std::vector<PacketObject>*
     for (const auto& object : objects) {
         const auto offset = static_cast<uint32_t>(object.offset);
         if (const BpBinder* proxy = object.binder->remoteBinder()) {
-            out->push_back({offset, Home::RECEIVER, proxy->id()});
+            out->push_back({offset, Home::kReceiver, proxy->id()});
         } else {
-            out->push_back({offset, Home::SENDER, countSent(object.binder->localBinder())});
+            out->push_back({offset, Home::kSender, countSent(object.binder->localBinder())});
         }
     }
     return OK;
 }
 
+// A transfer that did not take place is as good as one that was released.
 void Session::takeBack(const std::vector<PacketObject>& objects) {
     for (const PacketObject& object : objects) {
-        if (object.home == Home::SENDER) peerReleased(object.id, 1);
+        if (object.home == Home::kSender) peerReleased(object.id, 1);
     }
 }
 
+// The limit is for new objects: one that has a proxy arrives as often as the peer likes.
 sp<IBinder> Session::takeReceived(const PacketObject& object) {
-    if (object.home == Home::RECEIVER) return find(object.id);
+    if (object.home == Home::kReceiver) return find(object.id);
     std::lock_guard<std::mutex> guard(mLock);
     if (mImported.size() >= kMaxProxies && mImported.count(object.id) == 0) return nullptr;
     Imported& entry = mImported[object.id];
@@ -57,6 +65,7 @@ sp<IBinder> Session::takeReceived(const PacketObject& object) {
     return proxy;
 }
 
+// It goes on behind an object that is refused: the sender has counted those that follow as well.
 status_t Session::importParcel(const Packet& packet, Parcel* out) {
     status_t status = OK;
     std::vector<ParcelAccess::Object> objects;
@@ -69,7 +78,7 @@ status_t Session::importParcel(const Packet& packet, Parcel* out) {
             objects.push_back({packet.objects[i].offset, binder});
         }
     }
-    ParcelAccess::fill(out, packet.data, packet.header.dataSize, std::move(objects));
+    ParcelAccess::fill(packet.data, packet.header.dataSize, std::move(objects), out);
     return status;
 }
 
@@ -85,7 +94,7 @@ bool Session::peerReleased(uint64_t id, uint64_t count) {
     const auto entry = mExported.find(id);
     if (entry == mExported.end() || count > entry->second.sent) return false;
     entry->second.sent -= count;
-    if (entry->second.sent == 0) {
+    if (entry->second.sent == 0) {  // destroyed behind the lock, if nobody else holds it
         last = std::move(entry->second.object);
         mExportedIds.erase(last.get());
         mExported.erase(entry);
@@ -93,6 +102,8 @@ bool Session::peerReleased(uint64_t id, uint64_t count) {
     return true;
 }
 
+// The release is sent without the lock, as a client may have to wait for room. Meanwhile the object
+// may arrive again and get a new proxy, whose count begins anew.
 void Session::proxyGone(BpBinder* proxy) {
     uint64_t received = 0;
     {
@@ -110,6 +121,8 @@ void Session::proxyGone(BpBinder* proxy) {
     mImported[proxy->id()].received += received;
 }
 
+// Once mEnded is set under the lock nothing more is counted as sent. What the peer held here goes
+// without the lock, and the proxies are kept until they have been told.
 void Session::end() {
     std::unordered_map<uint64_t, Exported> exported;
     std::vector<sp<BpBinder>> proxies;

@@ -1,3 +1,6 @@
+// One packet is one send and one receive: the kernel keeps its limits, so there is no stream to
+// take apart. Whoever is at the other end may write anything, so what comes in is checked here,
+// once and for all; what it means is checked by those who take the packet.
 #include "host/platform/binder/wire.h"
 
 #include <errno.h>
@@ -11,7 +14,8 @@
 
 namespace android::host {
 
-// Taken from the heap as it is: pages that no packet reaches are never touched.
+// One for each thread that receives. Taken from the heap as it is: pages that no packet reaches are
+// never touched.
 struct ReceiveBuffer {
     alignas(PacketHeader) uint8_t bytes[kMaxPacket];
 };
@@ -26,7 +30,7 @@ static bool objectsFit(const Packet& packet) {
     uint64_t free = 0;
     for (uint32_t i = 0; i < packet.header.objectCount; ++i) {
         const PacketObject& object = packet.objects[i];
-        if (object.home != Home::SENDER && object.home != Home::RECEIVER) return false;
+        if (object.home != Home::kSender && object.home != Home::kReceiver) return false;
         if (object.offset < free || object.offset % 4 != 0) return false;
         free = uint64_t{object.offset} + kObjectSize;
         if (free > packet.header.dataSize) return false;
@@ -34,11 +38,12 @@ static bool objectsFit(const Packet& packet) {
     return true;
 }
 
+// The sizes are small enough by then that none of the sums can overflow.
 static bool parse(const uint8_t* bytes, size_t size, Packet* packet) {
     PacketHeader& header = packet->header;
     if (size < sizeof(header)) return false;
     memcpy(&header, bytes, sizeof(header));
-    if (header.kind > PacketKind::RELEASE || header.objectCount > kMaxObjects) return false;
+    if (header.kind > PacketKind::kRelease || header.objectCount > kMaxObjects) return false;
     const size_t objectBytes = header.objectCount * sizeof(PacketObject);
     if (size != sizeof(header) + objectBytes + header.dataSize) return false;
     packet->objects = reinterpret_cast<const PacketObject*>(bytes + sizeof(header));
@@ -46,6 +51,7 @@ static bool parse(const uint8_t* bytes, size_t size, Packet* packet) {
     return objectsFit(*packet);
 }
 
+// An error of the socket is told as its end: there is nothing else to do with it.
 Received receivePacket(int fd, int flags, Packet* packet) {
     uint8_t* const buffer = receiveBuffer();
     ssize_t size;
@@ -54,14 +60,15 @@ Received receivePacket(int fd, int flags, Packet* packet) {
         size = recv(fd, buffer, kMaxPacket, flags | MSG_TRUNC);
     } while (size < 0 && errno == EINTR);
     if (size < 0) {
-        return errno == EAGAIN || errno == EWOULDBLOCK ? Received::NOTHING : Received::CLOSED;
+        return errno == EAGAIN || errno == EWOULDBLOCK ? Received::kNothing : Received::kClosed;
     }
-    if (size == 0) return Received::CLOSED;
-    if (static_cast<size_t>(size) > kMaxPacket) return Received::MALFORMED;
-    return parse(buffer, static_cast<size_t>(size), packet) ? Received::PACKET
-                                                            : Received::MALFORMED;
+    if (size == 0) return Received::kClosed;
+    if (static_cast<size_t>(size) > kMaxPacket) return Received::kMalformed;
+    return parse(buffer, static_cast<size_t>(size), packet) ? Received::kPacket
+                                                            : Received::kMalformed;
 }
 
+// MSG_NOSIGNAL: a peer that is gone must not end this process.
 static int sendAll(int fd, int flags, const iovec* parts, size_t count) {
     msghdr message = {};
     message.msg_iov = const_cast<iovec*>(parts);

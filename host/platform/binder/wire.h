@@ -20,24 +20,30 @@ namespace android::host {
 // The largest arguments or results of one call, in bytes. The kernel takes SOCK_SEQPACKET packets
 // up to 212,960 bytes with the default socket buffer.
 constexpr size_t kMaxTransaction = size_t{192} * 1024;
+
+// The most binder objects in them.
 constexpr size_t kMaxObjects = 256;
 
+// What a packet is, and which fields of its header count; the others are 0.
 enum class PacketKind : uint32_t {
-    OPEN,     // no fields
-    JOIN,     // session, token; code: Lane
-    WELCOME,  // session, token
-    CALL,     // target, code, flags, objects, data
-    REPLY,    // status; objects and data unless it is negative
-    RELEASE,  // target, count
+    kOpen,     // no fields
+    kJoin,     // session, token; code: Lane
+    kWelcome,  // session, token
+    kCall,     // target, code, flags, objects, data
+    kReply,    // status; objects and data unless it is negative
+    kRelease,  // target, count
 };
 
-enum class Lane : uint32_t { CALL, REGISTRY };
+// What a connection that joins a session is for.
+enum class Lane : uint32_t { kCall, kRegistry };
 
+// Opens every packet; the objects and the data follow it. The sender's process and user do not
+// stand here: the kernel tells them of each connection.
 struct PacketHeader {
     PacketKind kind;
     uint32_t code;
-    uint32_t flags;
-    int32_t status;
+    uint32_t flags;  // IBinder's: FLAG_ONEWAY
+    int32_t status;  // a status_t
     union {
         uint64_t target;  // the object's number at the receiver
         uint64_t session;
@@ -51,15 +57,17 @@ struct PacketHeader {
 };
 static_assert(sizeof(PacketHeader) == 40, "no padding travels");
 
-enum class Home : uint32_t { SENDER, RECEIVER };
+// Where an object lives, as the sender of the packet sees it.
+enum class Home : uint32_t { kSender, kReceiver };
 
 // A binder object within the data, by the number that the process it lives in gave it.
 struct PacketObject {
-    uint32_t offset;
+    uint32_t offset;  // in bytes from the data's beginning, a multiple of 4
     Home home;
     uint64_t id;
 };
 
+// No packet is larger, so a receive buffer is as large as this.
 constexpr size_t kMaxPacket =
         sizeof(PacketHeader) + kMaxObjects * sizeof(PacketObject) + kMaxTransaction;
 
@@ -70,15 +78,22 @@ struct Packet {
     const uint8_t* data;
 };
 
-enum class Received { PACKET, NOTHING, CLOSED, MALFORMED };
+enum class Received {
+    kPacket,
+    kNothing,  // with MSG_DONTWAIT: none is there now
+    kClosed,   // the peer has closed, or the connection is broken; an empty packet looks the same
+    kMalformed,
+};
 
-// flags: MSG_DONTWAIT or 0. A packet is handed over only if its lengths, kind and offsets fit.
+// Takes the next packet. flags: MSG_DONTWAIT or 0. A packet is handed over only if its lengths,
+// kind and offsets fit, so that nobody has to look at them again. Goes on after a signal.
 Received receivePacket(int fd, int flags, Packet* packet);
 
-// Sends a packet of a header alone. 0 or -errno; flags as above.
+// Sends a packet of a header alone. 0 or -errno: -EAGAIN with MSG_DONTWAIT where the socket has no
+// room, -EPIPE where the peer has closed; never a signal. A packet is sent whole or not at all.
 int sendPacket(int fd, int flags, const PacketHeader& header);
 
-// Fills in the header's sizes and sends. data holds dataSize bytes.
+// The same with objects and data. Fills in the header's sizes; data holds dataSize bytes.
 int sendPacket(int fd, int flags, PacketHeader header, const std::vector<PacketObject>& objects,
                const uint8_t* data, size_t dataSize);
 

@@ -1,3 +1,7 @@
+// Every property of a board is a small file in its run/properties, named like the property:
+// processes share them without a server, and people can look at them. Which names and values are
+// refused, and in which order the reasons come, is the rule of the device's init. What begins with
+// "persist." is stored a second time where the board's next start reads it.
 #include <android/log.h>
 #include <cutils/properties.h>
 #include <errno.h>
@@ -18,6 +22,7 @@ using android::String16;
 using android::String8;
 using tarq::host::processBoard;
 
+// It counts bytes, without the terminator.
 static constexpr size_t kMaxValueLength = PROPERTY_VALUE_MAX - 1;
 
 static bool startsWith(const char* text, const char* prefix) {
@@ -72,6 +77,8 @@ static int store(const std::string& directory, const char* name, const char* val
     return error;
 }
 
+// A file is replaced whole, so one read finds one value. An empty one is as good as none, as on the
+// device.
 int property_get(const char* key, char* value, const char* default_value) {
     ssize_t length = 0;
     if (isLegalName(key) && !processBoard().isNone()) {
@@ -91,6 +98,7 @@ int property_get(const char* key, char* value, const char* default_value) {
     return static_cast<int>(length);
 }
 
+// A refusal is a warning of libc's, as on the device, where the caller sees no more than -1 either.
 int property_set(const char* key, const char* value) {
     if (key == nullptr) return -1;
     if (value == nullptr) value = "";

@@ -1,3 +1,7 @@
+// An entry becomes lines as "logcat -v threadtime" prints them, and goes out in one write, so that
+// those of several threads and processes never mix within a line. The first entry settles where
+// they go: a file to append to, or standard error, with colours on a terminal. A test may take them
+// before they are formatted.
 #include <android/log.h>
 #include <errno.h>
 #include <fcntl.h>
@@ -17,7 +21,7 @@
 
 namespace {
 
-constexpr size_t kTextSize = 1024;   // with its terminator
+constexpr size_t kTextSize = 1024;   // with its terminator; the device's liblog has the same
 constexpr size_t kPrefixSize = 128;  // likewise; a longer tag is cut together with what follows it
 
 struct Destination {
@@ -33,11 +37,13 @@ struct Style {
 std::mutex sinkMutex;
 std::atomic<bool> hasSink{false};  // lets a process without a sink, every real one, log unlocked
 
+// It is never destroyed, as threads log while the process ends.
 tarq::host::LogSink& sink() {
     static tarq::host::LogSink& instance = *new tarq::host::LogSink();
     return instance;
 }
 
+// NO_COLOR as at no-color.org: set to anything but nothing it means none.
 Destination openDestination() {
     const char* path = getenv("TARQ_LOG");
     if (path != nullptr && *path != '\0') {
@@ -72,8 +78,8 @@ Style styleOf(int priority) {
     }
 }
 
-// What the prefix of a thread's entries keeps for a while; asking each time would cost more than
-// all the rest of an entry but its write.
+// What the prefix of a thread's entries keeps for a while, the local time for a second; asking each
+// time would cost more than all the rest of an entry but its write.
 struct ThreadState {
     pid_t pid;
     pid_t tid;
@@ -81,6 +87,7 @@ struct ThreadState {
     tm local;
 };
 
+// A child of a fork has other ids, and asks anew.
 ThreadState& threadState() {
     static thread_local ThreadState state = {};
     static const int forgetInChild = pthread_atfork(nullptr, nullptr, [] { state = {}; });
@@ -88,6 +95,7 @@ ThreadState& threadState() {
     return state;
 }
 
+// Gives "MM-DD HH:MM:SS.mmm PID TID LETTER TAG: ", in local time.
 std::string threadtimePrefix(char letter, const char* tag) {
     timespec now = {};
     clock_gettime(CLOCK_REALTIME, &now);
@@ -123,6 +131,7 @@ std::string threadtimeLines(int priority, const char* tag, const char* text, boo
     return lines;
 }
 
+// False when there is none. The lock is held while it runs, so that it is called once at a time.
 bool giveToSink(int priority, const char* tag, const char* text) {
     if (!hasSink.load(std::memory_order_acquire)) return false;
     const std::lock_guard<std::mutex> lock(sinkMutex);

@@ -1,3 +1,7 @@
+// The counts live in an object of their own, which goes with the last weak reference; the counted
+// object itself holds one of those. The strong count begins at a number that real counts never
+// reach: so the first strong reference can be told from all others, and an object that never had
+// one from one that has lost its last.
 #include <utils/RefBase.h>
 
 namespace android {
@@ -39,12 +43,14 @@ RefBase::~RefBase() {
     mRefs->decWeak(this);
 }
 
+// Whoever meets the initial number took the first reference, and takes the number away.
 void RefBase::incStrong(const void* /*id*/) const {
     if (mRefs->mStrong.fetch_add(1, std::memory_order_relaxed) != kNeverStrong) return;
     mRefs->mStrong.fetch_sub(kNeverStrong, std::memory_order_relaxed);
     const_cast<RefBase*>(this)->onFirstRef();
 }
 
+// What other threads did to the object before they let go of it happened before its destruction.
 void RefBase::decStrong(const void* id) const {
     if (mRefs->mStrong.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
     const_cast<RefBase*>(this)->onLastStrongRef(id);

@@ -1,3 +1,5 @@
+// UTF-8 to UTF-16 by the device's rules, which check little: what is not UTF-8 becomes some text or
+// none, but never a read beyond the end.
 #include <utils/String16.h>
 
 #include <stdint.h>
@@ -7,6 +9,8 @@
 
 namespace android {
 
+// How many bytes belong together, by the first of them. A byte that cannot begin a sequence is one
+// of its own.
 static size_t sequenceLength(uint8_t lead) {
     if (lead < 0xC0) return 1;
     if (lead < 0xE0) return 2;

@@ -1,3 +1,6 @@
+// UTF-16 to UTF-8 by the device's rules: surrogates count in pairs only, and a lone one is dropped
+// without a trace, so a text may come out shorter than it went in. U+0000 is a character like any
+// other and ends nothing.
 #include <utils/String8.h>
 
 #include <stdarg.h>
@@ -7,6 +10,7 @@
 
 namespace android {
 
+// The first and the second half of a pair.
 static bool isHighSurrogate(char16_t unit) {
     return (unit & 0xFC00) == 0xD800;
 }
@@ -14,6 +18,7 @@ static bool isLowSurrogate(char16_t unit) {
     return (unit & 0xFC00) == 0xDC00;
 }
 
+// Every character takes its shortest form, one to four bytes.
 static void appendUtf8(uint32_t code, std::string* out) {
     if (code < 0x80) {
         out->push_back(static_cast<char>(code));

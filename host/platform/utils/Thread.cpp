@@ -1,3 +1,6 @@
+// The object holds itself from run() until its thread has taken a reference of its own, so that it
+// may be dropped right after it was started. Then it is held for a pass, and between two passes by
+// others alone: that is how a thread of this class is ended.
 #include <sys/prctl.h>
 #include <utils/Thread.h>
 
@@ -27,6 +30,7 @@ status_t Thread::run(const char* name, int32_t /*priority*/, size_t /*stack*/) {
     return UNKNOWN_ERROR;
 }
 
+// The lock hands the reference over: the thread may come here before run() has returned.
 void Thread::loop() {
     sp<Thread> strong;
     {

@@ -7,6 +7,8 @@
 
 namespace android::host {
 
+// pthread_create instead of std::thread, which would throw: a process that is out of threads goes
+// on.
 bool startThread(std::function<void()> body) {
     auto argument = std::make_unique<std::function<void()>>(std::move(body));
     const auto run = [](void* data) -> void* {

@@ -1,3 +1,7 @@
+// A client's calls. Each thread calls on a connection of its own and waits in recv for its reply,
+// so replies need no numbers. When a call fails, the event connection tells why: it is closed too
+// if the daemon is gone, and open if the daemon refused something. A child of a fork has the
+// descriptors of its parent and must not use them; it gets no binder at all.
 #include "host/platform/binder/client/daemon_session.h"
 
 #include <errno.h>
@@ -15,6 +19,7 @@ namespace android::host {
 // After a fork the child shares its parent's connections, and would take answers meant for it.
 static std::atomic<bool> gForked{false};
 
+// The session of this process. Never destroyed: threads use it at exit.
 static std::mutex& gLock = *new std::mutex;
 static std::shared_ptr<DaemonSession>& gCurrent = *new std::shared_ptr<DaemonSession>;
 static bool gEventsStarted = false;
@@ -23,15 +28,18 @@ static int connectToDaemon() {
     return tarq::host::connectTo(tarq::host::processBoard().binderSocket());
 }
 
-// Sends the packet that opens a connection and waits for the daemon's WELCOME.
+// Sends the packet that opens a connection and waits for the daemon's WELCOME. False as well when
+// the daemon closes instead, which is how it refuses.
 static bool introduce(int fd, const PacketHeader& header, PacketHeader* welcome) {
     Packet packet;
     if (sendPacket(fd, 0, header) != 0) return false;
-    if (receivePacket(fd, 0, &packet) != Received::PACKET) return false;
+    if (receivePacket(fd, 0, &packet) != Received::kPacket) return false;
     *welcome = packet.header;
-    return welcome->kind == PacketKind::WELCOME;
+    return welcome->kind == PacketKind::kWelcome;
 }
 
+// The last session is looked at each time: a daemon may have gone without the event thread having
+// seen it yet, or without there being one.
 std::shared_ptr<DaemonSession> DaemonSession::current() {
     static const int forkHandler = pthread_atfork(nullptr, nullptr, [] { gForked = true; });
     if (gForked || forkHandler != 0) return nullptr;
@@ -40,7 +48,7 @@ std::shared_ptr<DaemonSession> DaemonSession::current() {
     const int fd = connectToDaemon();
     if (fd < 0) return nullptr;
     PacketHeader open = {};
-    open.kind = PacketKind::OPEN;
+    open.kind = PacketKind::kOpen;
     PacketHeader welcome;
     if (!introduce(fd, open, &welcome)) {
         close(fd);
@@ -58,6 +66,7 @@ void DaemonSession::startEvents() {
     if (gCurrent != nullptr) gCurrent->spawnEventThread();
 }
 
+// The daemon's user, in whose name it calls a callback.
 static uid_t peerUid(int fd) {
     ucred peer = {};
     socklen_t size = sizeof(peer);
@@ -72,11 +81,12 @@ DaemonSession::~DaemonSession() {
     close(mEventFd);
 }
 
+// The connection is the calling thread's in the kernel's eyes too: its user is the thread's.
 int DaemonSession::join(Lane lane) const {
     const int fd = connectToDaemon();
     if (fd < 0) return fd;
     PacketHeader header = {};
-    header.kind = PacketKind::JOIN;
+    header.kind = PacketKind::kJoin;
     header.code = static_cast<uint32_t>(lane);
     header.session = mId;
     header.token = mToken;
@@ -92,12 +102,12 @@ status_t DaemonSession::transact(uint64_t target, uint32_t code, const Parcel& d
     if (ended()) return DEAD_OBJECT;
     if (data.dataSize() > kMaxTransaction) return FAILED_TRANSACTION;
     PacketHeader header = {};
-    header.kind = PacketKind::CALL;
+    header.kind = PacketKind::kCall;
     header.target = target;
     header.code = code;
     header.flags = flags;
     ThreadConnections& connections = ThreadConnections::self();
-    const int fd = connections.get(*this, target == 0 ? Lane::REGISTRY : Lane::CALL);
+    const int fd = connections.get(*this, target == 0 ? Lane::kRegistry : Lane::kCall);
     status_t result = OK;
     if (fd >= 0 && exchange(fd, header, data, reply, &result)) return result;
     connections.close();
@@ -107,7 +117,8 @@ status_t DaemonSession::transact(uint64_t target, uint32_t code, const Parcel& d
     return daemonIsGone(kAllClosedMs) ? DEAD_OBJECT : FAILED_TRANSACTION;
 }
 
-// False if the connection is of no use any more.
+// What could not be sent is uncounted; what was sent is the daemon's, whatever becomes of the
+// reply.
 bool DaemonSession::exchange(int fd, const PacketHeader& call, const Parcel& data, Parcel* reply,
                              status_t* result) {
     std::vector<PacketObject> objects;
@@ -121,8 +132,8 @@ bool DaemonSession::exchange(int fd, const PacketHeader& call, const Parcel& dat
     if (sent != 0 || oneWay) return sent == 0 || sent == -EAGAIN;
 
     Packet packet;
-    if (receivePacket(fd, 0, &packet) != Received::PACKET) return false;
-    if (packet.header.kind != PacketKind::REPLY) return false;
+    if (receivePacket(fd, 0, &packet) != Received::kPacket) return false;
+    if (packet.header.kind != PacketKind::kReply) return false;
     Parcel unwanted;
     *result = packet.header.status;
     const status_t imported = importParcel(packet, reply != nullptr ? reply : &unwanted);
@@ -130,6 +141,7 @@ bool DaemonSession::exchange(int fd, const PacketHeader& call, const Parcel& dat
     return true;
 }
 
+// A hang-up of the other end is told even while events wait to be read.
 bool DaemonSession::daemonIsGone(int waitMs) const {
     pollfd event = {mEventFd, 0, 0};
     int ready;
@@ -139,10 +151,11 @@ bool DaemonSession::daemonIsGone(int waitMs) const {
     return ready == 1 && (event.revents & POLLHUP) != 0;
 }
 
+// May wait until the daemon has taken earlier ones: its registry does, whatever its calls do.
 bool DaemonSession::sendRelease(uint64_t id, uint64_t count) {
     if (gForked) return false;
     PacketHeader header = {};
-    header.kind = PacketKind::RELEASE;
+    header.kind = PacketKind::kRelease;
     header.target = id;
     header.count = count;
     return sendPacket(mEventFd, 0, header) == 0;

@@ -1,4 +1,5 @@
-// A client's one peer: the daemon.
+// A client's one peer: the daemon. The session ends with the daemon's process, and the next use
+// begins another with whichever daemon serves then; proxies of the old one stay dead.
 #pragma once
 
 #include <sys/types.h>
@@ -12,16 +13,19 @@ namespace android::host {
 class DaemonSession : public Session {
   public:
     // The session with the daemon that serves now: a new one if the last has ended. Null if nobody
-    // answers.
+    // answers, and in a child of a fork. May wait for the daemon's answer.
     static std::shared_ptr<DaemonSession> current();
 
-    // From now on events are handled, on one thread a session.
+    // From now on events are handled, on one thread a session. Until then they wait in the socket.
     static void startEvents();
 
+    // Takes the descriptor of the event connection; id and token are the daemon's, from its
+    // WELCOME.
     DaemonSession(int eventFd, uint64_t id, uint64_t token);
     ~DaemonSession() override;
 
-    // Object 0 is the service manager.
+    // Object 0 is the service manager, which is asked on a lane of its own. Calls of one thread go
+    // out in order; a one-way call for which the daemon has no room now is FAILED_TRANSACTION.
     status_t transact(uint64_t target, uint32_t code, const Parcel& data, Parcel* reply,
                       uint32_t flags) override;
 
@@ -34,10 +38,13 @@ class DaemonSession : public Session {
     bool sendRelease(uint64_t id, uint64_t count) override;
 
   private:
+    // One call on this thread's connection. False if that is of no use any more.
     bool exchange(int fd, const PacketHeader& call, const Parcel& data, Parcel* reply,
                   status_t* result);
+    // Whether the daemon's end of the event connection is closed, within the time.
     bool daemonIsGone(int waitMs) const;
     void spawnEventThread();
+    // Returns when the session ends or the daemon sends what it must not.
     void handleEvents();
     void runCall(const Packet& packet);
 

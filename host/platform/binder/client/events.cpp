@@ -1,4 +1,6 @@
 // What the daemon sends a client unasked: one-way calls of its callbacks, releases, its own end.
+// One thread takes them in their order, so a callback that takes long delays those behind it, and
+// the notice of the daemon's death.
 #include <android/log.h>
 #include <binder/IPCThreadState.h>
 #include <stdlib.h>
@@ -8,6 +10,7 @@
 
 namespace android::host {
 
+// The thread holds the session: it stays until the daemon ends, also when nobody calls any more.
 void DaemonSession::spawnEventThread() {
     const auto handle = [self = shared_from_this()] {
         static_cast<DaemonSession&>(*self).handleEvents();
@@ -18,11 +21,11 @@ void DaemonSession::spawnEventThread() {
 
 void DaemonSession::handleEvents() {
     Packet packet;
-    while (receivePacket(mEventFd, 0, &packet) == Received::PACKET) {
+    while (receivePacket(mEventFd, 0, &packet) == Received::kPacket) {
         const PacketHeader& header = packet.header;
-        if (header.kind == PacketKind::CALL) {
+        if (header.kind == PacketKind::kCall) {
             runCall(packet);
-        } else if (header.kind != PacketKind::RELEASE ||
+        } else if (header.kind != PacketKind::kRelease ||
                    !peerReleased(header.target, header.count)) {
             __android_log_print(ANDROID_LOG_WARN, "binder", "malformed event from the daemon");
             return;
@@ -30,6 +33,7 @@ void DaemonSession::handleEvents() {
     }
 }
 
+// A call for an object that is unknown here is dropped: nobody waits for an answer.
 void DaemonSession::runCall(const Packet& packet) {
     const PacketHeader header = packet.header;
     Parcel data;

@@ -16,7 +16,7 @@ void ProcessState::startThreadPool() {
     host::DaemonSession::startEvents();
 }
 
-// Events have a thread of their own already.
+// Events have a thread of their own already: this one only must not end.
 void IPCThreadState::joinThreadPool(bool /*isMain*/) {
     host::DaemonSession::startEvents();
     for (;;) pause();

@@ -15,6 +15,7 @@ ThreadConnections::~ThreadConnections() {
     close();
 }
 
+// The user is asked each time, as a thread may change it between two calls.
 int ThreadConnections::get(const DaemonSession& session, Lane lane) {
     const uid_t uid = geteuid();
     if (mToken != session.token() || mUid != uid) {

@@ -1,3 +1,8 @@
+// The two directions between the daemon and a client. Inward: a call is run on the thread that
+// received it, under the identity that the kernel gives of the connection, and its reply goes back
+// on the same connection. Outward: events of a session go out in order and without waiting; what
+// the client does not take in time is kept for a thread that waits for it, and beyond a limit lost
+// for this client alone.
 #include "host/platform/binder/daemon/connection.h"
 
 #include <android/log.h>
@@ -22,6 +27,7 @@ ClientSession::~ClientSession() {
     close(eventFd);
 }
 
+// The objects are counted before the packet is sent, as the client may release them at once.
 status_t ClientSession::transact(uint64_t target, uint32_t code, const Parcel& data,
                                  Parcel* /*reply*/, uint32_t flags) {
     if ((flags & IBinder::FLAG_ONEWAY) == 0) return INVALID_OPERATION;
@@ -31,7 +37,7 @@ status_t ClientSession::transact(uint64_t target, uint32_t code, const Parcel& d
     const status_t status = exportObjects(data, &objects);
     if (status != OK) return status;
     PacketHeader header = {};
-    header.kind = PacketKind::CALL;
+    header.kind = PacketKind::kCall;
     header.target = target;
     header.code = code;
     header.flags = flags;
@@ -43,7 +49,7 @@ status_t ClientSession::transact(uint64_t target, uint32_t code, const Parcel& d
 
 bool ClientSession::sendRelease(uint64_t id, uint64_t count) {
     PacketHeader header = {};
-    header.kind = PacketKind::RELEASE;
+    header.kind = PacketKind::kRelease;
     header.target = id;
     header.count = count;
     return post(header, {}, Parcel()) == 0;
@@ -71,13 +77,14 @@ int ClientSession::post(const PacketHeader& header, const std::vector<PacketObje
     return 0;
 }
 
-// On a thread of its own, which may wait for the client.
+// Runs on a thread of its own, which may wait for the client.
 void ClientSession::sendUnsent() {
     std::unique_lock<std::mutex> guard(mSendLock);
     while (!mUnsent.empty()) {
         const Unsent& next = mUnsent.front();  // stays where it is while others are added
         guard.unlock();
-        // Fails when the session ends; then so do the rest, without waiting.
+        // Fails when the session ends; then so do the rest, without waiting. What they counted as
+        // sent goes with the session.
         sendPacket(eventFd, 0, next.header, next.objects, next.data.data(), next.data.size());
         guard.lock();
         mUnsentBytes -= sizeof(next.header) + next.data.size();
@@ -103,17 +110,20 @@ class Connections {
     }
 
   private:
+    // A client has one for events, and up to two for each of its threads that calls.
     static constexpr size_t kMaxPerProcess = 256;
 
     std::mutex mLock;
     std::map<pid_t, std::set<Connection*>> mByProcess;
 };
 
+// They are never destroyed, as threads still use them when the process ends.
 static Connections& allConnections() {
     static Connections& connections = *new Connections;
     return connections;
 }
 
+// Asked once, when it is accepted: the kernel's answer is who connected, and stays so.
 std::unique_ptr<Connection> Connection::admit(int fd) {
     ucred peer = {};
     socklen_t size = sizeof(peer);
@@ -135,6 +145,8 @@ void Connection::complain(const char* what) const {
                         peer.pid, peer.uid, what);
 }
 
+// Nobody waits here: a client that calls waits for its reply, so there is room, or it does not mean
+// to take it.
 bool Connection::reply(status_t status, const Parcel& parcel) {
     std::vector<PacketObject> objects;
     if (status >= 0) {
@@ -144,7 +156,7 @@ bool Connection::reply(status_t status, const Parcel& parcel) {
         if (exported != OK) status = FAILED_TRANSACTION;
     }
     PacketHeader header = {};
-    header.kind = PacketKind::REPLY;
+    header.kind = PacketKind::kReply;
     header.status = status < 0 ? status : OK;
     const size_t size = status < 0 ? 0 : parcel.dataSize();
     const int sent = sendPacket(fd, MSG_DONTWAIT, header, objects, parcel.data(), size);
@@ -152,13 +164,16 @@ bool Connection::reply(status_t status, const Parcel& parcel) {
     return sent == 0;
 }
 
+// IPCThreadState packs an identity like this.
 static int64_t packedIdentity(uid_t uid, pid_t pid) {
     return static_cast<int64_t>(uint64_t{uid} << 32 | static_cast<uint32_t>(pid));
 }
 
+// The number is looked up anew for every call: a client can only reach what it was given. A one-way
+// call names no process, as on the device.
 status_t Connection::dispatch(const PacketHeader& call, const Parcel& data, Parcel* answer) {
     sp<BBinder> target;
-    if (lane == Lane::CALL) {
+    if (lane == Lane::kCall) {
         target = session->find(call.target);
     } else if (call.target == 0) {
         target = ServiceManager::self();

@@ -13,7 +13,8 @@
 
 namespace android::host {
 
-// A client process, from its event connection's start to its end.
+// A client process, from its event connection's start to its end. Calls of its callbacks, releases
+// and the session's end travel on that connection, in the order in which they were sent.
 class ClientSession : public Session {
   public:
     // Keeps the descriptor of the event connection, and closes it with the last reference to the
@@ -27,9 +28,9 @@ class ClientSession : public Session {
                       uint32_t flags) override;
 
     const int eventFd;
-    const ucred peer;
-    const uint64_t id;
-    const uint64_t token;
+    const ucred peer;      // the kernel's word, from when the session was opened
+    const uint64_t id;     // counted, so that an old one is never taken for a new one
+    const uint64_t token;  // random, for the client alone
 
   protected:
     bool sendRelease(uint64_t id, uint64_t count) override;
@@ -41,12 +42,14 @@ class ClientSession : public Session {
         std::vector<PacketObject> objects;
         std::vector<uint8_t> data;
     };
-    // In bytes of data and headers. On the device as well one-way calls may take half of the
-    // receiver's buffer of 1 MiB.
+    // Counted are bytes of data and headers. On the device as well one-way calls may take half of
+    // the receiver's buffer of 1 MiB.
     static constexpr size_t kMaxUnsent = size_t{512} * 1024;
 
+    // Never waits: what the socket has no room for is kept, up to kMaxUnsent. Returns 0 or -errno.
     int post(const PacketHeader& header, const std::vector<PacketObject>& objects,
              const Parcel& data);
+    // Sends what was kept, as the client takes it, and returns when nothing is left.
     void sendUnsent();
 
     std::mutex mSendLock;
@@ -54,7 +57,9 @@ class ClientSession : public Session {
     size_t mUnsentBytes = 0;
 };
 
-// Owned by the registry or, with Lane::CALL, by the thread that serves it. Closing is destroying.
+// One accepted connection. Owned by the registry or, with Lane::kCall, by the thread that serves
+// it, and used by its owner's thread alone. Closing is destroying; but the descriptor of an event
+// connection belongs to the session.
 struct Connection {
     // Counts against the client process's limit until it is destroyed; null if that is reached, or
     // if the kernel does not say who is there. Takes the descriptor in every case.
@@ -65,21 +70,24 @@ struct Connection {
     Connection& operator=(const Connection&) = delete;
 
     // Runs a CALL that arrived here, on this thread, and sends its reply. False if the connection
-    // is to be closed.
+    // is to be closed: the session has ended, or the client does not take its reply.
     bool run(const Packet& call);
     // Logs that a packet was not one, with what the client is.
     void complain(const char* what) const;
 
     const int fd;
+    // Who calls on it: another user than the session's, if the client has changed to one.
     const ucred peer;
     bool isEvent = false;
-    Lane lane = Lane::CALL;
-    std::shared_ptr<ClientSession> session;
+    Lane lane = Lane::kCall;
+    std::shared_ptr<ClientSession> session;  // null until its first packet
 
   private:
     Connection(int fd, const ucred& peer) : fd(fd), peer(peer) {}
 
+    // Calls the object as the client, and returns what it returns.
     status_t dispatch(const PacketHeader& call, const Parcel& data, Parcel* answer);
+    // An error travels without data. False if the client does not take it.
     bool reply(status_t status, const Parcel& parcel);
 };
 

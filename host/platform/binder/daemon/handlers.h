@@ -1,4 +1,4 @@
-// The daemon's binder threads.
+// The daemon's binder threads: how many calls run at once, and on which threads.
 #pragma once
 
 #include <memory>
@@ -7,11 +7,12 @@
 
 namespace android::host {
 
-// As on the device: 15 that the driver may ask for, the pool's first, and main.
+// The number is the device's: 15 threads that the driver may ask for, and the pool's first. The
+// main thread joins as the 17th.
 constexpr int kPoolHandlers = 16;
 
 // Lets so many more calls run at once. At first none may: what arrives before the pool starts
-// waits.
+// waits. Any thread.
 void addHandlers(int count);
 
 // Serves a call connection until it closes, on a thread of its own that waits in recv: that is

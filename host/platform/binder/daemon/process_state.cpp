@@ -1,4 +1,6 @@
-// The daemon's role in the binder: it owns the board's socket and serves.
+// The daemon's role in the binder: it owns the board's socket and serves. A board has one daemon,
+// and the socket is the proof: whoever can connect to it has found a daemon. What makes serving
+// impossible ends the process at the start, with a line that says what to do.
 #include <android/log.h>
 #include <binder/IPCThreadState.h>
 #include <binder/ProcessState.h>
@@ -18,6 +20,7 @@ namespace android {
 
 using tarq::host::Board;
 
+// Nothing that was started needs to be ended in order, hence _exit.
 [[noreturn]] static void fail(const char* what, const char* why) {
     __android_log_print(ANDROID_LOG_FATAL, "binder", "%s: %s", what, why);
     _exit(1);
@@ -51,6 +54,7 @@ static int listenOnBoard() {
     return fd;
 }
 
+// Each thread of a client that calls holds a descriptor here, and the usual limit is low.
 static void raiseDescriptorLimit() {
     rlimit limit;
     if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
@@ -58,6 +62,7 @@ static void raiseDescriptorLimit() {
     setrlimit(RLIMIT_NOFILE, &limit);
 }
 
+// Look-ups are answered from here on, calls only when the pool has started.
 sp<ProcessState> ProcessState::self() {
     static const sp<ProcessState>& state = *new sp<ProcessState>([] {
         raiseDescriptorLimit();

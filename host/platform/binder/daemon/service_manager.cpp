@@ -1,3 +1,6 @@
+// A list of names and objects with two doors: the daemon's modules call it directly, clients
+// through transactions as the device's manager has them. A client cannot add: its objects are
+// callbacks, and a service in a client would need calls from one client to another.
 #include "host/platform/binder/daemon/service_manager.h"
 
 #include <android/log.h>
@@ -20,6 +23,7 @@ const sp<ServiceManager>& ServiceManager::self() {
     return manager;
 }
 
+// There are a handful of names: a walk is as good as any search.
 sp<IBinder> ServiceManager::checkService(const String16& name) const {
     std::lock_guard<std::mutex> guard(mLock);
     for (const Entry& entry : mEntries) {
@@ -34,7 +38,7 @@ status_t ServiceManager::addService(const String16& name, const sp<IBinder>& ser
         __android_log_print(ANDROID_LOG_ERROR, "ServiceManager", "addService('%s') refused: %s",
                             String8(name).string(),
                             service == nullptr ? "no service" : "a name has 1 to 127 characters");
-        return kRefused;
+        return PERMISSION_DENIED;
     }
     sp<IBinder> before;  // let go of without the lock
     std::lock_guard<std::mutex> guard(mLock);
@@ -57,24 +61,26 @@ Vector<String16> ServiceManager::listServices(int dumpsysFlags) {
     return names;
 }
 
-// A client lists by asking for one index after the other until it is refused.
+// A client lists by asking for one index after the other until it is refused. A name that is added
+// meanwhile moves the others on: one of them is told twice, and the new one not at all.
 status_t ServiceManager::replyName(const Parcel& data, Parcel* reply) {
     const int32_t index = data.readInt32();
     const Vector<String16> names = listServices(data.readInt32());
-    if (index < 0 || static_cast<size_t>(index) >= names.size()) return kRefused;
+    if (index < 0 || static_cast<size_t>(index) >= names.size()) return PERMISSION_DENIED;
     return reply->writeString16(names[static_cast<size_t>(index)]);
 }
 
+// A look-up with or without waiting is the same here: the waiting is the client's.
 status_t ServiceManager::onTransact(uint32_t code, const Parcel& data, Parcel* reply,
                                     uint32_t flags) {
     if (code < GET_SERVICE_TRANSACTION || code > LIST_SERVICES_TRANSACTION) {
         return BBinder::onTransact(code, data, reply, flags);
     }
-    if (!data.checkInterface(this)) return kRefused;
+    if (!data.checkInterface(this)) return PERMISSION_DENIED;
     if (code == LIST_SERVICES_TRANSACTION) return replyName(data, reply);
-    if (code == ADD_SERVICE_TRANSACTION) return kRefused;
+    if (code == ADD_SERVICE_TRANSACTION) return PERMISSION_DENIED;
     const sp<IBinder> service = checkService(data.readString16());
-    return service != nullptr ? reply->writeStrongBinder(service) : kRefused;
+    return service != nullptr ? reply->writeStrongBinder(service) : PERMISSION_DENIED;
 }
 
 }  // namespace host

@@ -5,22 +5,25 @@
 #include <vector>
 
 #include <binder/Binder.h>
-
-#include "host/platform/binder/service_lookup.h"
+#include <binder/IServiceManager.h>
+#include <binder/Parcel.h>
 
 namespace android::host {
 
-// Names are kept for ever, newest first. Clients look up and list; only the daemon itself adds.
-class ServiceManager : public ServiceLookup, public BBinder {
+// Names are kept for ever, in the order of their first registration; a list begins with the newest.
+// Clients look up and list; only the daemon itself adds. Any thread.
+class ServiceManager : public IServiceManager, public BBinder {
   public:
+    // The one manager of the process, never destroyed.
     static const sp<ServiceManager>& self();
 
+    // IServiceManager says what they do; here they wait for nothing but the lock.
     sp<IBinder> checkService(const String16& name) const override;
     status_t addService(const String16& name, const sp<IBinder>& service, bool allowIsolated,
                         int dumpsysFlags) override;
     Vector<String16> listServices(int dumpsysFlags) override;
 
-    const String16& getInterfaceDescriptor() const override { return serviceManagerDescriptor(); }
+    const String16& getInterfaceDescriptor() const override { return transactionDescriptor(); }
 
   protected:
     status_t onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override;
@@ -32,6 +35,7 @@ class ServiceManager : public ServiceLookup, public BBinder {
         int dumpsysFlags;  // those of the first registration
     };
 
+    // Answers one step of a list with the name at the index, newest first.
     status_t replyName(const Parcel& data, Parcel* reply);
 
     mutable std::mutex mLock;

@@ -1,3 +1,4 @@
+// What every binder object can do, wherever it lives.
 #pragma once
 
 #include <stdint.h>
@@ -18,6 +19,8 @@ class Parcel;
 // An object that can be called from another process: BBinder where it lives, BpBinder elsewhere.
 class IBinder : public virtual RefBase {
   public:
+    // Codes of calls: an interface counts its methods from the first one on; the others are the
+    // system's own, which every object answers. FLAG_ONEWAY: nobody waits, and there is no reply.
     enum {
         FIRST_CALL_TRANSACTION = 0x00000001,
         LAST_CALL_TRANSACTION = 0x00ffffff,
@@ -31,23 +34,36 @@ class IBinder : public virtual RefBase {
         FLAG_ONEWAY = 0x00000001,
     };
 
-    // Held weakly by the proxy it is linked to.
+    // Who is to be told of a death. The proxy that it is linked to holds it weakly, so somebody
+    // else has to keep it: one that is gone by then is passed over.
     class DeathRecipient : public virtual RefBase {
       public:
-        // On a binder thread, with no lock held; who is the proxy that was linked.
+        // who is the proxy that was linked. Usually on a thread of its own, which no call waits
+        // for; where the process can have no more threads, on the one that saw the death, or that
+        // linked itself to an object that was dead already.
         virtual void binderDied(const wp<IBinder>& who) = 0;
     };
 
+    // The object itself if it lives here and has that interface, else null: then a proxy is needed.
     virtual sp<IInterface> queryLocalInterface(const String16& descriptor);
+    // Gives the name of the object's interface. A proxy asks the object, once; it is empty when
+    // that fails.
     virtual const String16& getInterfaceDescriptor() const = 0;
-    // False only after the process that hosts the object was seen to be gone.
+    // False once the process that hosts the object was seen to be gone, or a call came back with
+    // DEAD_OBJECT. True says nothing about the next call.
     virtual bool isBinderAlive() const = 0;
+    // OK if the object answers. A proxy waits for that like for any call.
     virtual status_t pingBinder() = 0;
+    // Calls the object and waits for its reply, without a limit; with FLAG_ONEWAY it waits for
+    // nothing. The status is the call's own, and says nothing about the Status in the reply. On a
+    // failure the reply holds nothing of use. From the daemon to a client only one-way calls are
+    // possible.
     virtual status_t transact(uint32_t code, const Parcel& data, Parcel* reply,
                               uint32_t flags = 0) = 0;
 
-    // A local object: INVALID_OPERATION. After the notice was sent: DEAD_OBJECT. An object that is
-    // dead but not yet noticed: 0, and the notice follows. Linked twice, told twice.
+    // INVALID_OPERATION for a local object, DEAD_OBJECT once the notice was sent. For an object
+    // that is dead and not yet noticed the link succeeds, and the notice follows. Who is linked
+    // twice is told twice.
     virtual status_t linkToDeath(const sp<DeathRecipient>& recipient, void* cookie = nullptr,
                                  uint32_t flags = 0) = 0;
     // Removes the first link with equal flags and an equal recipient, or a null recipient and an
@@ -56,6 +72,7 @@ class IBinder : public virtual RefBase {
                                    uint32_t flags = 0,
                                    wp<DeathRecipient>* outRecipient = nullptr) = 0;
 
+    // The object as what it is: exactly one of the two is not null.
     virtual BBinder* localBinder();
     virtual BpBinder* remoteBinder();
 };

@@ -1,3 +1,6 @@
+// The pattern of an interface I: the class that users see, BnI where the object lives, BpI where it
+// is called from. Classes of the kind are generated from .aidl files; this is what they are made
+// with.
 #pragma once
 
 #include <memory>
@@ -6,8 +9,10 @@
 
 namespace android {
 
+// What both ends of an interface have in common: behind it stands a binder object.
 class IInterface : public virtual RefBase {
   public:
+    // Gives that object, by which two interfaces are told apart; null for null.
     static sp<IBinder> asBinder(const IInterface* interface);
     static sp<IBinder> asBinder(const sp<IInterface>& interface);
 
@@ -15,12 +20,14 @@ class IInterface : public virtual RefBase {
     virtual IBinder* onAsBinder() = 0;
 };
 
-// Null for a null binder. For a remote object it is a new proxy each time: compare by asBinder.
+// Gives null for a null binder. For a remote object it is a new proxy each time: compare by
+// asBinder.
 template <typename INTERFACE>
 inline sp<INTERFACE> interface_cast(const sp<IBinder>& object) {
     return INTERFACE::asInterface(object);
 }
 
+// Where the object lives: it is the interface and the binder object in one.
 template <typename INTERFACE>
 class BnInterface : public INTERFACE, public BBinder {
   public:
@@ -36,6 +43,7 @@ class BnInterface : public INTERFACE, public BBinder {
     IBinder* onAsBinder() override { return this; }
 };
 
+// Where it is called from: it turns each method into a transaction of the remote object.
 template <typename INTERFACE>
 class BpInterface : public INTERFACE, public BpRefBase {
   public:
@@ -45,6 +53,9 @@ class BpInterface : public INTERFACE, public BpRefBase {
     IBinder* onAsBinder() override { return remote(); }
 };
 
+// The next two go into each interface's header and source. asInterface gives the object itself
+// where it lives, and a new proxy elsewhere. The descriptor is what tokens are compared with.
+//
 // getDefaultImpl is asked by the code that the host's aidl generates; there is never one.
 #define DECLARE_META_INTERFACE(INTERFACE)                                                         \
     static const ::android::String16 descriptor;                                                  \

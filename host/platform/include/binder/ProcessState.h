@@ -1,3 +1,4 @@
+// How a process takes part in the binder.
 #pragma once
 
 #include <utils/RefBase.h>
@@ -8,11 +9,14 @@ namespace android {
 // the library that the program links: host_binder_daemon or host_binder_client.
 class ProcessState : public virtual RefBase {
   public:
-    // In the daemon the first call opens the board's socket and starts to answer look-ups; without
-    // a board it ends the process with a line that says what to do.
+    // The one object of this process. In the daemon the first call opens the board's socket and
+    // starts to answer look-ups; without a board, beside another daemon and on any other failure it
+    // ends the process with a line that says why. In a client it does nothing yet.
     static sp<ProcessState> self();
 
-    // Lets binder threads run: in the daemon up to 17 with the one that joins, in a client one.
+    // Lets calls run: in the daemon 16 at once, and one more for each thread that joins, as on the
+    // device; those that came before it waited. In a client a thread handles its callbacks' calls
+    // and deaths from now on; without it a client can call, but hears nothing. Call it once.
     void startThreadPool();
 };
 

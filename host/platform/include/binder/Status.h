@@ -1,3 +1,4 @@
+// How a method says that it could not do what was asked.
 #pragma once
 
 #include <binder/Parcel.h>
@@ -6,9 +7,12 @@
 namespace android {
 namespace binder {
 
-// The record that opens every reply: no exception, or which one.
+// The record that opens every reply: no exception, or which one. It is the answer of the method;
+// the status of the transaction tells whether there was an answer at all, and is kept here for
+// callers that want one word for both. A value, used by one thread at a time.
 class Status final {
   public:
+    // The numbers are those of the device, and the Java exceptions of these names there.
     enum Exception {
         EX_NONE = 0,
         EX_SECURITY = -1,
@@ -24,24 +28,32 @@ class Status final {
         EX_TRANSACTION_FAILED = -129,  // never on the wire
     };
 
+    // How a method makes its answer.
     static Status ok() { return Status(); }
     static Status fromExceptionCode(int32_t exceptionCode);
     static Status fromExceptionCode(int32_t exceptionCode, const String8& message);
     static Status fromExceptionCode(int32_t exceptionCode, const char* message);
+    // An error of the service's own, whose numbers it explains in its interface.
     static Status fromServiceSpecificError(int32_t code);
     static Status fromServiceSpecificError(int32_t code, const String8& message);
-    // Refuses the call: the caller's transact returns the status and the reply is empty.
+    // Refuses the call: the caller's transact returns the status and the reply is empty. OK is no
+    // refusal, but the same as ok().
     static Status fromStatusT(status_t status);
 
     Status() = default;
 
+    // What generated code does with it. Reading returns the parcel's error, and becomes that error;
+    // the message and what else belongs to the exception is read, a stack trace is passed over.
     status_t readFromParcel(const Parcel& parcel);
+    // Writes nothing for a refusal, and returns it instead: so it becomes the transaction's status.
     status_t writeToParcel(Parcel* parcel) const;
 
     void setException(int32_t exceptionCode, const String8& message);
     void setServiceSpecificError(int32_t code, const String8& message);
     void setFromStatusT(status_t status);
 
+    // What callers look at. A transaction that failed is the exception EX_TRANSACTION_FAILED, and
+    // its status is transactionError(), which is OK otherwise.
     bool isOk() const { return mException == EX_NONE; }
     int32_t exceptionCode() const { return mException; }
     const String8& exceptionMessage() const { return mMessage; }
@@ -51,6 +63,7 @@ class Status final {
     int32_t serviceSpecificErrorCode() const {
         return mException == EX_SERVICE_SPECIFIC ? mErrorCode : 0;
     }
+    // Says it in words, for people.
     String8 toString8() const;
 
   private:
@@ -58,7 +71,7 @@ class Status final {
         : mException(exceptionCode), mErrorCode(errorCode), mMessage(message) {}
 
     int32_t mException = EX_NONE;
-    int32_t mErrorCode = 0;
+    int32_t mErrorCode = 0;  // the transaction's or the service's own, by the exception
     String8 mMessage;
 };
 

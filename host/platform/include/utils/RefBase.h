@@ -12,14 +12,19 @@ namespace android {
 
 // Derive virtually. The object deletes itself when its last strong reference goes, on whichever
 // thread drops it. Counts may be changed from any thread.
+//
+// The id that the methods take is the pointer that asks, which a debugging build of the device
+// notes. It is not used here.
 class RefBase {
   public:
     // Both counts outlive the object for as long as weak references to it exist.
     class weakref_type {
       public:
+        // Weak references keep the counts alive, not the object.
         void incWeak(const void* id);
         void decWeak(const void* id);
-        // Takes a strong reference if one exists or none ever did.
+        // Takes a strong reference if one exists or none ever did. False for ever once the last one
+        // is gone: the object may still be in its destructor then.
         bool attemptIncStrong(const void* id);
 
       private:
@@ -31,9 +36,12 @@ class RefBase {
         RefBase* const mBase;
     };
 
+    // sp<T> calls these. decStrong destroys the object with the last reference.
     void incStrong(const void* id) const;
     void decStrong(const void* id) const;
+    // wp<T> calls it: it gives the counts, with one weak reference more.
     weakref_type* createWeak(const void* id) const;
+    // How many strong references there were a moment ago: for tests.
     int32_t getStrongCount() const;
 
     RefBase(const RefBase&) = delete;
@@ -43,15 +51,18 @@ class RefBase {
     RefBase();
     virtual ~RefBase();
 
-    // Called once, with the first strong reference, when the object is complete.
+    // Called once, with the first strong reference, when the object is complete: unlike in a
+    // constructor, it may hand out pointers to itself. On the thread that took the reference.
     virtual void onFirstRef() {}
+    // The object is still whole, but no strong reference to it can be taken any more.
     virtual void onLastStrongRef(const void* /*id*/) {}
 
   private:
     weakref_type* const mRefs;
 };
 
-// promote() gives a strong pointer while the object lives, null for ever after.
+// The weak pointer to an object derived from RefBase: it knows the object without keeping it. Used
+// by one thread at a time.
 template <typename T>
 class wp {
   public:
@@ -72,6 +83,8 @@ class wp {
         return *this;
     }
 
+    // A strong pointer while the object lives, null for ever after. From an object without any
+    // strong reference yet it takes the first.
     sp<T> promote() const {
         sp<T> result;
         if (mRefs != nullptr && mRefs->attemptIncStrong(&result)) result.set_pointer(mPtr);
@@ -84,7 +97,7 @@ class wp {
         mRefs = nullptr;
     }
 
-    // For comparing only: the object may be gone.
+    // Only for comparing: the object may be gone.
     T* unsafe_get() const { return mPtr; }
 
     // Two weak pointers are equal when they were made from the same object, living or not.

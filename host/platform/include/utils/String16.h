@@ -9,6 +9,7 @@ namespace android {
 
 class String8;
 
+// Holds any units, 0 and lone surrogates included. A copy is a copy: nothing is shared.
 class String16 {
   public:
     String16() = default;
@@ -20,10 +21,13 @@ class String16 {
     explicit String16(const char* text);
     String16(const char* text, size_t length);
 
+    // It is never null, and ended by a 0; it is good until the text changes or goes.
     const char16_t* string() const { return mText.c_str(); }
     operator const char16_t*() const { return mText.c_str(); }  // NOLINT: implicit by contract
+    // Counts units, without the terminator.
     size_t size() const { return mText.size(); }
 
+    // Compares all units, so those behind a 0 as well.
     bool operator==(const String16& other) const { return mText == other.mText; }
     bool operator!=(const String16& other) const { return mText != other.mText; }
     bool operator<(const String16& other) const { return mText < other.mText; }

@@ -1,3 +1,5 @@
+// sp<T>, the strong pointer of libutils: what RefBase counts. A pointer is used by one thread at a
+// time; several threads may hold pointers to one object.
 #pragma once
 
 namespace android {
@@ -5,11 +7,15 @@ namespace android {
 template <typename T>
 class wp;
 
-// The strong pointer to an object derived from RefBase. A null one is not counted.
+// The strong pointer to an object derived from RefBase. A null one is not counted. Giving up the
+// last one, be it by assignment, destroys the object on the spot: not with a lock held that it may
+// want.
 template <typename T>
 class sp {
   public:
     sp() = default;
+    // Takes a bare pointer without a word, as the device's does: sp<T> name = new T is the usual
+    // way.
     sp(T* other) : mPtr(other) { acquire(); }  // NOLINT: implicit by contract
     sp(const sp<T>& other) : mPtr(other.mPtr) { acquire(); }
     sp(sp<T>&& other) noexcept : mPtr(other.mPtr) { other.mPtr = nullptr; }
@@ -37,8 +43,10 @@ class sp {
         return replace(other.get());
     }
 
+    // Gives up the object; null from then on.
     void clear() { replace(nullptr); }
 
+    // The bare pointer is not counted: it is good as long as somebody holds the object.
     T* get() const { return mPtr; }
     T& operator*() const { return *mPtr; }
     T* operator->() const { return mPtr; }
@@ -54,6 +62,7 @@ class sp {
     }
     bool operator==(const T* other) const { return mPtr == other; }
     bool operator!=(const T* other) const { return mPtr != other; }
+    // The order of addresses, which a map of binders goes by.
     bool operator<(const sp<T>& other) const { return mPtr < other.mPtr; }
 
   private:
@@ -65,6 +74,7 @@ class sp {
     void release(T* ptr) {
         if (ptr != nullptr) ptr->decStrong(this);
     }
+    // Counts the new one before it gives up the old one, which may hold the last reference to it.
     sp& replace(T* other) {
         T* old = mPtr;
         if (other != nullptr) other->incStrong(this);

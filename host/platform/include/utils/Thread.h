@@ -10,6 +10,7 @@
 
 namespace android {
 
+// The device has others, which nobody here asks for.
 enum {
     PRIORITY_DEFAULT = 0,
 };
@@ -24,11 +25,12 @@ class Thread : public virtual RefBase {
 
     // Starts it, detached, under the name, of which the kernel keeps 15 bytes. INVALID_OPERATION
     // while it runs, UNKNOWN_ERROR if there can be no thread. Once it has ended it may be run
-    // again.
+    // again. Priority and stack are the host's usual ones, whatever is asked for.
     virtual status_t run(const char* name, int32_t priority = PRIORITY_DEFAULT, size_t stack = 0);
 
   private:
-    // One pass; true for another one.
+    // One pass; true for another one. Runs on the new thread, without a lock. The object lives for
+    // as long as a pass takes.
     virtual bool threadLoop() = 0;
 
     void loop();

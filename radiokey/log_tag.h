@@ -1,4 +1,0 @@
-// The tag of the service's log lines.
-#pragma once
-
-constexpr char kLogTag[] = "RadioKeyService";

@@ -1,4 +1,0 @@
-#pragma once
-
-// Of everything that this module logs.
-constexpr char kLogTag[] = "rgbLedsService";
