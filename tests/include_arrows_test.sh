@@ -28,10 +28,10 @@ done
 never='^ *# *(if|ifdef|ifndef)\b|<(filesystem|charconv)>|std::(filesystem|from_chars|to_chars)\b'
 forbid "$never" nothing $device
 # The platform knows no module; it gives common/ and libradiokey their host half.
-forbid "$include (\"|<com/tarq)" '#include "(host/platform/|common/|radiokey/radiokey\.h")' host/platform
+forbid "$include (\"|<com/tarq)" '#include "(host/(platform|run)/|common/|radiokey/radiokey\.h")' host/platform
 # The virtual board and the daemon meet in files, a pty and a socket.
 # Who looks at them reads effect files as the daemon does.
-board='#include "host/board/'
+board='#include "host/(board|run)/'
 foreign="$include (\"|<com/tarq|<binder)"
 forbid "$foreign" "$board" $(find host/board -mindepth 1 -maxdepth 1 ! -name view)
 forbid "$foreign" "$board|#include \"rgbleds/effect_file\.h\"" host/board/view

@@ -6,7 +6,7 @@
 #include "host/board/coprocessor_port.h"
 #include "host/board/hardware.h"
 #include "host/board/led_trace.h"
-#include "host/board/receiver.h"
+#include "host/board/receiver/receiver.h"
 
 namespace tarq::board {
 

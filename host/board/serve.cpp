@@ -55,7 +55,7 @@ void serve(const fs::path& folder, const fs::path& directory, bool shared) {
     const Endings endings;
     dieWithParent();
     Hardware hardware;
-    const Fitted fitted = fit(folder / "board.xml", hardware);
+    Fitted fitted = fit(folder / "board.xml", hardware);
     RunningBoard board(directory, shared);
     PlainFiles files(board.directory());
     board.boot(folder);
@@ -66,7 +66,7 @@ void serve(const fs::path& folder, const fs::path& directory, bool shared) {
     std::vector<std::shared_ptr<Part>> parts;
     if (fitted.receiver) {
         fitted.receiver->open(board.directory());
-        parts.push_back(fitted.receiver);
+        parts.push_back(std::move(fitted.receiver));
     }
     if (fitted.coprocessor) {
         fitted.coprocessor->open(recordOfSerial(board.directory()),
