@@ -4,9 +4,9 @@
 // Input: a byte that chooses the connection, then packets, each a 16-bit length and its bytes.
 #include <binder/ProcessState.h>
 #include <host/log_sink.h>
+#include <host/process_board.h>
 #include <stdlib.h>
 #include <string.h>
-#include <host/process_board.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>

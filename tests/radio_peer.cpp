@@ -1,43 +1,31 @@
-// A client that registers for remote keys. It says "registered", then the first event's number,
-// those at the end of a step, and whatever does not follow on the one before.
+// A client that registers for remote keys once the receiver is ready. It says "registered", and
+// then the number of each event.
 #include <binder/IPCThreadState.h>
 #include <binder/IServiceManager.h>
 #include <com/tarq/radiokey/BnRadioKeyCallback.h>
 #include <com/tarq/radiokey/IRadioKeyService.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <unistd.h>
 
-using android::binder::Status;
-using com::tarq::radiokey::BnRadioKeyCallback;
 using com::tarq::radiokey::IRadioKeyService;
 
-class Follower : public BnRadioKeyCallback {
-  public:
-    explicit Follower(int step) : mStep(step) {}
-
-    Status onClick(int32_t number, int32_t second, int32_t third, int32_t rssiDBm) override {
-        if (second != number + 1 || third != number + 2 || rssiDBm != -number) puts("mixed up");
-        if (mLast == 0) {
-            printf("first %d\n", number);
-        } else if (number != mLast + 1) {
-            printf("%d after %d\n", number, mLast);
-        }
-        if (number % mStep == 0) printf("%d\n", number);
+class Follower : public com::tarq::radiokey::BnRadioKeyCallback {
+    android::binder::Status onClick(int32_t number, int32_t second, int32_t third,
+                                    int32_t rssiDBm) override {
+        const bool isWhole = second == number + 1 && third == number + 2 && rssiDBm == -number;
+        printf(isWhole ? "%d\n" : "%d mixed up\n", number);
         fflush(stdout);
-        mLast = number;
-        return Status::ok();
+        return android::binder::Status::ok();
     }
-
-  private:
-    const int32_t mStep;
-    int32_t mLast = 0;
 };
 
-// Arguments: how often to register the one callback, and how many events are a step.
+// Argument: how often to register the one callback.
 int main(int /*argc*/, char** argv) {
     const auto service = android::interface_cast<IRadioKeyService>(
             android::defaultServiceManager()->getService(IRadioKeyService::SERVICE_NAME()));
-    const android::sp<Follower> callback = new Follower(atoi(argv[2]));
+    const android::sp<Follower> callback = new Follower;
+    for (int32_t status = -1; status == -1; usleep(1000)) service->getChipStatus(&status);
     for (int i = 0; i < atoi(argv[1]); ++i) {
         if (!service->registerRadioKeyCallback(callback).isOk()) return 1;
     }

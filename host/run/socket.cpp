@@ -11,39 +11,38 @@
 
 namespace tarq::host {
 
-// A socket and its address, for one of the two calls that want both. A descriptor or -errno.
-static int openSocket(const std::string& path, sockaddr_un* address) {
-    *address = {};
-    address->sun_family = AF_UNIX;
-    if (path.size() >= sizeof(address->sun_path)) return -ENAMETOOLONG;
-    memcpy(address->sun_path, path.c_str(), path.size());
-    const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
-    return fd >= 0 ? fd : -errno;
-}
-
-static int closeFailed(int fd) {
+// join: connect or bind.
+static int openSocket(const std::string& path, int type,
+                      int (*join)(int, const sockaddr*, socklen_t)) {
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof(address.sun_path)) return -ENAMETOOLONG;
+    memcpy(address.sun_path, path.c_str(), path.size());
+    const int fd = socket(AF_UNIX, type | SOCK_CLOEXEC, 0);
+    if (fd < 0) return -errno;
+    if (join(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0) return fd;
     const int error = errno;
     close(fd);
     return -error;
 }
 
-int connectTo(const std::string& path) {
-    sockaddr_un address;
-    const int fd = openSocket(path, &address);
-    if (fd < 0) return fd;
-    const bool done = connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0;
-    return done ? fd : closeFailed(fd);
+int connectTo(const std::string& path, int type) {
+    return openSocket(path, type, connect);
+}
+
+int bindTo(const std::string& path, int type) {
+    return openSocket(path, type, bind);
 }
 
 int listenAt(const std::string& path, mode_t mode) {
-    sockaddr_un address;
-    const int fd = openSocket(path, &address);
+    unlink(path.c_str());
+    const int fd = bindTo(path, SOCK_SEQPACKET);
     if (fd < 0) return fd;
-    unlink(address.sun_path);
     // Nobody can connect before the mode is right, because nobody listens.
-    const bool done = bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0 &&
-                      chmod(address.sun_path, mode) == 0 && listen(fd, SOMAXCONN) == 0;
-    return done ? fd : closeFailed(fd);
+    if (chmod(path.c_str(), mode) == 0 && listen(fd, SOMAXCONN) == 0) return fd;
+    const int error = errno;
+    close(fd);
+    return -error;
 }
 
 std::string socketError(int error) {

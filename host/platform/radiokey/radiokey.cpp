@@ -1,196 +1,90 @@
-// libradiokey on a host: the receiver is the virtual board's, at the other end of a socket.
+// libradiokey on a host: the receiver is the virtual board's, and host/run/receiver_wire.h says how
+// the two meet. Every call first sees to it that the board finds this process's socket where it
+// belongs, so either may be switched off and on again. A reception waits in that socket, and
+// nowhere else, until it is polled; only a poll waits, and it holds no lock meanwhile.
 #include "radiokey/radiokey.h"
 
+#include <fcntl.h>
 #include <host/process_board.h>
-#include <host/receiver_packets.h>
 #include <poll.h>
-#include <string.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
-#include <chrono>
-#include <condition_variable>
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <utility>
 
+#include "host/run/receiver_wire.h"
+
 namespace {
 
-using std::chrono::milliseconds;
-using std::chrono::steady_clock;
-using tarq::host::ReceiverPacket;
+using tarq::host::processBoard;
+using tarq::host::Reception;
 
-constexpr milliseconds kPatience{1000};  // of a poll, and with a board that does not answer
+constexpr int kPatience = 1000;  // ms, of a poll
+constexpr int kLooks = 10;       // meanwhile, for a board that has been switched on anew
 
-// Shared: it must stay open while another thread waits for it.
-class Connection {
-  public:
-    explicit Connection(int fd) : mFd(fd) {}
-    ~Connection() { close(mFd); }
-    Connection(const Connection&) = delete;
-    Connection& operator=(const Connection&) = delete;
-
-    // Until there is something to read, or the other end is gone.
-    void wait(milliseconds time) const {
-        pollfd waited = {mFd, POLLIN, 0};
-        ::poll(&waited, 1, static_cast<int>(time.count()));
-    }
-    // The next packet, which stays to be read once more. 0 when the other end is gone, negative
-    // when there is none now.
-    ssize_t peek(ReceiverPacket* packet) const {
-        return recv(mFd, packet, sizeof(*packet), MSG_PEEK | MSG_DONTWAIT);
-    }
-    void skip() const {
-        ReceiverPacket packet;
-        recv(mFd, &packet, sizeof(packet), MSG_DONTWAIT);
-    }
-    // False when there is no room now.
-    bool send(const ReceiverPacket& packet) const {
-        return ::send(mFd, &packet, sizeof(packet), MSG_NOSIGNAL | MSG_DONTWAIT) == sizeof(packet);
-    }
-
-  private:
-    const int mFd;
+// What the board says of its receiver; zeros while there is none.
+struct State {
+    int32_t status = 0;
+    int32_t rssiDBm = 0;
 };
 
-std::shared_ptr<Connection> connectToReceiver() {
-    const std::string path =
-            tarq::host::processBoard().directory + "/" + tarq::host::kReceiverSocket;
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof(address.sun_path)) return nullptr;
-    memcpy(address.sun_path, path.c_str(), path.size());
-    const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
-    if (fd < 0) return nullptr;
-    auto connection = std::make_shared<Connection>(fd);
-    const bool connected =
-            connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
-    return connected ? connection : nullptr;
-}
-
-// The one receiver of this process. The socket is its only queue: a reception stays there until it
-// is polled, and states behind it are not seen before.
+// The one receiver of this process.
 class Receiver {
   public:
-    // No frequency: off.
-    void tune(std::optional<int32_t> frequency) {
+    // Sees to it that this process's socket is at its place, which is tuned if that is given, else
+    // the one it was last told. False while there is no receiver.
+    bool settle(const std::string& tuned = "") {
         const std::lock_guard<std::mutex> lock(mLock);
-        mFrequency = frequency;
-        mIsTuningDue = true;
-        ReceiverPacket reception;
-        settle(&reception);
-    }
-
-    // 0 while there is no receiver.
-    int32_t status() {
-        const std::lock_guard<std::mutex> lock(mLock);
-        ReceiverPacket reception;
-        settle(&reception);
-        return mStatus;
-    }
-    int32_t rssi() {
-        const std::lock_guard<std::mutex> lock(mLock);
-        ReceiverPacket reception;
-        settle(&reception);
-        return std::exchange(sPolledRssi, std::nullopt).value_or(mRssi);
-    }
-
-    // False when none came in time.
-    bool poll(int32_t* value1, int32_t* value2, int32_t* value3) {
-        std::unique_lock<std::mutex> lock(mLock);
-        const auto deadline = steady_clock::now() + kPatience;
-        sPolledRssi.reset();
-        for (;;) {
-            ReceiverPacket packet;
-            if (settle(&packet)) {
-                mConnection->skip();
-                *value1 = packet.values[0];
-                *value2 = packet.values[1];
-                *value3 = packet.values[2];
-                sPolledRssi = mRssi = packet.values[3];
-                return true;
-            }
-            const auto left = std::chrono::ceil<milliseconds>(deadline - steady_clock::now());
-            if (left.count() <= 0) return false;
-            waitFor(left, &lock);
-        }
-    }
-
-  private:
-    // Makes sure of the connection, and takes what the receiver tells up to its next reception.
-    // True when there is one, which stays.
-    bool settle(ReceiverPacket* reception) {
-        for (;;) {
-            if (!mConnection && !connect()) return false;
-            if (mIsTuningDue) sendTuning();
-            const ssize_t size = mConnection->peek(reception);
-            if (size < 0) return false;
-            if (size == 0) {
-                disconnect();
-            } else if (reception->kind == ReceiverPacket::kReception) {
-                return true;
-            } else {
-                takeState(*reception);
-            }
-        }
-    }
-
-    // The board greets whoever connects with its state. One that is slow may do so later, too.
-    bool connect() {
-        mConnection = connectToReceiver();
-        if (!mConnection) return false;
-        mConnection->wait(kPatience);
-        mIsTuningDue = mFrequency.has_value();
-        mConnected.notify_all();
+        if (!tuned.empty()) mTuned = tuned;
+        if (!tarq::host::isSocketOpen(processBoard().directory + tarq::host::kReceiverSocket))
+            return false;
+        // It is nowhere before the first call, and when the board has been switched on anew.
+        const std::string place = processBoard().directory + mTuned;
+        if (rename(mPlace.c_str(), place.c_str()) == 0 || replaceSocket(place)) mPlace = place;
         return true;
     }
 
-    void disconnect() {
-        mConnection = nullptr;
-        mStatus = 0;
-        mRssi = 0;
+    State state() {
+        State state;
+        if (!settle()) return state;
+        FILE* const file =
+                fopen((processBoard().directory + tarq::host::kReceiverState).c_str(), "re");
+        if (file == nullptr) return state;
+        if (fscanf(file, "%d %d", &state.status, &state.rssiDBm) != 2) state = {};
+        fclose(file);
+        return state;
     }
 
-    void takeState(const ReceiverPacket& packet) {
-        mConnection->skip();
-        mStatus = packet.values[0];
-        mRssi = packet.values[1];
-    }
-
-    // Not waiting for room, which the receiver may not make before its receptions are polled: what
-    // is not sent now is sent with the next call.
-    void sendTuning() {
-        const auto kind = mFrequency ? ReceiverPacket::kTune : ReceiverPacket::kOff;
-        mIsTuningDue = !mConnection->send({kind, {mFrequency.value_or(0), 0, 0, 0}});
-    }
-
-    void waitFor(milliseconds time, std::unique_lock<std::mutex>* lock) {
-        const std::shared_ptr<Connection> connection = mConnection;
-        if (!connection) {
-            mConnected.wait_for(*lock, time);
-            return;
+    // Waits, but not long for one and the same socket: it may be replaced meanwhile.
+    bool poll(Reception* reception) {
+        for (int looks = 0; looks < kLooks; ++looks) {
+            settle();
+            pollfd waited = {mFd, POLLIN, 0};
+            ::poll(&waited, 1, kPatience / kLooks);
+            const ssize_t size = recv(mFd, reception, sizeof(*reception), MSG_DONTWAIT);
+            if (size == sizeof(*reception)) return true;
         }
-        lock->unlock();
-        connection->wait(time);
-        lock->lock();
+        return false;
     }
 
-    // Of the reception that the calling thread has polled, until it asks: what comes behind the
-    // reception, a state or the receiver's end, must not change it.
-    static thread_local std::optional<int32_t> sPolledRssi;
+  private:
+    // Under the same number, on which a poll may be waiting. What was heard before the board was
+    // switched on anew is polled first.
+    bool replaceSocket(const std::string& place) const {
+        char waiting;
+        if (recv(mFd, &waiting, sizeof(waiting), MSG_PEEK | MSG_DONTWAIT) >= 0) return false;
+        unlink(place.c_str());
+        const int fd = tarq::host::bindTo(place, SOCK_DGRAM);
+        const bool isReplaced = dup3(fd, mFd, O_CLOEXEC) == mFd;
+        close(fd);
+        return isReplaced;
+    }
 
+    const int mFd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     std::mutex mLock;
-    std::condition_variable mConnected;
-    std::shared_ptr<Connection> mConnection;  // null without a receiver
-    std::optional<int32_t> mFrequency;
-    bool mIsTuningDue = false;
-    int32_t mStatus = 0;
-    int32_t mRssi = 0;
+    std::string mTuned = tarq::host::kUntunedSocket;
+    std::string mPlace;  // where it is, or was when the board was switched off
 };
-
-thread_local std::optional<int32_t> Receiver::sPolledRssi;
 
 // Never destroyed: threads poll until the process is gone.
 Receiver& receiver() {
@@ -198,31 +92,41 @@ Receiver& receiver() {
     return instance;
 }
 
+// Of the reception that the calling thread has polled, until it asks: whatever the board says
+// meanwhile must not change it.
+thread_local std::optional<int32_t> polledRssi;
+
 }  // namespace
 
 int32_t radiokey_init(int32_t frequency) {
-    receiver().tune(frequency);
+    receiver().settle(tarq::host::tunedSocket(frequency));
     return 0;
 }
 
 int32_t radiokey_reset(int32_t frequency) {
-    receiver().tune(frequency);
-    return 0;
+    return radiokey_init(frequency);
 }
 
 int32_t radiokey_uninit() {
-    receiver().tune(std::nullopt);
+    receiver().settle(tarq::host::kUntunedSocket);
     return 0;
 }
 
 int32_t radiokey_detect_chip() {
-    return receiver().status();
+    return receiver().state().status;
 }
 
 int32_t radiokey_get_rssi_dbm() {
-    return receiver().rssi();
+    return polledRssi ? *std::exchange(polledRssi, std::nullopt) : receiver().state().rssiDBm;
 }
 
 int32_t radiokey_recv_poll(int32_t* value1, int32_t* value2, int32_t* value3) {
-    return receiver().poll(value1, value2, value3) ? 0 : -1;
+    polledRssi.reset();
+    Reception reception;
+    if (!receiver().poll(&reception)) return -1;
+    *value1 = reception.value1;
+    *value2 = reception.value2;
+    *value3 = reception.value3;
+    polledRssi = reception.rssiDBm;
+    return 0;
 }

@@ -40,11 +40,13 @@ class Watch {
 
     Watch(const Session& session, int32_t limit) : mSession(session), mLimit(limit) {}
 
-    // Registers and says so. The time counts from here on, and keys are held back until then.
+    // Registers and says so. The time counts from before that, whatever it takes to say it, and
+    // keys are held back until then.
     void start(const std::function<void()>& registerAndSay) {
         const std::lock_guard<std::mutex> lock(mLock);
+        mStart = steady_clock::now();
         registerAndSay();
-        mStart = mLastEvent = steady_clock::now();
+        mLastEvent = steady_clock::now();
     }
 
     // On one thread, which waits for a slow reader of the output: keys that the daemon cannot
