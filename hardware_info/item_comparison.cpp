@@ -9,9 +9,6 @@
 #include "hardware_info/text.h"
 #include "hardware_info/touch_panel_probe.h"
 
-static constexpr size_t kMaxItemLength = 101;
-static constexpr size_t kMaxOverlayValueLength = 63;
-
 namespace {
 
 // A kind of which the hardware itself tells the part.

@@ -12,7 +12,8 @@
 #include "rgbleds/led_attributes.h"
 #include "tools/tarqctl/board.h"
 #include "tools/tarqctl/led_commands.h"
-#include "tools/tarqctl/print_explanation.h"
+#include "tools/tarqctl/print_json.h"
+#include "tools/tarqctl/text.h"
 #include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
@@ -48,7 +49,7 @@ static int play(Session& session, const std::string& file) {
         throw notLoaded(session, file + ": the daemon cannot open it, or it is no XML",
                         session.next("log"));
     }
-    for (const std::string& what : call->leftOut) session.notice("left out: " + printable(what));
+    for (const std::string& what : call->leftOut) session.notice("left out: " + escaped(what));
     return printDone(session);
 }
 
@@ -57,7 +58,7 @@ static void printRecord(const Session& session, const std::string& attribute,
                         const std::string& text, int line) {
     const std::string name = attribute.substr(attribute.rfind('/') + 1);
     if (!session.json) {
-        session.out << name + " " + printable(text) + "\n";
+        session.out << name + " " + escaped(text) + "\n";
     } else if (line == 0) {
         printJson(session.out, {{"attribute", name}, {"text", text}});
     } else {
@@ -72,8 +73,8 @@ static void printLeftOut(const Session& session, const std::string& file, const 
     if (session.json) {
         printJson(session.out, {{"leftOut", what}, {"line", item.line}});
     } else {
-        session.out << "# " + printable(file) + ":" + std::to_string(item.line) +
-                               ": left out: " + printable(what) + "\n";
+        session.out << "# " + escaped(file) + ":" + std::to_string(item.line) +
+                               ": left out: " + escaped(what) + "\n";
     }
 }
 

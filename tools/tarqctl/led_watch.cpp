@@ -7,8 +7,9 @@
 
 #include "tools/tarqctl/board.h"
 #include "tools/tarqctl/led_commands.h"
-#include "tools/tarqctl/print_explanation.h"
 #include "tools/tarqctl/print_file.h"
+#include "tools/tarqctl/print_json.h"
+#include "tools/tarqctl/text.h"
 
 namespace tarq::tools {
 
@@ -38,8 +39,7 @@ static void print(const Session& session, const std::string& line) {
     const Json record = Json::parse(line, nullptr, false);
     if (!record.contains("attribute")) return;  // the first line tells how many LEDs there are
     session.out << clockTime(record.value("ms", int64_t{0})) + " " +
-                           printable(record.value("attribute", "") + " " +
-                                     record.value("text", "")) +
+                           escaped(record.value("attribute", "") + " " + record.value("text", "")) +
                            (record.contains("refused") ? " (refused)\n" : "\n")
                 << std::flush;
 }

@@ -4,9 +4,9 @@
 #include <CLI/App.hpp>
 #include <ostream>
 
+#include "tools/tarqctl/ask/log_line.h"
 #include "tools/tarqctl/board.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/log_line.h"
 #include "tools/tarqctl/print_file.h"
 #include "tools/tarqctl/print_json.h"
 

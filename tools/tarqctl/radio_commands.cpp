@@ -7,8 +7,8 @@
 #include <CLI/App.hpp>
 
 #include "tools/tarqctl/board.h"
-#include "tools/tarqctl/print_explanation.h"
 #include "tools/tarqctl/print_json.h"
+#include "tools/tarqctl/text.h"
 #include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
@@ -33,7 +33,7 @@ std::string asText(const StoredFrequency& frequency) {
     if (frequency.text.empty()) return number + " (default)";
     int32_t parsed = 0;
     if (parseInt32(frequency.text, &parsed).empty()) return number;
-    return number + " (what the daemon makes of \"" + printable(frequency.text) + "\")";
+    return number + " (what the daemon makes of \"" + escaped(frequency.text) + "\")";
 }
 
 namespace {

@@ -1,18 +1,15 @@
-// Why a package fits or does not, in words.
+// Why a package fits or does not: what is to be printed.
 #pragma once
 
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "tools/tarqctl/match_request.h"
+#include "tools/tarqctl/match/facts.h"
 
 namespace tarq::tools {
 
-enum class Verdict { FITS, MISFIT, IGNORED, NOT_EXAMINED };
-
-// "fits", "does not fit", …
-const char* wordFor(Verdict verdict);
+enum class Verdict { kFits, kMisfit, kIgnored, kNotExamined };
 
 // One part, overlay id or other item.
 struct ExplainedRow {
