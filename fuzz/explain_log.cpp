@@ -4,8 +4,8 @@
 
 #include <sstream>
 
+#include "tools/tarqctl/match/explanation.h"
 #include "tools/tarqctl/match/log.h"
-#include "tools/tarqctl/match/words.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::istringstream in(std::string(reinterpret_cast<const char*>(data), size));

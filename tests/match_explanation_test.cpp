@@ -12,8 +12,8 @@
 #include "tests/captured_log.h"
 #include "tests/test_board.h"
 #include "tools/tarqctl/ask/log_pattern.h"
+#include "tools/tarqctl/match/explanation.h"
 #include "tools/tarqctl/match/log.h"
-#include "tools/tarqctl/match/words.h"
 
 using namespace tarq::tools;
 using namespace testing;
@@ -158,7 +158,7 @@ struct MatchExplanation : Test {
             Lines lost = log;
             lost.erase(lost.begin() + i);
             const bool isSilent = std::any_of(silent.begin(), silent.end(), [&](const auto& text) {
-                return log[i].find(text) != text.npos;
+                return log[i].find(": " + text) != text.npos;
             });
             expectRight(Lines(log.begin(), log.begin() + i), truth, true);
             expectRight(lost, truth, !isSilent);
@@ -211,7 +211,7 @@ const Case kCases[] = {
         {{{"bt", "r"}}, {"overlay_id:1"}, "ignored: the board has no overlay id"},
         {{{"bt", "r"}}, {"bt:r" + std::string(100, 'r')}, "more than 101 bytes is not"},
         {{{"bt", "r,s"}}, {"bt"}, "does not fit: no \"r\", \"s\" in \"\""},
-        {{{"bt", "r,s"}}, {"bt:null"}, "does not fit: no \"r\", \"s\" in \"null\""},
+        {{{"bt", "r,s"}}, {"bt:null"}, "no \"r\", \"s\" in \"null\"", "\n  write bt:r,s\n"},
         {{{"bt", "r *s"}}, {"bt:xrxs"}, "fits: has \"r\", \"s\""},
         {{{"bt", "r"}}, {"bt:r", "bt:s"}, "  s        does not fit"},
         {{{"bt", "r"}}, {"wifi:r", "x:y"}, "ignored: the board lists no wifi"},
@@ -331,6 +331,11 @@ TEST_F(MatchExplanation, list_that_looks_like_a_log_is_told_from_one) {
             EXPECT_GE(request.outcome, Outcome::kCutOff);
         }
     }
+    // Nor is what stands in the list of another one the answer to ours.
+    log.clear();
+    ask({"skip  hw match,beacause x=true"}, &log);
+    ask(fitting, &log);
+    EXPECT_THAT(logOf(log).with(fitting), ElementsAre(Field(&MatchRequest::skippedBecause, "")));
 }
 
 TEST_F(MatchExplanation, doubts_are_about_what_is_probably_not_meant) {

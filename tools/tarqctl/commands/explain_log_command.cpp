@@ -4,8 +4,8 @@
 #include <ostream>
 
 #include "tools/tarqctl/commands.h"
+#include "tools/tarqctl/match/explanation.h"
 #include "tools/tarqctl/match/log.h"
-#include "tools/tarqctl/match/words.h"
 #include "tools/tarqctl/text.h"
 #include "tools/tarqctl/user_input.h"
 

@@ -11,8 +11,8 @@
 
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/daemon.h"
+#include "tools/tarqctl/match/explanation.h"
 #include "tools/tarqctl/match/log.h"
-#include "tools/tarqctl/match/words.h"
 #include "tools/tarqctl/text.h"
 #include "tools/tarqctl/user_input.h"
 
@@ -94,7 +94,7 @@ Answer ask(Session& session, const Items& items, const std::string& otaTime) {
         answer.explanation = explain(request);
         answer.isExplained = request.outcome == (answer.fits ? Outcome::kYes : Outcome::kNo);
         if (answer.isExplained) return answer;
-        why = answer.explanation.sentence;
+        if (answer.explanation.verdict == "unknown") why = answer.explanation.sentence;
     }
     answer.explanation = verdictAlone(daemon, items, why);
     answer.explanation.verdict = answer.fits ? "yes" : "no";

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tools/tarqctl/match/facts.h"
+#include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
 
@@ -39,5 +40,11 @@ std::vector<ExplainedRow> explainedRows(const MatchRequest& request);
 // What is probably not meant, from the list and the board's parts alone.
 std::vector<std::string> doubtsAbout(const std::vector<std::string>& items,
                                      const std::vector<Item>& board);
+
+// For people: the verdict, the table, and what would make it fit.
+std::string asText(const Explanation& explanation);
+
+// {"verdict", "sentence", "items": [{"name", …}], "fallback", …}: the members' names stay.
+Json asJson(const Explanation& explanation);
 
 }  // namespace tarq::tools

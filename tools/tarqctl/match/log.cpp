@@ -166,7 +166,12 @@ std::vector<MatchRequest> MatchLog::all() const {
 }
 
 std::vector<MatchRequest> MatchLog::with(const Texts& items) const {
-    return read(&items);
+    const std::vector<MatchRequest> requests = read(&items);
+    std::vector<MatchRequest> compared;
+    for (const MatchRequest& request : requests) {
+        if (request.skippedBecause.empty()) compared.push_back(request);
+    }
+    return compared.empty() ? requests : compared;
 }
 
 std::vector<MatchRequest> MatchLog::read(const Texts* items) const {

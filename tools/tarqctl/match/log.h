@@ -18,8 +18,8 @@ class MatchLog {
     // in it cannot be told from two.
     std::vector<MatchRequest> all() const;
 
-    // Those whose items are exactly these, and those that were skipped, which do not tell any. For
-    // who has sent them himself, and sees the log whole.
+    // Those whose items are exactly these; without any, those that were skipped, which do not tell
+    // their items. For who has sent them himself, and sees the log whole.
     std::vector<MatchRequest> with(const std::vector<std::string>& items) const;
 
     struct Line {

@@ -1,10 +1,9 @@
 // An explanation for people: a sentence, a table as wide as its cells need, and what would fit.
 // What stands in a log or a list is escaped here, the last place before a terminal.
-#include "tools/tarqctl/match/words.h"
-
 #include <algorithm>
 #include <array>
 
+#include "tools/tarqctl/match/explanation.h"
 #include "tools/tarqctl/session.h"
 #include "tools/tarqctl/text.h"
 
