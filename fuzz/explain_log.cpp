@@ -5,12 +5,12 @@
 
 #include <sstream>
 
-#include "tools/tarqctl/match_requests.h"
-#include "tools/tarqctl/print_explanation.h"
+#include "tools/tarqctl/match/explanation.h"
+#include "tools/tarqctl/match/log.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::istringstream in(std::string(reinterpret_cast<const char*>(data), size));
-    tarq::tools::MatchRequests log;
+    tarq::tools::MatchLog log;
     for (std::string line; std::getline(in, line);) log.add(line);
     for (const tarq::tools::MatchRequest& request : log.all()) {
         const tarq::tools::Explanation explanation = explain(request);

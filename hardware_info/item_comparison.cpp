@@ -12,10 +12,6 @@
 #include "hardware_info/text.h"
 #include "hardware_info/touch_panel_probe.h"
 
-// The limits are in bytes of UTF-8. Who writes packages reads the same in docs/update_packages.md.
-static constexpr size_t kMaxItemLength = 101;
-static constexpr size_t kMaxOverlayValueLength = 63;
-
 namespace {
 
 // A kind of which the hardware itself tells the part.

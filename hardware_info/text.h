@@ -2,11 +2,16 @@
 // hold any byte, NUL included.
 #pragma once
 
+#include <stddef.h>
 #include <stdint.h>
 
 #include <string>
 #include <string_view>
 #include <vector>
+
+// In bytes. A longer item of a package's list, or list of overlay ids in one, is not compared.
+constexpr size_t kMaxItemLength = 101;
+constexpr size_t kMaxOverlayValueLength = 63;
 
 // The bytes of a file as text. The view lives as long as the bytes do.
 std::string_view asText(const std::vector<uint8_t>& bytes);

@@ -1,8 +1,9 @@
-#include "host/board/leds/led_driver.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
+
+#include "host/board/leds/led_driver.h"
 
 namespace {
 

@@ -11,13 +11,14 @@
 #include "hardware_info/timestamp_check.h"
 #include "tests/captured_log.h"
 #include "tests/test_board.h"
-#include "tools/tarqctl/explanation.h"
-#include "tools/tarqctl/match_requests.h"
-#include "tools/tarqctl/print_explanation.h"
+#include "tools/tarqctl/ask/log_pattern.h"
+#include "tools/tarqctl/match/explanation.h"
+#include "tools/tarqctl/match/log.h"
 
 using namespace tarq::tools;
 using namespace testing;
 using Items = std::vector<std::string>;
+using Lines = std::vector<std::string>;
 
 namespace {
 
@@ -32,6 +33,18 @@ const std::string kCheckTime = "ro.vendor.ota_enter_timestamp_check";
 // They are there when a case sets them.
 const std::set<std::string> kOptional = {"touch_panel", "display_reg", "hwid_flag",
                                          "dsi_id1",     "dsi_id2",     "camera0"};
+
+MatchLog logOf(const Lines& lines) {
+    MatchLog log;
+    for (const std::string& line : lines) log.add(line);
+    return log;
+}
+
+Items joined(const std::vector<Items>& lists) {
+    Items all;
+    for (const Items& list : lists) all.insert(all.end(), list.begin(), list.end());
+    return all;
+}
 
 struct MatchExplanation : Test {
     static const TestBoard& board() {
@@ -79,53 +92,35 @@ struct MatchExplanation : Test {
         }
     }
 
-    // Whatever is not a text of the table is an item or a part, as it stands.
-    void expectKnown(const std::string& text, const Items& items) {
-        for (const LogTextRow& row : matchLogTexts()) {
-            if (argumentsOf(row.pattern, text)) {
-                produced.insert(row.pattern);
-                return;
-            }
-        }
-        bool known = false;
-        for (const std::string& item : items) known |= text == item.substr(0, 1023);
-        for (const PeripheralEntry& row : peripheralTable) {
-            known |= text == std::string(row.name) + ":" + row.value;
-        }
-        EXPECT_TRUE(known) << text;
-    }
-
-    // What the log tells of the daemon's answer, which it must not get wrong.
-    Explanation ask(const Items& items) {
+    // Asks the daemon's code; its log as it would be saved.
+    bool ask(const Items& items, Lines* log) {
         std::vector<android::String16> list;
         for (const std::string& item : items) list.emplace_back(item.data(), item.size());
         const bool answer = _isMatchHardwareInfo(list);
-        MatchRequests log;
-        const std::string prefix = "05-01 10:00:00.123   512   530 I HardwareInfoService: ";
         for (const std::string& entry : captured.take()) {
-            const std::string text = entry.substr(entry.find(": ") + 2);
-            expectKnown(text, items);
-            for (const std::string& line : asLogged(text)) log.add(prefix + line);
+            const size_t text = entry.find(": ") + 2;
+            for (const FactText& row : factTexts()) {
+                if (printedArguments(row.pattern, entry.substr(text))) produced.insert(row.pattern);
+            }
+            const std::string prefix = "05-01 10:00:00.123   512   530 " + entry.substr(0, text);
+            for (const std::string& line : asLogged(entry.substr(text))) {
+                log->push_back(prefix + line);
+            }
         }
-        const Outcome outcome = answer ? Outcome::YES : Outcome::NO;
-        const std::vector<MatchRequest> ours = log.with(items);
-        EXPECT_THAT(ours, ElementsAre(Field(&MatchRequest::outcome, outcome)));
-        const bool hasNewline = std::any_of(items.begin(), items.end(), [](const auto& item) {
-            return item.find('\n') != std::string::npos;
-        });
-        const std::vector<MatchRequest> all = log.all();
-        if (!hasNewline) {
-            EXPECT_EQ(all.at(0).outcome, outcome);
-        }
-        if (!answer) {
-            EXPECT_NE(all.at(0).outcome, Outcome::YES);
-        }
+        return answer;
+    }
+
+    // What the log tells who has asked, which must be the daemon's answer.
+    Explanation ask(const Items& items) {
+        Lines log;
+        const Outcome answer = ask(items, &log) ? Outcome::kYes : Outcome::kNo;
+        const MatchLog all = logOf(log);
+        const std::vector<MatchRequest> ours = all.with(items);
+        EXPECT_THAT(ours, ElementsAre(Field(&MatchRequest::outcome, answer)));
         EXPECT_FALSE(ours.at(0).disturbed);
-        if (!ours.at(0).items.empty()) {
-            Items others = items;
-            others[0] = "!" + others[0];
-            EXPECT_THAT(log.with(others), IsEmpty());
-        }
+        Items others = items;
+        others.insert(others.begin(), "!");
+        EXPECT_THAT(all.with(others), SizeIs(ours.at(0).skippedBecause.empty() ? 0 : 1));
         return explain(ours.at(0));
     }
 
@@ -145,6 +140,39 @@ struct MatchExplanation : Test {
             }
         }
         ADD_FAILURE() << PrintToString(items) << " still does not fit";
+    }
+
+    // A saved log may end anywhere, and miss any line. Without some of them it is the log of
+    // another list, or of other hardware.
+    void expectNothingWrong(const Items& items) {
+        Lines silent = {"Fail to get internal camera", "flag: 0x", "Read hw id gpios"};
+        silent.insert(silent.end(), items.begin(), items.end());
+        Lines log;
+        ask(items, &log);
+        const Explanation truth = explain(logOf(log).all().at(0));
+        EXPECT_NE(truth.verdict, "unknown");
+        const size_t size = log.size();
+        log.insert(log.end(), log.begin(), log.begin() + size);
+        for (size_t i = 0; i <= size; ++i) {
+            SCOPED_TRACE(log[i]);
+            Lines lost = log;
+            lost.erase(lost.begin() + i);
+            const bool isSilent = std::any_of(silent.begin(), silent.end(), [&](const auto& text) {
+                return log[i].find(": " + text) != text.npos;
+            });
+            expectRight(Lines(log.begin(), log.begin() + i), truth, true);
+            expectRight(lost, truth, !isSilent);
+        }
+    }
+    void expectRight(const Lines& log, const Explanation& truth, bool withReasons) {
+        for (const MatchRequest& request : logOf(log).all()) {
+            const Explanation told = explain(request);
+            if (told.verdict == "unknown") continue;
+            EXPECT_EQ(told.verdict, truth.verdict);
+            if (withReasons) {
+                EXPECT_EQ(asText(told), asText(truth));
+            }
+        }
     }
 
     CapturedLog captured;
@@ -183,7 +211,7 @@ const Case kCases[] = {
         {{{"bt", "r"}}, {"overlay_id:1"}, "ignored: the board has no overlay id"},
         {{{"bt", "r"}}, {"bt:r" + std::string(100, 'r')}, "more than 101 bytes is not"},
         {{{"bt", "r,s"}}, {"bt"}, "does not fit: no \"r\", \"s\" in \"\""},
-        {{{"bt", "r,s"}}, {"bt:null"}, "does not fit: no \"r\", \"s\" in \"null\""},
+        {{{"bt", "r,s"}}, {"bt:null"}, "no \"r\", \"s\" in \"null\"", "\n  write bt:r,s\n"},
         {{{"bt", "r *s"}}, {"bt:xrxs"}, "fits: has \"r\", \"s\""},
         {{{"bt", "r"}}, {"bt:r", "bt:s"}, "  s        does not fit"},
         {{{"bt", "r"}}, {"wifi:r", "x:y"}, "ignored: the board lists no wifi"},
@@ -259,32 +287,55 @@ TEST_F(MatchExplanation, every_text_is_known_and_every_answer_explained) {
         SCOPED_TRACE(c.explained + " " + PrintToString(c.items));
         setUp(c.board);
         EXPECT_THAT(asText(ask(c.items)), AllOf(HasSubstr(c.explained), HasSubstr(c.sentence)));
+        expectNothingWrong(c.items);
         for (const bool first : {true, false}) expectAdviceFits(c.items, first);
     }
-    for (const LogTextRow& row : matchLogTexts())
+    for (const FactText& row : factTexts())
         EXPECT_EQ(produced.count(row.pattern), 1) << row.pattern;
 }
 
-TEST_F(MatchExplanation, items_that_look_like_other_lines_lead_nowhere) {
-    const std::string given = "service get match peripherals,peripherals given:";
-    const std::string inited = "service  hardwareInfo inited:";
-    const Items board = {inited, ">>>hardware info Dump Begin", "bt:null", "hw overLayId:-1",
-                         "<<<hardware info Dump End"};
-    Items forged = board;
-    forged.insert(forged.end(), {given, inited, "bt:s"});
-    for (const Items& items : std::vector<Items>{
-                 forged,
-                 {given, "bt:s", "bt flag is unmatch"},
-                 {"tp:a\nisTpMatchByTpInfo: match", "isTpMatchByTpInfo: match"},
-                 {"bt:s\n" + inited + "\n>>>hardware info Dump Begin", "bt:null"},
-                 {"bt:r\ntp:gt", "tp:gt"},
-                 {"bt:r\nx", "\n", "", "tp:gt\n"},
-                 {std::string(1100, 'x') + "\n" + inited, "tp:" + std::string(99, 'x')},
+TEST_F(MatchExplanation, list_that_looks_like_a_log_is_told_from_one) {
+    setUp({{"tp", "gt"}, {"bt", "r"}, {"touch_panel", "type:GT\\nid:5\\n"}});
+    const std::string result = "isTpMatchByTpInfo: match";
+    const Items start = {"service get match peripherals,peripherals given:"};
+    const Items board = {"service  hardwareInfo inited:", ">>>hardware info Dump Begin"};
+    Lines log;
+    ask({}, &log);
+    Items whole;  // of a refusal
+    for (const std::string& line : log) whole.push_back(line.substr(line.find(": ") + 2));
+    const Items fitting = {"tp:gt", "bt:r"};
+    const Items behind(whole.begin() + 1, whole.end());
+    for (const auto& [items, isKnown, isExplained] : std::vector<std::tuple<Items, bool, bool>>{
+                 {joined({behind, start, fitting}), true, false},
+                 {joined({behind, {"skip  hw match,beacause x=true"}, start, fitting}), true,
+                  false},
+                 {joined({{"bt:s"}, start, fitting}), true, false},
+                 {joined({fitting, board, {"bt:s"}}), true, false},
+                 {{board[0], "tp:gt"}, true, false},
+                 {{"tp:a\n" + result, result}, false, false},
+                 {{"bt:s\n" + board[0] + "\n" + board[1], "bt:null"}, false, false},
+                 {{"bt:r\ntp:gt", "tp:gt"}, true, true},
+                 {{"bt:r\nx", "\n", "", "tp:gt\n"}, true, true},
+                 {{std::string(1100, 'x') + "\n" + board[0], "tp:" + std::string(99, 'x')},
+                  true,
+                  true},
          }) {
         SCOPED_TRACE(PrintToString(items));
-        setUp({{"tp", "gt"}, {"bt", "r"}, {"touch_panel", "type:GT\\nid:5\\n"}});
-        ask(items);
+        log.clear();
+        const Outcome answer = ask(items, &log) ? Outcome::kYes : Outcome::kNo;
+        EXPECT_THAT(logOf(log).with(items),
+                    ElementsAre(Field(&MatchRequest::outcome,
+                                      isKnown ? answer : Outcome::kNotExplained)));
+        for (const MatchRequest& request : logOf(log).all()) {
+            if (isExplained && request.outcome == answer) continue;
+            EXPECT_GE(request.outcome, Outcome::kCutOff);
+        }
     }
+    // Nor is what stands in the list of another one the answer to ours.
+    log.clear();
+    ask({"skip  hw match,beacause x=true"}, &log);
+    ask(fitting, &log);
+    EXPECT_THAT(logOf(log).with(fitting), ElementsAre(Field(&MatchRequest::skippedBecause, "")));
 }
 
 TEST_F(MatchExplanation, doubts_are_about_what_is_probably_not_meant) {

@@ -1,5 +1,4 @@
 // Which update packages fit a board, with the reasons that are logged.
-#include "hardware_info/peripheral_matching.h"
 
 #include <gmock/gmock.h>
 
@@ -7,6 +6,7 @@
 #include <tuple>
 
 #include "hardware_info/HardwareInfoService.h"
+#include "hardware_info/peripheral_matching.h"
 #include "tests/hardware_info_fixture.h"
 
 using android::String16;

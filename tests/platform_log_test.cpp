@@ -5,13 +5,13 @@
 #include <pty.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
-#include "host/run/growing_file.h"
 
 #include <algorithm>
 #include <functional>
 #include <regex>
 #include <thread>
 
+#include "host/run/growing_file.h"
 #include "tests/temporary_directory.h"
 
 using namespace testing;

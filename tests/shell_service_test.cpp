@@ -1,4 +1,3 @@
-#include "shell/ShellService.h"
 
 #include <binder/IPCThreadState.h>
 #include <errno.h>
@@ -10,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "shell/ShellService.h"
 #include "tests/captured_log.h"
 #include "tests/temporary_directory.h"
 

@@ -1,4 +1,3 @@
-#include "tools/tarqctl/tarqctl.h"
 
 #include <gmock/gmock.h>
 #include <sys/file.h>
@@ -9,6 +8,7 @@
 #include "tests/temporary_directory.h"
 #include "tools/tarqctl/ask/known_services.h"
 #include "tools/tarqctl/commands.h"
+#include "tools/tarqctl/tarqctl.h"
 
 using namespace tarq::tools;
 using namespace testing;

@@ -1,16 +1,24 @@
 // hwinfo: the daemon's list of parts, in its order and with nothing added.
+#include <com/tarq/hardwareInfo/IHardwareInfoService.h>
+
 #include <CLI/App.hpp>
 #include <ostream>
 
+#include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/hardware_list.h"
 #include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
 
 static std::vector<std::string> ask(Session& session) {
     const Daemon daemon(session, "the daemon is still starting, or hangs");
-    return hardwareList(daemon);
+    const auto service = daemon.service<com::tarq::hardwareInfo::IHardwareInfoService>();
+    std::vector<android::String16> items;
+    bool always = false;  // the answer's own result is true whatever happened
+    daemon.expectOk(service->getHardwareInfo(&items, &always));
+    std::vector<std::string> texts;
+    for (const android::String16& item : items) texts.emplace_back(android::String8(item));
+    return texts;
 }
 
 static void printText(std::ostream& out, const std::vector<std::string>& items) {

@@ -3,8 +3,8 @@
 
 #include <com/tarq/rgbleds/IRgbLedsService.h>
 
+#include "tools/tarqctl/ask/led_log.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/led_log.h"
 
 namespace tarq::tools {
 

@@ -5,8 +5,8 @@
 #include <ostream>
 
 #include "tools/tarqctl/ask/board.h"
+#include "tools/tarqctl/ask/log_line.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/log_line.h"
 #include "tools/tarqctl/print_json.h"
 #include "tools/tarqctl/view/print_file.h"
 

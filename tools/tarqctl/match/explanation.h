@@ -1,18 +1,16 @@
-// Why a package fits or does not, in words.
+// Why a package fits or does not: what is to be printed.
 #pragma once
 
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "tools/tarqctl/match_request.h"
+#include "tools/tarqctl/match/facts.h"
+#include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
 
-enum class Verdict { FITS, MISFIT, IGNORED, NOT_EXAMINED };
-
-// "fits", "does not fit", …
-const char* wordFor(Verdict verdict);
+enum class Verdict { kFits, kMisfit, kIgnored, kNotExamined };
 
 // One part, overlay id or other item.
 struct ExplainedRow {
@@ -42,5 +40,11 @@ std::vector<ExplainedRow> explainedRows(const MatchRequest& request);
 // What is probably not meant, from the list and the board's parts alone.
 std::vector<std::string> doubtsAbout(const std::vector<std::string>& items,
                                      const std::vector<Item>& board);
+
+// For people: the verdict, the table, and what would make it fit.
+std::string asText(const Explanation& explanation);
+
+// {"verdict", "sentence", "items": [{"name", …}], "fallback", …}: the members' names stay.
+Json asJson(const Explanation& explanation);
 
 }  // namespace tarq::tools

@@ -1,34 +1,17 @@
-// explain-log [FILE]: the same explanations for a log that was saved on any board.
+// explain-log [FILE]: the same explanations for a log that was saved on any board. It may have been
+// cut anywhere, and have lost lines on its way here.
 #include <CLI/App.hpp>
 #include <ostream>
 
+#include "host/run/text.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/match_requests.h"
-#include "tools/tarqctl/print_explanation.h"
+#include "tools/tarqctl/match/explanation.h"
+#include "tools/tarqctl/match/log.h"
 #include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
 
 namespace {
-
-// A log that went through another system has a CR at the end of every line, so the first one tells.
-class LogInput {
-  public:
-    void take(std::string line) {
-        if (!mUnderstood) mHasCr = !line.empty() && line.back() == '\r';
-        if (mHasCr && !line.empty() && line.back() == '\r') line.pop_back();
-        if (mRequests.add(line)) mUnderstood = true;
-        mIsEmpty = false;
-    }
-    bool isOtherFormat() const { return !mIsEmpty && !mUnderstood; }
-    std::vector<MatchRequest> requests() const { return mRequests.all(); }
-
-  private:
-    MatchRequests mRequests;
-    bool mIsEmpty = true;
-    bool mUnderstood = false;
-    bool mHasCr = false;
-};
 
 void print(const Session& session, const MatchRequest& request, const Explanation& explanation) {
     if (session.json) {
@@ -39,22 +22,32 @@ void print(const Session& session, const MatchRequest& request, const Explanatio
     }
     std::string text = request.time + "  pid " + std::to_string(request.pid) + "  tid " +
                        std::to_string(request.tid) + "\n" + asText(explanation);
-    for (const std::string& doubt : explanation.doubts) text += "note: " + printable(doubt) + "\n";
+    for (const std::string& doubt : explanation.doubts)
+        text += "note: " + host::escaped(doubt) + "\n";
     for (const std::string& missing : explanation.notCompared)
-        text += "note: " + printable(missing) + "\n";
+        text += "note: " + host::escaped(missing) + "\n";
     session.out << text << std::flush;
 }
 
 int explainLog(Session& session, const std::string& file) {
-    LogInput log;
-    readLines(session, file, [&log](const std::string& line) { log.take(line); });
-    if (log.isOtherFormat()) {
+    MatchLog log;
+    bool isEmpty = true;
+    bool isUnderstood = false;
+    bool hasCr = false;  // at the end of every line, after another system, so the first one tells
+    readLines(session, file, [&](std::string line) {
+        const bool endsInCr = !line.empty() && line.back() == '\r';
+        if (!isUnderstood) hasCr = endsInCr;
+        if (hasCr && endsInCr) line.pop_back();
+        if (log.add(line)) isUnderstood = true;
+        isEmpty = false;
+    });
+    if (!isEmpty && !isUnderstood) {
         throw session.failure("not_threadtime",
                               (file == "-" ? "standard input" : file) +
                                       ": no line is one of `logcat -v threadtime`",
                               "tarqctl explain-log --help");
     }
-    const std::vector<MatchRequest> requests = log.requests();
+    const std::vector<MatchRequest> requests = log.all();
     if (requests.empty()) session.notice("no match request is in it");
     for (size_t i = 0; i < requests.size(); ++i) {
         if (i > 0 && !session.json) session.out << "\n";

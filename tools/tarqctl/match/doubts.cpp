@@ -1,11 +1,12 @@
-// Warnings about a package's list.
+// Warnings about a package's list: what the daemon takes without a word though it is probably not
+// meant. Names that the board does not know are held against those it does.
 #include <algorithm>
 #include <map>
 #include <numeric>
 #include <utility>
 
 #include "hardware_info/text.h"
-#include "tools/tarqctl/explanation.h"
+#include "tools/tarqctl/match/explanation.h"
 
 namespace tarq::tools {
 
@@ -55,12 +56,13 @@ void addInnerWords(const Item& part, const Item& item, std::vector<std::string>*
 
 // In what form an item is, whatever it is about.
 void addFlaws(const std::string& text, std::vector<std::string>* doubts) {
-    if (text.size() > kMaxItemSize) {
-        doubts->push_back(itemFrom(text).name.substr(0, kMaxItemSize) +
-                          ": the item is longer than 101 bytes and is not compared");
+    if (text.size() > kMaxItemLength) {
+        doubts->push_back(itemFrom(text).name.substr(0, kMaxItemLength) +
+                          ": the item is longer than " + std::to_string(kMaxItemLength) +
+                          " bytes and is not compared");
     }
     if (text.find(':') == std::string::npos) {
-        doubts->push_back("\"" + text.substr(0, kMaxItemSize) +
+        doubts->push_back("\"" + text.substr(0, kMaxItemLength) +
                           "\" has no colon, so it is a name without a value");
     }
 }
@@ -86,7 +88,7 @@ std::vector<std::string> doubtsAbout(const std::vector<std::string>& items,
         if (part != board.end()) {
             if (part->value != "null") addInnerWords(*part, item, &doubts);
         } else if (!board.empty() && item.name != kOverlayId) {
-            doubts.push_back("there is no part \"" + item.name.substr(0, kMaxItemSize) +
+            doubts.push_back("there is no part \"" + item.name.substr(0, kMaxItemLength) +
                              "\", the nearest name is \"" + nearest(item.name, names) + "\"");
         }
     }

@@ -4,12 +4,12 @@
 #include <map>
 #include <utility>
 
-#include "tools/tarqctl/log_cursor.h"
+#include "tools/tarqctl/match/facts.h"
 
 namespace tarq::tools {
 
 // Takes the lines of a log, of any number of daemons and threads, from any place on.
-class MatchRequests {
+class MatchLog {
   public:
     // False if the line is no threadtime line. Those with other tags are not kept.
     bool add(const std::string& line);
@@ -18,14 +18,23 @@ class MatchRequests {
     // in it cannot be told from two.
     std::vector<MatchRequest> all() const;
 
-    // Those whose items are exactly these, and those that were skipped, which do not tell any.
+    // Those whose items are exactly these; without any, those that were skipped, which do not tell
+    // their items. For who has sent them himself, and sees the log whole.
     std::vector<MatchRequest> with(const std::vector<std::string>& items) const;
+
+    struct Line {
+        size_t number;  // its place in the whole log
+        std::string time;
+        std::string text;
+        std::optional<FactLine> fact;
+    };
+    using Lines = std::vector<Line>;
 
   private:
     std::vector<MatchRequest> read(const std::vector<std::string>* items) const;
 
     size_t mLines = 0;
-    std::map<std::pair<int, int>, std::vector<ThreadLine>> mThreads;  // by pid and tid
+    std::map<std::pair<int, int>, Lines> mThreads;  // by pid and tid
 };
 
 }  // namespace tarq::tools

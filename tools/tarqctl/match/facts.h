@@ -1,20 +1,18 @@
-// A match request, as the daemon's log tells it.
+// A match request as the log tells it: the package's list, the board, what the hardware answered
+// and how the fallback ended.
 #pragma once
 
-#include <stddef.h>
 #include <stdint.h>
 
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "tools/tarqctl/match/fact_texts.h"
+
 namespace tarq::tools {
 
 constexpr char kOverlayId[] = "overlay_id";  // the item that names no part
-
-// In bytes. The daemon counts longer texts as not fitting.
-constexpr size_t kMaxItemSize = 101;
-constexpr size_t kMaxOverlayIdsSize = 63;
 
 // name:value, as the daemon reads it: split at the first colon, else all name.
 struct Item {
@@ -44,39 +42,30 @@ struct ItemFinding {
 };
 
 // What became of a package that does not fit by its parts.
-enum class Fallback {
-    NOT_REACHED,
-    OFF,
-    OTHER_CAMERA,
-    NO_PACKAGE_TIME,
-    FILE_UNREADABLE,
-    FILE_WRONG,
-    NOT_LISTED,  // passes
-    TOO_EARLY,
-    LATER,  // passes
-};
-
 struct FallbackFinding {
-    Fallback outcome = Fallback::NOT_REACHED;
-    std::string told = {};          // the property, or the daemon's word on the file
-    int64_t packageTime = 0;        // both for TOO_EARLY and LATER
-    int64_t earliestTime = 0;       // the package's must be greater
+    std::optional<FactLine> end = {};  // from kFallbackOff on; nothing when it was not asked
+    // Both for kTooEarly and kLater: the package's must be greater.
+    int64_t packageTime = 0;
+    int64_t earliestTime = INT64_MIN;
     std::string earliestKind = {};  // of part, to which that time belongs
 };
 
 enum class Outcome {
-    YES,
-    NO,
-    CUT_OFF,  // the thread's log ends in the middle
-    BROKEN,   // lines do not follow each other as the daemon writes them
+    kYes,
+    kNo,
+    kCutOff,        // the thread's log ends in the middle
+    kBroken,        // lines are missing, or contradict each other: nothing is known for certain
+    kNotExplained,  // the list itself looks like a log
 };
 
 struct MatchRequest {
     std::string time;  // of its first line
     int pid = 0;
     int tid = 0;
-    Outcome outcome = Outcome::CUT_OFF;
+    Outcome outcome = Outcome::kCutOff;
     std::string skippedBecause = {};  // not empty: nothing was compared, nor even listed
+    bool listIsKnown = false;         // from its sender: none of its items can be missing
+    // The next three are empty unless both the list and the board were told whole.
     std::vector<ItemFinding> items = {};
     std::vector<Item> board = {};  // the parts, "null" where it has none
     std::string overlayId = {};    // "-1" for none
@@ -86,6 +75,10 @@ struct MatchRequest {
     bool disturbed = false;
     FallbackFinding fallback = {};
 };
+
+// Works out from the facts behind the board how the request went. isLast: the thread's log has
+// nothing more.
+void readFacts(const FactLines& facts, bool isLast, MatchRequest* request);
 
 // Whether the item supports the board's part, or includes its overlay id.
 bool fits(const ItemFinding& finding);

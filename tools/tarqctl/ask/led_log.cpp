@@ -1,9 +1,9 @@
-#include "tools/tarqctl/led_log.h"
+#include "tools/tarqctl/ask/led_log.h"
 
 #include <algorithm>
 
-#include "tools/tarqctl/log_line.h"
-#include "tools/tarqctl/match_log_texts.h"
+#include "tools/tarqctl/ask/log_line.h"
+#include "tools/tarqctl/ask/log_pattern.h"
 
 namespace tarq::tools {
 
@@ -30,14 +30,14 @@ constexpr Operation kOperations[] = {
 };
 
 void takeTrouble(const std::string& text, LedCall* call) {
-    if (const auto path = argumentsOf("open file %s failed!", text)) {
+    if (const auto path = printedArguments("open file %s failed!", text)) {
         auto& paths = call->notOpened;
         if (std::count(paths.begin(), paths.end(), (*path)[0]) == 0) paths.push_back((*path)[0]);
     } else if (text == "Error opening xml file .") {
         call->fileUnreadable = true;
-    } else if (argumentsOf("%s: attribute %s of <%s> is missing", text)) {
+    } else if (printedArguments("%s: attribute %s of <%s> is missing", text)) {
         call->leftOut.push_back(text);
-    } else if (const auto step = argumentsOf("eff id =%s ", text)) {
+    } else if (const auto step = printedArguments("eff id =%s ", text)) {
         call->leftOut.push_back("a step without a text, its id is " + (*step)[0]);
     }
 }
@@ -61,7 +61,7 @@ std::optional<LedCall> LedLog::find(const std::string& operation, const Argument
         LedCall& call = running[{parsed->pid, parsed->tid}];
         takeTrouble(parsed->text, &call);
         for (const Operation& ended : kOperations) {
-            const auto printed = argumentsOf(ended.lastLine, parsed->text);
+            const auto printed = printedArguments(ended.lastLine, parsed->text);
             if (!printed) continue;
             const bool isOurs = ended.name == operation && *printed == arguments;
             if (isOurs && (!found || isTroubled(call))) found = call;

@@ -1,8 +1,10 @@
-// The rows of an explanation: one item or part each.
+// The rows of an explanation: one item or part each, with the rule that decided. A part that does
+// not fit has items that would: with the words that are missing, or with what the probe found. Some
+// of what was not examined may not fit either.
 #include <algorithm>
 
 #include "hardware_info/text.h"
-#include "tools/tarqctl/explanation.h"
+#include "tools/tarqctl/match/explanation.h"
 
 namespace tarq::tools {
 
@@ -57,73 +59,69 @@ std::string itemWith(const std::string& name, const std::string& value, const Te
 
 // Empty for a value of the board that no item can hold.
 Texts betterItems(const Item& part, const ItemFinding* finding) {
-    const Texts words =
-            finding != nullptr && !finding->tooLong ? finding->missingWords : tokensOf(part.value);
-    const std::string value = finding != nullptr && !finding->tooLong ? finding->item.value : "";
-    Texts better = {itemWith(part.name, value, words, kMaxItemSize)};
+    const bool starts = finding == nullptr || finding->tooLong;
+    const Texts words = starts ? tokensOf(part.value) : finding->missingWords;
+    const std::string value = starts ? "" : finding->item.value;
+    Texts better = {itemWith(part.name, value, words, kMaxItemLength)};
     if (finding != nullptr && finding->probe && finding->probe->part) {
-        better.push_back(itemWith(part.name, value, {*finding->probe->part}, kMaxItemSize));
+        better.push_back(itemWith(part.name, value, {*finding->probe->part}, kMaxItemLength));
     }
     // One panel is fitted, however many the board lists.
     if (words.size() > 1) std::reverse(better.begin(), better.end());
     better.erase(std::unique(better.begin(), better.end()), better.end());
-    better.erase(std::remove_if(better.begin(), better.end(),
-                                [](const std::string& item) { return item.size() > kMaxItemSize; }),
-                 better.end());
+    const auto isTooLong = [](const auto& item) { return item.size() > kMaxItemLength; };
+    better.erase(std::remove_if(better.begin(), better.end(), isTooLong), better.end());
     return better;
 }
 
 ExplainedRow overlayRow(const MatchRequest& request, const ItemFinding& finding) {
     const std::string& ids = finding.item.value;
-    ExplainedRow row = {kOverlayId, request.overlayId, ids, Verdict::NOT_EXAMINED, ""};
-    if (request.overlayId == "-1" || request.overlayId.empty()) row.board.reset();
+    ExplainedRow row = {kOverlayId, request.overlayId, ids, Verdict::kNotExamined, ""};
+    if (request.overlayId == "-1") row.board.reset();
     if (!finding.examined) return row;
     if (!finding.overlayFits) {
-        row.verdict = Verdict::IGNORED;
+        row.verdict = Verdict::kIgnored;
         row.reason = "the board has no overlay id";
     } else if (*finding.overlayFits) {
-        row.verdict = Verdict::FITS;
+        row.verdict = Verdict::kFits;
         row.reason = request.overlayId + " is listed";
     } else {
-        row.verdict = Verdict::MISFIT;
-        row.reason = finding.tooLong ? "more than 63 bytes are not compared"
+        row.verdict = Verdict::kMisfit;
+        row.reason = finding.tooLong ? "more than " + std::to_string(kMaxOverlayValueLength) +
+                                               " bytes are not compared"
                                      : request.overlayId + " is not listed";
         row.better = {itemWith(kOverlayId, finding.tooLong ? "" : ids, {request.overlayId},
-                               sizeof(kOverlayId) + kMaxOverlayIdsSize)};
+                               sizeof(kOverlayId) + kMaxOverlayValueLength)};
     }
     return row;
 }
 
 // A part that the board has.
 ExplainedRow partRow(const MatchRequest& request, const Item& part, const ItemFinding* finding) {
-    ExplainedRow row = {part.name, part.value, {}, Verdict::NOT_EXAMINED, ""};
+    ExplainedRow row = {part.name, part.value, {}, Verdict::kNotExamined, ""};
     if (finding != nullptr) row.package = finding->item.value;
     if (finding == nullptr ? !request.itemsDone : !finding->examined) return row;
-    row.verdict = Verdict::MISFIT;
+    row.verdict = Verdict::kMisfit;
     if (finding == nullptr) {
         row.reason = "a package must name every part of the board";
     } else if (finding->tooLong) {
-        row.reason = "an item of more than 101 bytes is not compared";
+        row.reason =
+                "an item of more than " + std::to_string(kMaxItemLength) + " bytes is not compared";
     } else {
-        if (fits(*finding)) row.verdict = Verdict::FITS;
+        if (fits(*finding)) row.verdict = Verdict::kFits;
         row.reason = comparedReason(part, *finding);
     }
-    if (row.verdict == Verdict::MISFIT) row.better = betterItems(part, finding);
+    if (row.verdict == Verdict::kMisfit) row.better = betterItems(part, finding);
     return row;
 }
 
 ExplainedRow ignoredRow(const ItemFinding& finding, const std::string& reason) {
-    ExplainedRow row = {finding.item.name, {}, finding.item.value, Verdict::IGNORED, reason};
-    if (!finding.examined) row = {row.name, {}, row.package, Verdict::NOT_EXAMINED, ""};
+    ExplainedRow row = {finding.item.name, {}, finding.item.value, Verdict::kIgnored, reason};
+    if (!finding.examined) row = {row.name, {}, row.package, Verdict::kNotExamined, ""};
     return row;
 }
 
 }  // namespace
-
-const char* wordFor(Verdict verdict) {
-    constexpr const char* words[] = {"fits", "does not fit", "ignored", "not examined"};
-    return words[static_cast<size_t>(verdict)];
-}
 
 std::vector<ExplainedRow> explainedRows(const MatchRequest& request) {
     std::vector<ExplainedRow> rows;

@@ -1,4 +1,4 @@
-#include "tools/tarqctl/log_line.h"
+#include "tools/tarqctl/ask/log_line.h"
 
 #include <stdio.h>
 #include <string.h>

@@ -1,16 +1,19 @@
-// match ITEM…: the verdict is the service's; its reasons are in the log that it wrote meanwhile.
+// match ITEM…: asks the service whether a package fits. The verdict is the service's; its reasons
+// are in the log that it wrote meanwhile, on whichever thread, beside the requests of others. Ours
+// is one with our items that came out as ours did.
 #include <com/tarq/hardwareInfo/IHardwareInfoService.h>
 #include <string.h>
-#include "host/run/growing_file.h"
 
 #include <CLI/App.hpp>
 #include <algorithm>
 #include <ostream>
 
+#include "host/run/growing_file.h"
+#include "host/run/text.h"
+#include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/hardware_list.h"
-#include "tools/tarqctl/match_requests.h"
-#include "tools/tarqctl/print_explanation.h"
+#include "tools/tarqctl/match/explanation.h"
+#include "tools/tarqctl/match/log.h"
 #include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
@@ -29,9 +32,8 @@ struct Options {
 
 struct Answer {
     bool fits = false;
-    std::optional<MatchRequest> request;  // as the log tells it
-    std::string noReasons;                // why the log does not
-    Items board;                          // its parts, when the log does not tell them
+    bool isExplained = false;
+    Explanation explanation;
 };
 
 // One item a line. A file may come from another system: the end of a line may have a CR.
@@ -54,23 +56,20 @@ Items itemsIn(const Session& session, const std::string& file) {
     return items;
 }
 
-// Of the requests with our items the one that came out as ours did. A yes that the items do not
-// account for happens when other requests at the same time change the states behind its back.
-std::optional<MatchRequest> choose(std::vector<MatchRequest> requests, bool fits) {
-    std::stable_partition(requests.begin(), requests.end(), [](const MatchRequest& request) {
-        return request.skippedBecause.empty();
-    });
-    const Outcome outcome = fits ? Outcome::YES : Outcome::NO;
-    for (const MatchRequest& request : requests) {
-        if (request.outcome == outcome) return request;
+// Without reasons.
+Explanation verdictAlone(const Daemon& daemon, const Items& items, const std::string& why) {
+    std::vector<android::String16> parts;
+    bool always = false;
+    const auto service = daemon.service<IHardwareInfoService>();
+    daemon.expectOk(service->getHardwareInfo(&parts, &always));
+    std::vector<Item> board;
+    for (const android::String16& part : parts) {
+        board.push_back(itemFrom(android::String8(part).string()));
     }
-    for (MatchRequest& request : requests) {
-        if (!fits || !request.itemsDone) continue;
-        request.outcome = Outcome::YES;
-        request.disturbed = true;
-        return request;
-    }
-    return std::nullopt;
+    Explanation explanation;
+    explanation.sentence = "the reasons are not known, " + why;
+    explanation.doubts = doubtsAbout(items, board);
+    return explanation;
 }
 
 // The call returns when all that it logs has been written.
@@ -88,25 +87,18 @@ Answer ask(Session& session, const Items& items, const std::string& otaTime) {
     std::vector<android::String16> list;
     for (const std::string& item : items) list.emplace_back(item.data(), item.size());
     daemon.expectOk(service->isMatchHardwareInfo(list, &answer.fits));
-    MatchRequests requests;
+    MatchLog requests;
     const int error = log.read([&requests](const std::string& line) { requests.add(line); });
-    answer.request = choose(requests.with(items), answer.fits);
-    if (!answer.request) {
-        answer.noReasons = path + ": " + (error != 0 ? strerror(error) : "it has no such request");
-        answer.board = hardwareList(daemon);
+    std::string why = path + ": " + (error != 0 ? strerror(error) : "it has no such request");
+    for (const MatchRequest& request : requests.with(items)) {
+        answer.explanation = explain(request);
+        answer.isExplained = request.outcome == (answer.fits ? Outcome::kYes : Outcome::kNo);
+        if (answer.isExplained) return answer;
+        if (answer.explanation.verdict == "unknown") why = answer.explanation.sentence;
     }
+    answer.explanation = verdictAlone(daemon, items, why);
+    answer.explanation.verdict = answer.fits ? "yes" : "no";
     return answer;
-}
-
-Explanation explain(const Answer& answer, const Items& items) {
-    if (answer.request) return explain(*answer.request);
-    Explanation explanation;
-    explanation.verdict = answer.fits ? "yes" : "no";
-    explanation.sentence = "the reasons are not known, " + answer.noReasons;
-    std::vector<Item> board;
-    for (const std::string& part : answer.board) board.push_back(itemFrom(part));
-    explanation.doubts = doubtsAbout(items, board);
-    return explanation;
 }
 
 int match(Session& session, const Options& options) {
@@ -117,7 +109,7 @@ int match(Session& session, const Options& options) {
     }
     const Items items = hasFile ? itemsIn(session, options.file) : options.items;
     const Answer answer = ask(session, items, options.otaTime);
-    const Explanation explanation = explain(answer, items);
+    const Explanation& explanation = answer.explanation;
     if (session.json) {
         printJson(session.out, asJson(explanation));
     } else {
@@ -126,12 +118,12 @@ int match(Session& session, const Options& options) {
     // Without the items, which may be many.
     const std::string prefix = "tarqctl: match: ";
     for (const std::string& doubt : explanation.doubts) {
-        session.err << prefix + printable(doubt) + "\n" << std::flush;
+        session.err << prefix + host::escaped(doubt) + "\n" << std::flush;
     }
     for (const std::string& text : explanation.notCompared) {
-        session.err << prefix + "yes, but " + printable(text) + "\n" << std::flush;
+        session.err << prefix + "yes, but " + host::escaped(text) + "\n" << std::flush;
     }
-    const bool compared = answer.request && explanation.notCompared.empty();
+    const bool compared = answer.isExplained && explanation.notCompared.empty();
     return answer.fits && (compared || !options.strict) ? kDone : kServiceSaidNo;
 }
 

@@ -2,12 +2,12 @@
 // tools that knows those texts.
 #pragma once
 
-#include "host/run/growing_file.h"
-
 #include <map>
 #include <optional>
 #include <utility>
 #include <vector>
+
+#include "host/run/growing_file.h"
 
 namespace tarq::tools {
 

@@ -1,4 +1,7 @@
-#include "tools/tarqctl/explanation.h"
+// The sentences of an explanation. The first says what came of it: the parts, then the fallback if
+// that was asked. The notes are about a yes that rests on less than one might think, and about
+// what is probably not meant.
+#include "tools/tarqctl/match/explanation.h"
 
 #include <algorithm>
 
@@ -6,52 +9,45 @@ namespace tarq::tools {
 
 namespace {
 
-std::string quoted(const std::string& text) {
-    return "\"" + text + "\"";
-}
-
-std::string times(const FallbackFinding& finding) {
-    const std::string of = finding.earliestKind.empty() ? "" : " of " + finding.earliestKind;
-    return "the earliest time" + of + ", " + std::to_string(finding.earliestTime);
-}
-
-// What the fallback came to, for its row.
-std::string fallbackRow(const FallbackFinding& finding) {
-    const std::string package = "the package's time, " + std::to_string(finding.packageTime) + ", ";
-    switch (finding.outcome) {
-        case Fallback::NOT_REACHED:
-            return "";
-        case Fallback::OFF:
-            return "off: " + finding.told + " is not \"true\"";
-        case Fallback::OTHER_CAMERA:
-            return "refused: it is only for boards with camera gc5035, or without one";
-        case Fallback::NO_PACKAGE_TIME:
-            return "refused: nobody has handed over the package's time";
-        case Fallback::FILE_UNREADABLE:
-        case Fallback::FILE_WRONG:
-            return "refused: " + quoted(finding.told);
-        case Fallback::NOT_LISTED:
-            return "passed: the timestamp file lists none of the board's parts";
-        case Fallback::TOO_EARLY:
-            return "refused: " + package + "is not later than " + times(finding);
-        case Fallback::LATER:
-            return "passed: " + package + "is later than " + times(finding);
-    }
-    return "";
-}
-
-// The same in short, behind the count of the parts. By Fallback.
-constexpr const char* kFallbackClauses[] = {
-        "",
-        ", and the timestamp fallback is off",
-        ", and the timestamp fallback is not for this camera",
-        ", and there is no package time for the fallback",
-        ", and the timestamp file is of no use",
-        ", and the timestamp file is of no use",
-        ", but the timestamp file lists none of them",
-        ", and the package is not late enough for the fallback",
-        ", but the package is late enough for the fallback",
+struct FallbackWords {
+    std::string clause;  // behind the count of the parts
+    std::string row;
 };
+
+FallbackWords wordsFor(const FallbackFinding& fallback) {
+    if (!fallback.end) return {};
+    const FactLine& end = *fallback.end;
+    const std::string of = fallback.earliestKind.empty() ? "" : " of " + fallback.earliestKind;
+    const std::string package = "the package's time, " + std::to_string(fallback.packageTime);
+    const std::string earliest =
+            " later than the earliest time" + of + ", " + std::to_string(fallback.earliestTime);
+    switch (end.fact) {
+        case Fact::kFallbackOff:
+            return {", and the timestamp fallback is off",
+                    "off: " + end.arguments[0] + " is not \"true\""};
+        case Fact::kOtherCamera:
+            return {", and the timestamp fallback is not for this camera",
+                    "refused: it is only for boards with camera gc5035, or without one"};
+        case Fact::kNoPackageTime:
+            return {", and there is no package time for the fallback",
+                    "refused: nobody has handed over the package's time"};
+        case Fact::kNotListed:
+            return {", but the timestamp file lists none of them",
+                    "passed: the timestamp file lists none of the board's parts"};
+        case Fact::kTooEarly:
+            return {", and the package is not late enough for the fallback",
+                    "refused: " + package + ", is not" + earliest};
+        case Fact::kLater:
+            return {", but the package is late enough for the fallback",
+                    "passed: " + package + ", is" + earliest};
+        default:
+            return {", and the timestamp file is of no use", "refused: \"" + end.text + "\""};
+    }
+}
+
+bool endedWith(Fact fact, const FallbackFinding& fallback) {
+    return fallback.end && fallback.end->fact == fact;
+}
 
 size_t partCount(const MatchRequest& request) {
     return static_cast<size_t>(
@@ -72,22 +68,25 @@ std::string sentenceFor(const MatchRequest& request) {
     if (!request.skippedBecause.empty()) {
         return "nothing was compared: " + request.skippedBecause;
     }
-    if (request.outcome == Outcome::CUT_OFF) {
+    if (request.outcome == Outcome::kCutOff) {
         return "the request was cut off at the end of the log";
     }
-    if (request.outcome == Outcome::BROKEN) {
+    if (request.outcome == Outcome::kBroken) {
         return "lines of the request are missing, or are not what this tool knows";
+    }
+    if (request.outcome == Outcome::kNotExplained) {
+        return "the list holds lines like the daemon's own, so it is not explained";
     }
     if (!request.itemsDone) {
         return "the package is not for overlay id " + request.overlayId +
                ", which ends the check at once";
     }
-    return partsClause(request) + kFallbackClauses[static_cast<size_t>(request.fallback.outcome)] +
+    return partsClause(request) + wordsFor(request.fallback).clause +
            (request.disturbed ? "; another request at the same time got in between, ask again"
                               : "");
 }
 
-// Of a yes.
+// What a yes does not rest on.
 std::vector<std::string> notCompared(const MatchRequest& request) {
     if (!request.skippedBecause.empty()) return {sentenceFor(request)};
     std::vector<std::string> texts;
@@ -98,7 +97,7 @@ std::vector<std::string> notCompared(const MatchRequest& request) {
     if (partCount(request) == 0) {
         texts.emplace_back("no part was compared: the board lists none");
     }
-    if (request.fallback.outcome == Fallback::NOT_LISTED) {
+    if (endedWith(Fact::kNotListed, request.fallback)) {
         texts.emplace_back(
                 "no time was compared: the timestamp file lists none of the board's parts");
     }
@@ -106,8 +105,8 @@ std::vector<std::string> notCompared(const MatchRequest& request) {
 }
 
 // Times of one unit lie within a factor of two; seconds and milliseconds do not.
-bool haveDifferentUnits(const FallbackFinding& finding) {
-    const auto [less, more] = std::minmax(finding.packageTime, finding.earliestTime);
+bool haveDifferentUnits(const FallbackFinding& fallback) {
+    const auto [less, more] = std::minmax(fallback.packageTime, fallback.earliestTime);
     return less > 0 && more / less >= 100;
 }
 
@@ -115,13 +114,13 @@ bool haveDifferentUnits(const FallbackFinding& finding) {
 
 Explanation explain(const MatchRequest& request) {
     Explanation explanation;
-    const bool yes = request.outcome == Outcome::YES;
-    explanation.verdict = yes ? "yes" : request.outcome == Outcome::NO ? "no" : "unknown";
+    const bool yes = request.outcome == Outcome::kYes;
+    explanation.verdict = yes ? "yes" : request.outcome == Outcome::kNo ? "no" : "unknown";
     explanation.sentence = sentenceFor(request);
     explanation.rows = explainedRows(request);
     const FallbackFinding& fallback = request.fallback;
-    explanation.fallback = fallbackRow(fallback);
-    if (fallback.outcome == Fallback::TOO_EARLY && fallback.earliestTime < INT64_MAX) {
+    explanation.fallback = wordsFor(fallback).row;
+    if (endedWith(Fact::kTooEarly, fallback) && fallback.earliestTime < INT64_MAX) {
         explanation.requiredTime = fallback.earliestTime + 1;
     }
     if (yes) explanation.notCompared = notCompared(request);

@@ -1,8 +1,10 @@
-#include "tools/tarqctl/print_explanation.h"
-
+// An explanation for people: a sentence, a table as wide as its cells need, and what would fit.
+// What stands in a log or a list is escaped here, the last place before a terminal.
 #include <algorithm>
 #include <array>
 
+#include "host/run/text.h"
+#include "tools/tarqctl/match/explanation.h"
 #include "tools/tarqctl/session.h"
 
 namespace tarq::tools {
@@ -10,6 +12,11 @@ namespace tarq::tools {
 namespace {
 
 using Cells = std::array<std::string, 4>;
+
+std::string wordFor(Verdict verdict) {
+    constexpr const char* words[] = {"fits", "does not fit", "ignored", "not examined"};
+    return words[static_cast<size_t>(verdict)];
+}
 
 // In characters: the bytes of UTF-8 that go on with one do not count.
 size_t width(const std::string& text) {
@@ -19,9 +26,9 @@ size_t width(const std::string& text) {
 
 Cells cellsOf(const ExplainedRow& row) {
     const std::string reason = row.reason.empty() ? "" : ": " + row.reason;
-    return {printable(row.name), printable(row.board.value_or("(none)")),
-            printable(row.package.value_or("(not named)")),
-            printable(wordFor(row.verdict) + reason)};
+    return {host::escaped(row.name), host::escaped(row.board.value_or("(none)")),
+            host::escaped(row.package.value_or("(not named)")),
+            host::escaped(wordFor(row.verdict) + reason)};
 }
 
 // Filled with blanks.
@@ -43,14 +50,14 @@ std::string tableOf(const Explanation& explanation) {
         text += "  " + cells[3] + "\n";
     }
     if (fallback.empty()) return text;
-    return text + cell(fallback, widths[0]) + "  " + printable(explanation.fallback) + "\n";
+    return text + cell(fallback, widths[0]) + "  " + host::escaped(explanation.fallback) + "\n";
 }
 
 // What an overlay id that is not listed keeps from being compared may not fit either.
 bool isUnfinished(const Explanation& explanation) {
     return explanation.verdict == "no" &&
            std::any_of(explanation.rows.begin(), explanation.rows.end(),
-                       [](const auto& row) { return row.verdict == Verdict::NOT_EXAMINED; });
+                       [](const auto& row) { return row.verdict == Verdict::kNotExamined; });
 }
 
 std::string howToFit(const Explanation& explanation) {
@@ -58,7 +65,7 @@ std::string howToFit(const Explanation& explanation) {
     for (const ExplainedRow& row : explanation.rows) {
         for (size_t i = 0; i < row.better.size(); ++i) {
             text += i > 0 ? " or " : row.package ? "\n  write " : "\n  add ";
-            text += printable(shellQuoted(row.better[i]));
+            text += host::escaped(shellQuoted(row.better[i]));
         }
     }
     if (explanation.requiredTime) {
@@ -81,19 +88,8 @@ Json asJson(const ExplainedRow& row) {
 
 }  // namespace
 
-std::string printable(const std::string& text) {
-    std::string result;
-    for (const char c : text) {
-        char escape[5];
-        snprintf(escape, sizeof(escape), "\\x%02x", static_cast<unsigned char>(c));
-        const bool control = static_cast<unsigned char>(c) < ' ' || c == 0x7f;
-        result += control ? escape : std::string(1, c);
-    }
-    return result;
-}
-
 std::string asText(const Explanation& explanation) {
-    std::string text = explanation.verdict + ": " + printable(explanation.sentence) + "\n";
+    std::string text = explanation.verdict + ": " + host::escaped(explanation.sentence) + "\n";
     if (!explanation.rows.empty()) text += "\n" + tableOf(explanation);
     return explanation.verdict == "yes" ? text : text + howToFit(explanation);
 }
