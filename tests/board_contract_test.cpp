@@ -173,8 +173,8 @@ TEST_F(BoardContract, command_that_makes_no_sense_is_refused_and_changes_nothing
             {{"set", "camera0", std::string(3766, 'x')}, 1, "too long"},
             {{"set", kGpio + "export", "42"}, 1, "has nothing that could be set"},
             {{"set", "tp", "x"}, 1, "there are: camera0 dsi_id1 gpio42 hwid_flag touch_panel"},
-            {{"fault", "touch_panel", "broken"}, 1, "there are: none absent empty"},
-            {{"hold", "/data/x"}, 1, "virtual_board: hold /data/x: there is no such file"},
+            {{"fault", "touch_panel", "broken"}, 1, "there are: absent, empty"},
+            {{"hold", "/data/x"}, 1, "tarqctl: hold /data/x: there is no such file"},
             {{"set", "/data/property", "x"}, 1, "set /data/property x: is a directory"},
             {{"set", "touch_panel"}, 2, "VALUE is required"},
     };

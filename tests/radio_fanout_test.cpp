@@ -34,7 +34,9 @@ class RadioFanout : public testing::Test {
                       R"(,"value3":)" + text(2) + R"(,"rssi_dbm":)" + std::to_string(-i) + "}\n";
         }
         writeFile(mBoard.directory() + "/keys.jsonl", record);
-        mBoard.command({"key", "--replay", mBoard.directory() + "/keys.jsonl", "--fast"});
+        std::string said;
+        const Words words = {"key", "--replay", mBoard.directory() + "/keys.jsonl", "--fast"};
+        EXPECT_EQ(mBoard.ask(words, &said), 0) << said;
     }
 
     static void expectEvents(ChildProcess& client, int first, int last) {

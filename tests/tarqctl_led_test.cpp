@@ -132,7 +132,7 @@ TEST_F(TarqctlLed, dry_run_is_what_playing_sends) {
                           place + ":1: left out: attribute duration of <e> is missing\n" + place +
                           ":2: left out: a step without a text, its id is 7\n" + place +
                           ":3: left out: attribute s of <eff> is missing\n"
-                          "xml_effect_trans_data 0 ff\\x0a 5\nxml_effect_trans_state 0\n");
+                          "xml_effect_trans_data 0 ff\\n 5\nxml_effect_trans_state 0\n");
     }
     std::filesystem::current_path(before);
     EXPECT_THAT(tarqctl("led play --json --dry-run " + file),
@@ -176,32 +176,20 @@ TEST(LedLog, tells_a_call_from_others_by_thread_operation_and_arguments) {
     EXPECT_THAT(notOpened("setRgbColor", {"4", "5"}), ElementsAre("no such call"));
 }
 
-// The examples, watch among them, with the programs themselves.
-TEST_F(TarqctlLed, examples_work_and_watch_goes_on_until_interrupted) {
+TEST_F(TarqctlLed, examples_work_and_the_trace_has_the_times_of_the_log) {
     for (const tarq::tools::Command& command : tarq::tools::ledCommands()) {
         EXPECT_THAT(tarqctl(std::string("led --help ") + command.name),
                     HasSubstr(command.sentence));
         const std::string line = std::string(command.example).substr(strlen("tarqctl "));
-        if (line == "led watch") continue;
         EXPECT_THAT(tarqctl(line), Not(HasSubstr("hint"))) << line;
     }
     tarqctl("led color 15 a0b0c0");
-    ChildProcess watch({TARQCTL, "led", "watch"});
-    std::string seen;
-    while (seen.find("set_color f a0b0c0") == std::string::npos &&
-           !(seen = watch.readLine()).empty())
-        continue;
-    EXPECT_THAT(seen, MatchesRegex("[0-9]{2}-[0-9]{2} [0-9:]{8}\\.[0-9]{3} set_color f a0b0c0 "
-                                   "\\(refused\\)"));
-    watch.kill(SIGINT);
-    EXPECT_EQ(watch.wait(), 0);
-    ChildProcess json({TARQCTL, "led", "watch", "--json"});
-    EXPECT_EQ(json.readLine(), "{\"leds\":12}");
+    EXPECT_THAT(tarqctl("trace --times"),
+                MatchesRegex("(.*\n)*[0-9]{2}-[0-9]{2} [0-9:]{8}\\.[0-9]{3} set_color f a0b0c0 "
+                             "\\(refused\\)\n"));
     const std::string trace = mBoard->directory() + "/run/leds.jsonl";
     std::filesystem::rename(trace, trace + ".away");
-    EXPECT_EQ(tarqctl("led watch"),
-              trace + ": No such file or directory: the board has no LEDs, or "
-                      "was started without FUSE\nhint: scripts/run\n2");
+    EXPECT_EQ(tarqctl("trace"), trace + ": No such file or directory\nhint: scripts/run\n2");
     std::filesystem::rename(trace + ".away", trace);
 }
 

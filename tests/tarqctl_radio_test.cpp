@@ -14,7 +14,10 @@ using Words = std::vector<std::string>;
 class TarqctlRadio : public Test {
   protected:
     static void SetUpTestSuite() {
-        static const TestBoard board("<receiver/>", "ro.vendor.433_check_enable=true\n");
+        static const TestBoard board(
+                "<receiver/><touch_panel type='a' id='1'/><leds count='12'/>"
+                "<coprocessor manufacturer='1002' version='6.10.3'/>",
+                "ro.vendor.433_check_enable=true\n");
         mBoard = &board;
     }
     void SetUp() override {
@@ -181,6 +184,22 @@ TEST(TarqctlRadioGate, without_the_property_nobody_waits_and_the_reason_is_told)
               "ro.vendor.433_check_enable is not \"true\"\nhint: tarqctl --board " +
                       board.path() + " services\n");
     EXPECT_EQ(watch.wait(), 2);
+}
+
+TEST_F(TarqctlRadio, examples_of_what_is_done_to_a_board_work) {
+    if (!mBoard->withoutFuse().empty()) GTEST_SKIP() << mBoard->withoutFuse();
+    const TemporaryDirectory here;
+    writeFile(mBoard->path("/vendor/etc/leds/wave_fast.xml"),
+              "<e loop='1' interval='20' duration='40'><led id='0'><eff s='1'>ff</eff></led></e>");
+    for (const tarq::tools::Command& command : tarq::tools::commands()) {
+        if (command.group != std::string("the board")) continue;
+        ChildProcess line({"sh", "-c",
+                           "cd $0 && PATH=${1%/*}:$PATH && " + std::string(command.example),
+                           here.path(), TARQCTL});
+        EXPECT_EQ(line.wait(), 0) << command.example;
+    }
+    EXPECT_TRUE(std::filesystem::exists(here / "wave.gif"));
+    mBoard->command({"fault", "touch_panel", "none"});
 }
 
 }  // namespace

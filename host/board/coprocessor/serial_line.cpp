@@ -67,13 +67,15 @@ void SerialLine::receive() {
     uint8_t chunk[4096];
     const ssize_t size = read(mMaster, chunk, sizeof(chunk));
     if (size <= 0) return;
-    mRecord.add(host::serialLine({host::nowMs(), true, ash::Bytes(chunk, chunk + size)}));
+    const int64_t ms = host::nowMs();
     const auto time = steady_clock::now();
     for (const ash::Frame& frame : mReader.read(chunk, static_cast<size_t>(size))) {
         for (Coprocessor::Sending& sending : mAnswer(frame)) {
             mDue.push_back({time + sending.after, std::move(sending.bytes)});
         }
     }
+    // Now that it is decided what the bytes bring about: whoever reads the record may set a fault.
+    mRecord.add(host::serialLine({ms, true, ash::Bytes(chunk, chunk + size)}));
     std::stable_sort(mDue.begin(), mDue.end(),
                      [](const Due& one, const Due& other) { return one.time < other.time; });
 }
