@@ -166,13 +166,13 @@ TEST_F(TarqctlE2e, package_is_compared_and_explained) {
   overlay_id  5       5            fits: 5 is listed
   tp          gt9     x            does not fit: no "gt9" in "x"; the probe found nothing usable
   bt          r s     (not named)  does not fit: a package must name every part of the board
-  \x0a        (none)               ignored: there is no such part
+  \n          (none)               ignored: there is no such part
   fallback    off: ro.vendor.ota_enter_timestamp_check is not "true"
 
 to make it fit:
   write tp:x,gt9
   add bt:r,s
-tarqctl: match: there is no part "\x0a", the nearest name is "tp"
+tarqctl: match: there is no part "\n", the nearest name is "tp"
 )";
     EXPECT_EQ(tarqctl({"match", "overlay_id:5", "\n:", "tp:x"}).out, refused);
     const Result fitting = tarqctl({"match", "--strict", "tp:x,gt9", "--json", "bt:r,s"});
