@@ -13,7 +13,7 @@ static constexpr size_t kMaxLogText = 1023;  // bytes
 static bool isPrintedBy(char conversion, const std::string& text) {
     if (conversion == 's') return true;
     const char* digits = conversion == 'x' ? "0123456789abcdef" : "-0123456789";
-    return !text.empty() && text.find_first_not_of(digits) == std::string::npos;
+    return text.find_first_not_of(digits) == std::string::npos;
 }
 
 std::optional<std::vector<std::string>> printedArguments(const char* pattern,

@@ -130,12 +130,10 @@ ProbeFinding probeFinding(const Item& part, const ItemFinding& finding, const Fa
         findPanel(probing, part.value, &found);
     }
     const bool wordsFit = part.value != "null" && finding.missingWords.empty();
-    if (!found.answered) {
-        found.listed = false;
-    } else if (found.part) {
+    if (found.part) {
         const Texts elements = elementsOf(finding.item.value, ',');
         found.listed = std::count(elements.begin(), elements.end(), *found.part) > 0;
-    } else if (!wordsFit) {
+    } else if (found.answered && !wordsFit) {
         found.listed = match;  // nothing else can have made it one
     }
     require(match == (wordsFit || found.listed.value_or(false)));
@@ -236,7 +234,7 @@ Item itemFrom(const std::string& text) {
 }
 
 bool fits(const ItemFinding& finding) {
-    if (!finding.examined || finding.tooLong) return false;
+    if (finding.tooLong) return false;
     if (finding.overlayFits) return *finding.overlayFits;
     return finding.missingWords.empty() || (finding.probe && finding.probe->listed.value_or(false));
 }

@@ -40,7 +40,7 @@ bool beginsBoard(const Line& line) {
 // The next line of that kind, or the end.
 size_t next(const Lines& lines, size_t begin, bool (*is)(const Line&)) {
     while (begin < lines.size() && !is(lines[begin])) ++begin;
-    return std::min(begin, lines.size());
+    return begin;
 }
 
 // Where the board begins behind exactly these items.
@@ -50,8 +50,8 @@ std::optional<size_t> boardBehind(const Texts& items, const Lines& lines, size_t
             if (i == lines.size() || lines[i++].text != text) return std::nullopt;
         }
     }
-    if (i + 1 >= lines.size() || !tells(lines[i], Fact::kBoardFollows)) return std::nullopt;
-    return beginsBoard(lines[i + 1]) ? std::optional<size_t>(i + 1) : std::nullopt;
+    if (i + 1 >= lines.size() || !beginsBoard(lines[i + 1])) return std::nullopt;
+    return i + 1;
 }
 
 // items: null for any. A start is an item as long as no board has followed.
@@ -63,7 +63,7 @@ std::optional<Span> spanAt(const Lines& lines, size_t start, const Texts* items)
                                  : next(lines, start + 1, beginsBoard);
     }
     if (!board) return std::nullopt;
-    return Span{start, *board, next(lines, *board + 1, beginsRequest)};
+    return Span{start, *board, next(lines, std::max(start + 1, *board), beginsRequest)};
 }
 
 // Takes the board's lines; where they end. A value may hold newlines: a line without a colon goes
@@ -106,9 +106,7 @@ MatchRequest readBehindList(const Lines& lines, const Span& span, const Texts& l
     const bool isLast = span.end == lines.size();
     size_t i = readBoard(lines, span, &request);
     if (i == span.end) return unknown(isLast ? Outcome::kCutOff : Outcome::kBroken);
-    if (request.board.size() != kPeripheralCount || request.overlayId.empty()) {
-        return unknown(Outcome::kBroken);
-    }
+    if (request.board.size() != kPeripheralCount) return unknown(Outcome::kBroken);
     for (const std::string& text : list) request.items.push_back({text, itemFrom(text)});
     FactLines facts;
     while (++i < span.end) {
