@@ -3,7 +3,7 @@
 #include <termios.h>
 
 #include "tests/test_board.h"
-#include "tools/tarqctl/view/hex_text.h"
+#include "tools/tarqctl/view/frame_text.h"
 
 using namespace testing;
 using tarq::board::ash::asHex;

@@ -11,7 +11,7 @@
 #include "common/pause.h"
 #include "tests/captured_log.h"
 #include "tests/temporary_directory.h"
-#include "tools/tarqctl/view/hex_text.h"
+#include "tools/tarqctl/view/frame_text.h"
 #include "zigbee/ash.h"
 #include "zigbee/serial_port.h"
 #include "zigbee/zigbee_check_module.h"

@@ -12,7 +12,6 @@
 #include <vector>
 
 #include "host/board/hardware/attributes.h"
-#include "host/board/hardware/camera.h"
 #include "host/board/hardware/gpio.h"
 #include "host/board/leds/led_nodes.h"
 #include "host/run/faults.h"

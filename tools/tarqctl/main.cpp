@@ -5,7 +5,7 @@
 
 #include <iostream>
 
-#include "tools/tarqctl/failure.h"
+#include "tools/tarqctl/session.h"
 #include "tools/tarqctl/tarqctl.h"
 
 static bool wantsColours() {

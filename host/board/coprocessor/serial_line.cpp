@@ -14,8 +14,7 @@
 #include <algorithm>
 #include <system_error>
 
-#include "host/run/clock.h"
-#include "host/run/serial_record.h"
+#include "host/run/records.h"
 
 namespace tarq::board {
 

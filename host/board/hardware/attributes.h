@@ -25,4 +25,15 @@ class Attribute : public Node {
     std::string mBytes;
 };
 
+class Camera : public Node {
+  public:
+    // Throws std::invalid_argument for a name that does not fit into the answer.
+    explicit Camera(const std::string& sensor) : Node(0660) { Camera::set(sensor); }
+    int ioctl(unsigned request, void* argument) override;
+    void set(const std::string& value) override;
+
+  private:
+    std::string mSensor;
+};
+
 }  // namespace tarq::board

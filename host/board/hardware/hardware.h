@@ -2,6 +2,7 @@
 #pragma once
 
 #include <sys/stat.h>
+#include <sys/types.h>
 
 #include <map>
 #include <memory>
@@ -9,11 +10,24 @@
 #include <set>
 #include <string>
 
-#include "host/board/hardware/content.h"
 #include "host/board/hardware/node.h"
 #include "host/run/faults.h"
 
 namespace tarq::board {
+
+// A few bytes, again and again up to the size, so that a huge file needs no memory.
+struct Content {
+    std::string bytes = {};
+    off_t size = 0;
+};
+
+// What is no text: zeros, 0xff, a format, no newline.
+Content garbage(off_t size);
+constexpr off_t kGarbageSize = 64;
+constexpr off_t kHugeSize = 100'000'000;
+
+// Fills the buffer from that place on; how much of it.
+size_t copy(const Content& content, off_t offset, char* buffer, size_t size);
 
 // All of it may be called by any thread. One lock is enough: no driver takes long, and who waits
 // (held, or slow) waits without it. Paths are absolute, without a slash at the end.

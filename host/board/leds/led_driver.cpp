@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "host/board/leds/led_fields.h"
+#include "host/board/leds/led_effect.h"
 
 namespace tarq::board {
 

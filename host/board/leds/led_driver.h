@@ -32,8 +32,6 @@
 
 namespace tarq::board {
 
-class Fields;
-
 // For one thread at a time. Times are in ms of any clock that does not go back.
 class LedDriver {
   public:

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "host/board/leds/led_driver.h"
-#include "host/run/clock.h"
+#include "host/run/records.h"
 
 namespace tarq::board {
 

@@ -5,7 +5,7 @@
 
 #include "host/board/hardware/hardware.h"
 #include "host/board/record_file.h"
-#include "host/run/led_record.h"
+#include "host/run/records.h"
 
 namespace tarq::board {
 

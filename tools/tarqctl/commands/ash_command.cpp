@@ -7,7 +7,6 @@
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/user_input.h"
 #include "tools/tarqctl/view/frame_text.h"
-#include "tools/tarqctl/view/hex_text.h"
 
 namespace tarq::tools {
 

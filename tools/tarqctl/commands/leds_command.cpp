@@ -8,14 +8,13 @@
 #include <ostream>
 #include <thread>
 
-#include "host/run/clock.h"
+#include "host/run/records.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/interrupt.h"
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/print_json.h"
 #include "tools/tarqctl/view/draw_effect.h"
-#include "tools/tarqctl/view/led_blocks.h"
-#include "tools/tarqctl/view/led_replay.h"
+#include "tools/tarqctl/view/leds.h"
 
 namespace tarq::tools {
 

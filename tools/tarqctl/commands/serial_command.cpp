@@ -5,7 +5,7 @@
 #include <ostream>
 
 #include "host/board/coprocessor/ash_reader.h"
-#include "host/run/serial_record.h"
+#include "host/run/records.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/view/frame_text.h"

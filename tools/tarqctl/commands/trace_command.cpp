@@ -2,8 +2,7 @@
 #include <CLI/App.hpp>
 #include <ostream>
 
-#include "host/run/clock.h"
-#include "host/run/led_record.h"
+#include "host/run/records.h"
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/commands.h"

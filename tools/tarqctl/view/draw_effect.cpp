@@ -13,7 +13,7 @@
 #include "common/device_file.h"
 #include "tools/tarqctl/view/effect_picture.h"
 #include "tools/tarqctl/view/gif.h"
-#include "tools/tarqctl/view/led_replay.h"
+#include "tools/tarqctl/view/leds.h"
 
 namespace tarq::tools {
 

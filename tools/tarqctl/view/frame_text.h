@@ -1,4 +1,4 @@
-// The frames of one or both directions of a serial line as people and programs read them.
+// The frames of one or both directions of a serial line as people read and write them.
 #pragma once
 
 #include <stdint.h>
@@ -37,5 +37,10 @@ struct FrameCounts {
 
 // "3 frames, 1 damaged, 4 bytes skipped"
 std::string textOf(const FrameCounts& counts);
+
+// "1a c0", "0x1A, 0xC0" and "1ac0" are the same; line breaks mean nothing. Two digits are a byte,
+// also where several follow each other. Throws std::invalid_argument, "LINE:COLUMN: what is wrong",
+// both counted from 1.
+board::ash::Bytes bytesFromText(const std::string& text);
 
 }  // namespace tarq::tools

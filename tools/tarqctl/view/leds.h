@@ -1,5 +1,11 @@
-// The LEDs of a running board, as another process sees them.
+// The LEDs of a running board as another process sees them, and shows them.
 #pragma once
+
+#include <stdint.h>
+#include <sys/ioctl.h>
+
+#include <string>
+#include <vector>
 
 #include "host/board/leds/led_driver.h"
 #include "host/run/growing_file.h"
@@ -26,5 +32,15 @@ class LedReplay {
     size_t mLeds = 1;
     board::LedDriver mDriver{mLeds};
 };
+
+// RRGGBB by LED.
+using Colours = std::vector<uint32_t>;
+
+// "0:80c0ff 1:0060ff"
+std::string listed(const Colours& colours);
+
+// From the top left corner of the screen on: each LED with its id, as many in a row as there is
+// space for; flat ones if high ones do not all fit.
+std::string blocks(const Colours& colours, const winsize& screen);
 
 }  // namespace tarq::tools

@@ -1,10 +1,35 @@
-#include "tools/tarqctl/view/led_blocks.h"
+// The trace has all that the driver was told, so a driver that is fed with it shows the same. Its
+// colours are written as text or as blocks of a terminal, which fit themselves to its size.
+#include "tools/tarqctl/view/leds.h"
 
 #include <stdio.h>
 
 #include <algorithm>
 
+#include "host/run/records.h"
+#include "tools/tarqctl/view/print_file.h"
+
 namespace tarq::tools {
+
+LedReplay::LedReplay(const Session& session) : mTrace(session.board.ledRecords()) {
+    requireRecord(session, session.board.ledRecords(), "trace");
+    update();
+}
+
+void LedReplay::update() {
+    mTrace.read([this](const std::string& line) { take(line); });
+}
+
+void LedReplay::take(const std::string& text) {
+    host::LedLine line;
+    if (!host::parseLedLine(text, &line)) return;
+    if (line.leds != 0) {
+        mLeds = line.leds;
+        mDriver = board::LedDriver(mLeds);
+    } else {
+        mDriver.write(line.record.attribute, line.record.text, line.record.ms);
+    }
+}
 
 static constexpr size_t kWidth = 5;  // of a block, in columns; one more is between two
 
