@@ -67,7 +67,13 @@ class ChildProcess {
     ChildProcess& operator=(const ChildProcess&) = delete;
 
     pid_t pid() const { return mPid; }
-    void kill(int signal) const { ::kill(mPid, signal); }
+    // Told to stop, a process goes on until one of its threads has had the processor once more:
+    // SIGSTOP is waited for.
+    void kill(int signal) const {
+        ::kill(mPid, signal);
+        siginfo_t stopped;
+        if (signal == SIGSTOP) waitid(P_PID, static_cast<id_t>(mPid), &stopped, WSTOPPED);
+    }
 
     // The next line without its newline; what came before the end of output or the deadline if no
     // newline did.

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "tests/child_process.h"
-#include "tests/temporary_directory.h"
+#include "tests/plain_board.h"
 
 using android::interface_cast;
 using android::sp;
@@ -23,8 +23,7 @@ namespace {
 // first.
 struct DaemonTest : testing::Test {
     static void SetUpTestSuite() {
-        static const TemporaryDirectory board;
-        setenv("TARQ_BOARD", board.path().c_str(), 1);
+        const PlainBoard board;
         // What the test itself was started with is not the daemon's doing.
         close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);
         for (int signal = 1; signal < SIGRTMAX; ++signal) ::signal(signal, SIG_DFL);

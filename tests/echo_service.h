@@ -14,14 +14,16 @@
 
 namespace echo {
 
-inline const android::String16 kName("echo");
-constexpr uint32_t kOneWay = android::IBinder::FLAG_ONEWAY;
+using namespace android;  // NOLINT: this file is about nothing else
+
+inline const String16 kName("echo");
+constexpr uint32_t kOneWay = IBinder::FLAG_ONEWAY;
 
 enum Code : uint32_t {
-    ECHO = android::IBinder::FIRST_CALL_TRANSACTION,  // bytes -> the same bytes
-    SIZED,                                            // int32 size -> that many bytes
-    STATUS,                                           // int32 status -> that status
-    WHO,                                              // -> int32 uid, int32 pid
+    ECHO = IBinder::FIRST_CALL_TRANSACTION,  // bytes -> the same bytes
+    SIZED,                                   // int32 size -> that many bytes
+    STATUS,                                  // int32 status -> that status
+    WHO,                                     // -> int32 uid, int32 pid
     KEEP,     // binder -> int32 1 if it is one of those kept before; told of its death
     LAST,     // -> the binder kept last
     FORGET,   // drops all that is kept
@@ -35,7 +37,7 @@ enum Code : uint32_t {
 };
 
 // Counts its living instances.
-class Living : public android::BBinder {
+class Living : public BBinder {
   public:
     Living() { ++count(); }
     ~Living() override { --count(); }
@@ -45,13 +47,12 @@ class Living : public android::BBinder {
     }
 };
 
-class EchoService : public android::BBinder {
+class EchoService : public BBinder {
   public:
     EchoService() : mMourner(new Mourner) {}
 
   protected:
-    android::status_t onTransact(uint32_t code, const android::Parcel& data, android::Parcel* reply,
-                                 uint32_t flags) override {
+    status_t onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override {
         switch (code) {
             case ECHO:
                 return reply->setData(data.data(), data.dataSize());
@@ -60,9 +61,8 @@ class EchoService : public android::BBinder {
             case STATUS:
                 return data.readInt32();
             case WHO:
-                reply->writeInt32(
-                        static_cast<int32_t>(android::IPCThreadState::self()->getCallingUid()));
-                return reply->writeInt32(android::IPCThreadState::self()->getCallingPid());
+                reply->writeInt32(static_cast<int32_t>(IPCThreadState::self()->getCallingUid()));
+                return reply->writeInt32(IPCThreadState::self()->getCallingPid());
             case WAIT:
                 return waitForGate();
             case WAITING:
@@ -82,22 +82,21 @@ class EchoService : public android::BBinder {
 
   private:
     struct Mourner : public DeathRecipient {
-        void binderDied(const android::wp<android::IBinder>& /*who*/) override { ++deaths; }
+        void binderDied(const wp<IBinder>& /*who*/) override { ++deaths; }
         std::atomic<int32_t> deaths{0};
     };
 
-    android::status_t keeping(uint32_t code, const android::Parcel& data, android::Parcel* reply,
-                              uint32_t flags) {
+    status_t keeping(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) {
         switch (code) {
             case KEEP:
                 return keep(data, reply);
             case LAST:
                 return reply->writeStrongBinder(last());
             case FORGET: {
-                std::vector<android::sp<android::IBinder>> dropped;
+                std::vector<sp<IBinder>> dropped;
                 std::lock_guard<std::mutex> guard(mLock);
                 dropped.swap(mKept);
-                return android::OK;
+                return OK;
             }
             case FIRE:
                 return fire(data, reply);
@@ -106,10 +105,10 @@ class EchoService : public android::BBinder {
         }
     }
 
-    android::status_t keep(const android::Parcel& data, android::Parcel* reply) {
-        android::sp<android::IBinder> binder;
-        const android::status_t status = data.readStrongBinder(&binder);
-        if (status != android::OK) return status;
+    status_t keep(const Parcel& data, Parcel* reply) {
+        sp<IBinder> binder;
+        const status_t status = data.readStrongBinder(&binder);
+        if (status != OK) return status;
         bool known = false;
         {
             std::lock_guard<std::mutex> guard(mLock);
@@ -120,46 +119,46 @@ class EchoService : public android::BBinder {
         return reply->writeInt32(known ? 1 : 0);
     }
 
-    android::sp<android::IBinder> last() {
+    sp<IBinder> last() {
         std::lock_guard<std::mutex> guard(mLock);
         return mKept.empty() ? nullptr : mKept.back();
     }
 
-    android::status_t fire(const android::Parcel& data, android::Parcel* reply) {
+    status_t fire(const Parcel& data, Parcel* reply) {
         const int32_t calls = data.readInt32();
-        android::Parcel call;
+        Parcel call;
         call.writeInt32(data.readInt32());
-        const android::sp<android::IBinder> target = last();
-        if (target == nullptr) return android::BAD_VALUE;
+        const sp<IBinder> target = last();
+        if (target == nullptr) return BAD_VALUE;
         int32_t accepted = 0;
         for (int32_t i = 0; i < calls; ++i) {
-            if (target->transact(1, call, nullptr, kOneWay) == android::OK) ++accepted;
+            if (target->transact(1, call, nullptr, kOneWay) == OK) ++accepted;
         }
         return reply->writeInt32(accepted);
     }
 
-    android::status_t waitForGate() {
+    status_t waitForGate() {
         std::unique_lock<std::mutex> guard(mLock);
         ++mWaiting;
         const int opened = mOpened;
         mGate.wait(guard, [&] { return mOpened != opened; });
         --mWaiting;
-        return android::OK;
+        return OK;
     }
 
-    android::status_t openGate() {
+    status_t openGate() {
         std::lock_guard<std::mutex> guard(mLock);
         ++mOpened;
         mGate.notify_all();
-        return android::OK;
+        return OK;
     }
 
-    const android::sp<Mourner> mMourner;
+    const sp<Mourner> mMourner;
     std::mutex mLock;
     std::condition_variable mGate;
     int mOpened = 0;
     std::atomic<int32_t> mWaiting{0};
-    std::vector<android::sp<android::IBinder>> mKept;
+    std::vector<sp<IBinder>> mKept;
 };
 
 }  // namespace echo

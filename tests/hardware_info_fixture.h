@@ -9,7 +9,7 @@
 
 #include "hardware_info/peripheral_table.h"
 #include "tests/captured_log.h"
-#include "tests/temporary_directory.h"
+#include "tests/plain_board.h"
 
 inline const std::string kTp = "/sys/class/tpinfo/tpinfo_ic_info";
 inline const std::string kReg = "/sys/bus/mipi-dsi/devices/ff450000.dsi.0/of_node/id";
@@ -48,21 +48,7 @@ struct HardwareInfoTest : testing::Test {
 
 // On a board of plain files, none at first.
 struct PlainBoardTest : HardwareInfoTest {
-    PlainBoardTest() {
-        setenv("TARQ_BOARD", board().path().c_str(), 1);
-        std::filesystem::remove_all(board() / "root");
-        std::filesystem::remove_all(board() / "run/properties");
-    }
+    std::string file(const std::string& devicePath) const { return board.file(devicePath); }
 
-    // One for all tests of the process, which reads TARQ_BOARD once.
-    static const TemporaryDirectory& board() {
-        static const TemporaryDirectory directory;
-        return directory;
-    }
-    static std::string file(const std::string& devicePath) {
-        return board() / ("root" + devicePath);
-    }
-    static void setProperty(const std::string& name, const std::string& value) {
-        writeFile(board() / ("run/properties/" + name), value);
-    }
+    const PlainBoard board;
 };

@@ -58,8 +58,8 @@ TEST_F(HardwareInfo, identity_comes_from_the_properties) {
                  {"-2x", "storageId-+1_FindIdOK_overlayId--3x", -2, 1, -3, ""},
                  {"3", "storageId-7_FindId", 3, 7, -1, ""}};
     for (const auto& c : cases) {
-        setProperty("ro.vendor.hardwareinfo_index", c.indexProperty);
-        setProperty("ro.boot.dtbo_overlay_st", c.overlayProperty);
+        board.setProperty("ro.vendor.hardwareinfo_index", c.indexProperty);
+        board.setProperty("ro.boot.dtbo_overlay_st", c.overlayProperty);
         initHardwareInfo();
         EXPECT_THAT(loggedText(),
                     testing::StartsWith(
@@ -158,7 +158,7 @@ TEST_F(HardwareInfo, entire_file_or_nothing) {
 }
 
 TEST_F(HardwareInfo, demo_panel_is_described_without_a_mistake) {
-    writeFile(file(kPath), readFile(TARQ_BOARDS "/demo_panel" + kPath));
+    writeFile(file(kPath), readFile(SOURCES "/host/board/boards/demo_panel" + kPath));
     for (const int32_t index : {1, 2, 3, 4}) {
         forget();
         loadDescription(index, index == 3 ? 5 : -1);

@@ -51,12 +51,12 @@ static std::string differs(const std::string& name, const std::string& board,
 TEST_F(PeripheralMatching, skipping_is_by_property_and_changes_nothing) {
     peripheralTable[0].matchState = 7;
     setPart(PeripheralType::WIFI, "rtl");
-    setProperty("ro.vendor.ota_skip_hw_info_no_hwid", "true");
+    board.setProperty("ro.vendor.ota_skip_hw_info_no_hwid", "true");
     EXPECT_EQ(match({}), "I skip  hw match,beacause not find overlay id(hw id)\nfits");
     boardIdentity.overlayId = 5;
-    setProperty("ro.vendor.ota_skip_hw_info", "TRUE");
+    board.setProperty("ro.vendor.ota_skip_hw_info", "TRUE");
     EXPECT_FALSE(isSkipHw());
-    setProperty("ro.vendor.ota_skip_hw_info", "true");
+    board.setProperty("ro.vendor.ota_skip_hw_info", "true");
     EXPECT_EQ(match({""}), "I skip  hw match,beacause ro.vendor.ota_skip_hw_info=true\nfits");
     EXPECT_EQ(peripheralTable[0].matchState, 7);
 }
@@ -167,7 +167,7 @@ TEST_F(PeripheralMatching, mismatch_passes_if_the_time_is_later_than_all_of_the_
                            "E Fail to find " + kind + " in borad\nrefused");
     }
     setPart(PeripheralType::CODEC, "abc");
-    setProperty(kFallback, "true");
+    board.setProperty(kFallback, "true");
     for (const int64_t time : {INT64_MIN, int64_t{101}}) service.setOtaTimestamp(time);
     for (const auto& [content, result] : cases) {
         writeFile(file(kTimes), content);

@@ -10,24 +10,16 @@
 
 #include "tests/child_process.h"
 #include "tests/echo_client.h"
-#include "tests/temporary_directory.h"
+#include "tests/plain_board.h"
 
 using namespace android;
 using echo::ask;
 using echo::call;
 
-// One for all tests of this process: the library looks for its board once.
-static const TemporaryDirectory& board() {
-    static const TemporaryDirectory directory;
-    return directory;
-}
-
 class BinderTest : public ::testing::Test {
   protected:
     BinderTest() {
-        std::filesystem::create_directories(board() / "run");
         allow(std::filesystem::perms::owner_all);
-        setenv("TARQ_BOARD", board().path().c_str(), 1);
         start();
     }
 
@@ -38,8 +30,9 @@ class BinderTest : public ::testing::Test {
     }
 
     void allow(std::filesystem::perms permissions) {
-        std::filesystem::permissions(board().path(), permissions);
-        std::filesystem::permissions(board() / "run", permissions);
+        for (const char* part : {"", "run"}) {
+            std::filesystem::permissions(mBoard / part, permissions);
+        }
     }
 
     static std::unique_ptr<ChildProcess> peer(const std::vector<std::string>& arguments,
@@ -52,13 +45,18 @@ class BinderTest : public ::testing::Test {
     int rawConnection() const {
         sockaddr_un address = {};
         address.sun_family = AF_UNIX;
-        const std::string path = board() / "run/binder.sock";
+        const std::string path = mBoard / "run/binder.sock";
         memcpy(address.sun_path, path.c_str(), path.size() + 1);
         const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
         const auto* const where = reinterpret_cast<sockaddr*>(&address);
         return connect(fd, where, sizeof(address)) == 0 ? fd : -1;
     }
 
+    static std::string self(uid_t uid = getuid()) {
+        return "uid " + std::to_string(uid) + ", own pid";
+    }
+
+    const PlainBoard mBoard;
     std::unique_ptr<ChildProcess> mDaemon;
 };
 
@@ -71,7 +69,7 @@ struct Recipient : public IBinder::DeathRecipient {
     wp<IBinder> last;
 };
 
-TEST_F(BinderTest, bytes_go_and_come_back_up_to_the_limit) {
+TEST_F(BinderTest, bytes_up_to_the_limit_and_statuses_come_back) {
     const sp<IBinder> service = echo::find();
     ASSERT_TRUE(service);
     for (const size_t size : {0, 4, 4096, 192 * 1024}) {
@@ -90,10 +88,6 @@ TEST_F(BinderTest, bytes_go_and_come_back_up_to_the_limit) {
     EXPECT_EQ(FAILED_TRANSACTION, call(service, echo::SIZED, {192 * 1024 + 4}));
     EXPECT_EQ(OK, call(service, echo::SIZED, {192 * 1024}));
     EXPECT_TRUE(service->isBinderAlive());
-}
-
-TEST_F(BinderTest, statuses_and_system_codes_are_those_of_a_binder) {
-    const sp<IBinder> service = echo::find();
     for (const int32_t status : {-1, INT32_MIN, -74}) {
         EXPECT_EQ(status, call(service, echo::STATUS, {status}));
     }
@@ -253,11 +247,10 @@ TEST_F(BinderTest, the_callers_user_is_the_kernels_word) {
     if (getuid() != 0) GTEST_SKIP() << "needs root to be other users";
     allow(std::filesystem::perms(0755));
     start();  // a board is opened when its daemon starts
-    EXPECT_EQ("uid 0, own pid", peer({"who"})->readLine());
-    EXPECT_EQ("uid 2000, own pid", peer({"who"}, 2000)->readLine());
+    EXPECT_EQ(self(2000), peer({"who"}, 2000)->readLine());
     const auto changing = peer({"who", "1000"});
-    EXPECT_EQ("uid 0, own pid", changing->readLine());
-    EXPECT_EQ("uid 1000, own pid", changing->readLine());
+    EXPECT_EQ(self(0), changing->readLine());
+    EXPECT_EQ(self(1000), changing->readLine());
 }
 
 TEST_F(BinderTest, a_board_is_its_owners_unless_it_is_shared) {
@@ -275,9 +268,9 @@ TEST_F(BinderTest, a_board_is_its_owners_unless_it_is_shared) {
 
 TEST_F(BinderTest, a_child_of_fork_is_refused_and_its_parent_served_on) {
     const auto forking = peer({"fork"});
-    EXPECT_EQ("uid " + std::to_string(getuid()) + ", own pid", forking->readLine());
-    EXPECT_EQ("child refused", forking->readLine());
-    EXPECT_EQ("uid " + std::to_string(getuid()) + ", own pid", forking->readLine());
+    for (const std::string& said : {self(), std::string("child refused"), self()}) {
+        EXPECT_EQ(said, forking->readLine());
+    }
 }
 
 TEST_F(BinderTest, a_stopped_client_delays_nobody_and_loses_only_its_own) {
@@ -360,7 +353,7 @@ TEST_F(BinderTest, a_client_with_thousands_of_connections_is_held_to_its_share) 
     ASSERT_EQ("kept", other->readLine());
     std::vector<int> connections;
     for (int i = 0; i < 3000; ++i) connections.push_back(rawConnection());
-    EXPECT_EQ("uid " + std::to_string(getuid()) + ", own pid", peer({"who"})->readLine());
+    EXPECT_EQ(self(), peer({"who"})->readLine());
     for (const int fd : connections) close(fd);
     const sp<IBinder> service = echo::find();
     ASSERT_TRUE(service);

@@ -5,25 +5,15 @@
 #include <thread>
 
 #include "tests/captured_log.h"
-#include "tests/temporary_directory.h"
+#include "tests/plain_board.h"
 
 using namespace testing;
 
 namespace {
 
-class Properties : public Test {
-  protected:
-    Properties() {
-        setenv("TARQ_BOARD", board().path().c_str(), 1);
-        std::filesystem::create_directories(board() / "run/properties");
-        std::filesystem::create_directories(board() / "root/data/property");
-    }
-    // One for all tests of the process, which reads TARQ_BOARD once; each takes its own names.
-    static const TemporaryDirectory& board() {
-        static const TemporaryDirectory directory;
-        return directory;
-    }
-    CapturedLog mLog;
+struct Properties : Test {
+    const PlainBoard board;
+    CapturedLog log;
 };
 
 std::string get(const char* name, const char* fallback = "default") {
@@ -44,7 +34,7 @@ TEST_F(Properties, value_comes_back_byte_for_byte_or_the_default_cut_at_91_bytes
     EXPECT_EQ(get("a.missing", nullptr), "");
     EXPECT_EQ(get("a.missing", (longest + "v").c_str()), longest);
     EXPECT_EQ(get("../../root/../run/properties/azAZ09_-@:.b"), "default");
-    EXPECT_THAT(mLog.take(), IsEmpty());
+    EXPECT_THAT(log.take(), IsEmpty());
 }
 
 TEST_F(Properties, illegal_names_and_values_are_refused_with_a_reason) {
@@ -65,22 +55,21 @@ TEST_F(Properties, illegal_names_and_values_are_refused_with_a_reason) {
     };
     for (const auto& [name, value, reason] : refused) {
         EXPECT_EQ(property_set(name.c_str(), value.c_str()), -1) << name;
-        EXPECT_THAT(mLog.take(), ElementsAre(AllOf(StartsWith("W libc: cannot set property"),
-                                                   HasSubstr(reason))));
+        EXPECT_THAT(log.take(), ElementsAre(AllOf(StartsWith("W libc: cannot set property"),
+                                                  HasSubstr(reason))));
         EXPECT_EQ(get(name.c_str()), "default");
     }
     EXPECT_EQ(property_set(nullptr, "1"), -1);
 }
 
 TEST_F(Properties, persistent_value_is_saved_and_set_even_when_it_cannot_be_saved) {
+    std::filesystem::create_directories(board.file("/data/property/persist.blocked"));
     for (const char* value : {"1", "2"}) EXPECT_EQ(property_set("persist.d", value), 0);
-    EXPECT_EQ(readFile(board() / "root/data/property/persist.d"), "2");
-    EXPECT_THAT(mLog.take(), IsEmpty());
-
-    std::filesystem::create_directory(board() / "root/data/property/persist.blocked");
+    EXPECT_EQ(readFile(board.file("/data/property/persist.d")), "2");
+    EXPECT_THAT(log.take(), IsEmpty());
     EXPECT_EQ(property_set("persist.blocked", "3"), 0);
     EXPECT_EQ(get("persist.blocked"), "3");
-    EXPECT_THAT(mLog.take(),
+    EXPECT_THAT(log.take(),
                 ElementsAre(HasSubstr("E libc: cannot save property \"persist.blocked\"")));
 }
 
@@ -102,8 +91,8 @@ TEST_F(Properties, racing_setters_set_whole_values_and_a_read_only_one_once) {
     setMany(values[1].c_str());
     other.join();
     EXPECT_EQ(done, 100);
-    EXPECT_THAT(mLog.take(), AllOf(SizeIs(100), Each(HasSubstr("read-only and already set"))));
-    for (const auto& entry : std::filesystem::directory_iterator(board() / "run/properties")) {
+    EXPECT_THAT(log.take(), AllOf(SizeIs(100), Each(HasSubstr("read-only and already set"))));
+    for (const auto& entry : std::filesystem::directory_iterator(board / "run/properties")) {
         EXPECT_NE(entry.path().filename().string()[0], '.') << entry.path() << " was left";
     }
 }

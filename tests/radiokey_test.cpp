@@ -1,6 +1,5 @@
 // The radio key service with a receiver library that does what the test says, in one process.
 #include <com/tarq/radiokey/BnRadioKeyCallback.h>
-#include <cutils/properties.h>
 #include <gmock/gmock.h>
 #include <pthread.h>
 
@@ -13,7 +12,7 @@
 #include "radiokey/radiokey.h"
 #include "tests/captured_log.h"
 #include "tests/child_process.h"
-#include "tests/temporary_directory.h"
+#include "tests/plain_board.h"
 
 using namespace testing;
 using android::sp;
@@ -107,13 +106,6 @@ struct Callback : BnRadioKeyCallback {
 };
 
 struct RadioKey : Test {
-    RadioKey() {
-        static const TemporaryDirectory board;  // TARQ_BOARD is read once a process
-        setenv("TARQ_BOARD", board.path().c_str(), 1);
-        std::filesystem::create_directories(board / "run/properties");
-        std::filesystem::create_directories(board / "root/data/property");
-        property_set(kFrequency, "");
-    }
     ~RadioKey() override { end(); }
     void start() { service = new RadioKeyService; }
     // At the latest after its poll the receive thread lets go, and the service is destroyed.
@@ -128,6 +120,7 @@ struct RadioKey : Test {
         return value;
     }
 
+    const PlainBoard board;
     CapturedLog log;
     sp<RadioKeyService> service;
 };
@@ -137,7 +130,7 @@ TEST_F(RadioKey, starts_the_receiver_at_the_stored_frequency_whatever_it_is) {
             {"", "433"}, {"315", "315"}, {"abc", "0"}, {"-5", "-5"}};
     for (const auto& [stored, used] : cases) {
         SCOPED_TRACE(stored);
-        property_set(kFrequency, stored);
+        board.setProperty(kFrequency, stored);
         log.take();
         start();
         EXPECT_TRUE(eventually([this] { return status() == 7; }));
@@ -160,9 +153,7 @@ TEST_F(RadioKey, is_not_ready_while_the_frequency_changes_and_keeps_the_new_one)
         EXPECT_EQ(status(), 7);
         EXPECT_EQ(receiver.takes("reset " + text), 1);
         EXPECT_THAT(log.take(), Contains("E RadioKeyService: set property -> " + text));
-        char stored[PROPERTY_VALUE_MAX];
-        property_get(kFrequency, stored, "");
-        EXPECT_EQ(stored, text);
+        EXPECT_EQ(board.property(kFrequency), text);
     }
     receiver.inReset = nullptr;
 }

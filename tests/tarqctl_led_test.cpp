@@ -16,7 +16,7 @@ class TarqctlLed : public Test {
         mBoard = &board;
         const std::string effects = board.path("/vendor/etc/leds");
         std::filesystem::create_directories(effects);
-        std::filesystem::copy(TARQ_BOARDS "/demo_panel/vendor/etc/leds", effects);
+        std::filesystem::copy(SOURCES "/host/board/boards/demo_panel/vendor/etc/leds", effects);
         mDaemon = std::make_unique<ChildProcess>(
                 std::vector<std::string>{TARQD},
                 std::vector<std::string>{"TARQ_LOG=" + board.directory() + "/run/log"});

@@ -5,7 +5,7 @@
 
 #include <sstream>
 
-#include "tests/temporary_directory.h"
+#include "tests/plain_board.h"
 #include "tools/tarqctl/ask/known_services.h"
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/tarqctl.h"
@@ -49,16 +49,7 @@ void expectFailure(const Result& result, int code, const std::string& why) {
 
 class Tarqctl : public Test {
   protected:
-    void SetUp() override {
-        std::filesystem::remove_all(board() / "run");
-        std::filesystem::create_directories(board() / "run/properties");
-        setenv("TARQ_BOARD", board().path().c_str(), 1);
-    }
-    // A process has one board: its properties are found through the first one that is opened.
-    static const TemporaryDirectory& board() {
-        static const TemporaryDirectory directory;
-        return directory;
-    }
+    const PlainBoard mBoard;
 };
 
 TEST_F(Tarqctl, wrong_usage_names_the_fault_and_hints_at_the_help) {
@@ -90,7 +81,7 @@ TEST_F(Tarqctl, wrong_usage_names_the_fault_and_hints_at_the_help) {
 }
 
 TEST_F(Tarqctl, global_options_stand_on_either_side_and_shell_takes_all_that_follows) {
-    const std::string dir = board().path();
+    const std::string dir = mBoard.directory();
     const std::pair<Words, const char*> cases[] = {
             {{"hwinfo", "--timeout=5", "--board=" + dir}, "hwinfo"},
             {{"--timeout", "5", "ota-time", "-7", "--board", dir}, "ota-time -7"},
@@ -155,15 +146,15 @@ TEST_F(Tarqctl, board_is_the_only_one_that_the_user_runs) {
     close(second);
     unsetenv("TMPDIR");
 
-    writeFile(board() / "file/run", "");
-    expectFailure(tarqctl({"log", "--board", board() / "file"}), 2, "file/run: Not a directory\n");
+    writeFile(mBoard / "file/run", "");
+    expectFailure(tarqctl({"log", "--board", mBoard / "file"}), 2, "file/run: Not a directory\n");
     expectFailure(tarqctl({"log", "--board", "/nowhere"}), 2, "/nowhere/run: No such file or");
 }
 
 TEST_F(Tarqctl, properties_are_listed_in_order_and_one_is_printed_alone) {
-    writeFile(board() / "run/properties/ro.b", "two words");
-    writeFile(board() / "run/properties/ro.a", "");
-    writeFile(board() / "run/properties/.writing", "half");
+    writeFile(mBoard / "run/properties/ro.b", "two words");
+    writeFile(mBoard / "run/properties/ro.a", "");
+    writeFile(mBoard / "run/properties/.writing", "half");
     EXPECT_EQ(tarqctl({"getprop"}).out, "[ro.a]: []\n[ro.b]: [two words]\n");
     EXPECT_EQ(tarqctl({"getprop", "--json"}).out,
               "{\"properties\":{\"ro.a\":\"\",\"ro.b\":\"two words\"}}\n");
@@ -191,9 +182,9 @@ TEST_F(Tarqctl, property_is_set_or_the_refusal_says_why) {
     for (const auto& [name, value, why] : refusals) {
         expectFailure(tarqctl({"setprop", name, value}), 1, why);
     }
-    EXPECT_EQ(readFile(board() / "run/properties/ro.a"), "[1,2]");
+    EXPECT_EQ(readFile(mBoard / "run/properties/ro.a"), "[1,2]");
 
-    std::filesystem::remove_all(board() / "run/properties");
+    std::filesystem::remove_all(mBoard / "run/properties");
     expectFailure(tarqctl({"setprop", "a", "1"}), 1, ": No such file or directory\nhint");
     expectFailure(tarqctl({"getprop"}), 2, "run/properties: No such file or directory\n");
 }
@@ -214,12 +205,12 @@ TEST_F(Tarqctl, log_is_passed_on_coloured_or_taken_apart) {
     lines += "01-02 03:04:05.007 123456  1034 V         : \xff";
     json += "{\"time\":\"01-02 03:04:05.007\",\"pid\":123456,\"tid\":1034,\"priority\":\"V\","
             "\"tag\":\"\",\"text\":\"\uFFFD\"}\n";
-    writeFile(board() / "run/log", lines);
+    writeFile(mBoard / "run/log", lines);
     EXPECT_EQ(tarqctl({"log"}).out, lines + "\n");
     EXPECT_EQ(tarqctl({"log", "--json"}).out, json);
     EXPECT_EQ(tarqctl({"log"}, true).out, "\x1b[33m" + good.substr(0, good.size() - 1) + "\x1b[0m" +
                                                   lines.substr(good.size() - 1) + "\n");
-    std::filesystem::remove(board() / "run/log");
+    std::filesystem::remove(mBoard / "run/log");
     expectFailure(tarqctl({"log"}), 2, "run/log: No such file or directory\n");
 }
 
@@ -233,14 +224,14 @@ TEST_F(Tarqctl, absent_service_is_explained_by_what_can_be_seen) {
     EXPECT_EQ(whyAbsent(services, {false, false, true}, 0), refused);
     EXPECT_EQ(whyAbsent(services, {true, false, true}, 1), "property ro.optional is not \"true\"");
 
-    writeFile(board() / "run/properties/ro.optional", "true");
+    writeFile(mBoard / "run/properties/ro.optional", "true");
     EXPECT_EQ(whyAbsent(services, {true, false, true}, 1), late);
     EXPECT_EQ(whyAbsent(services, {true, false, false}, 1), starting + late);
 
-    writeFile(board() / "run/properties/ro.vendor.zigbee_check_enable", "true");
+    writeFile(mBoard / "run/properties/ro.vendor.zigbee_check_enable", "true");
     EXPECT_EQ(whyAbsent(services, {true, true, false}, 2), startupCheck());
     EXPECT_EQ(whyAbsent(services, {false, false, false}, 0), starting + refused);
-    writeFile(board() / "run/properties/ro.vendor.zigbee.info", "exist=0");
+    writeFile(mBoard / "run/properties/ro.vendor.zigbee.info", "exist=0");
     EXPECT_EQ(startupCheck() + whyAbsent(services, {true, true, false}, 2), starting + refused);
 }
 

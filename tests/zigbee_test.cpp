@@ -10,7 +10,7 @@
 
 #include "common/pause.h"
 #include "tests/captured_log.h"
-#include "tests/temporary_directory.h"
+#include "tests/plain_board.h"
 #include "tools/tarqctl/view/frame_text.h"
 #include "zigbee/ash.h"
 #include "zigbee/serial_port.h"
@@ -44,25 +44,18 @@ extern "C" int __wrap_tcsetattr(int fd, int when, const termios* wanted) {
 
 namespace {
 
-// The port of a board of plain files, which this process reads once. Its other end is the test's.
-struct Port {
+// The port of a board of plain files. Its other end is the test's.
+struct Port : PlainBoard {
     explicit Port(const std::string& enabled = "true") {
         grantpt(master);
         unlockpt(master);
-        setenv("TARQ_BOARD", board().path().c_str(), 1);
-        std::filesystem::remove_all(board() / "run");
-        std::filesystem::create_directories(board() / "root/dev");
-        std::filesystem::remove(board() / "root/dev/ttyS3");
-        std::filesystem::create_symlink(ptsname(master), board() / "root/dev/ttyS3");
-        writeFile(board() / "run/properties/ro.vendor.zigbee_check_enable", enabled);
+        std::filesystem::create_directories(file("/dev"));
+        std::filesystem::create_symlink(ptsname(master), file("/dev/ttyS3"));
+        setProperty("ro.vendor.zigbee_check_enable", enabled);
     }
     ~Port() {
         duringPause = nullptr;
         close(master);
-    }
-    static const TemporaryDirectory& board() {
-        static const TemporaryDirectory directory;
-        return directory;
     }
     void write(const Bytes& bytes) const {
         ASSERT_EQ(::write(master, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
@@ -241,7 +234,7 @@ struct Check {
 void run(const Check& check) {
     SCOPED_TRACE(check.name);
     const Port port;
-    if (check.name == "no port") std::filesystem::remove(Port::board() / "root/dev/ttyS3");
+    if (check.name == "no port") std::filesystem::remove(port.file("/dev/ttyS3"));
     Conversation left = check.conversation;
     duringPause = [&] {
         const Bytes question = port.read();
@@ -264,7 +257,7 @@ void run(const Check& check) {
                             "|I zigbee_check: set property -> " + check.property);
     EXPECT_THAT(left, IsEmpty());
     EXPECT_EQ(result, told.find("COO manuId") != std::string::npos ? 0 : -1);
-    EXPECT_EQ(readFile(Port::board() / "run/properties/ro.vendor.zigbee.info"), check.property);
+    EXPECT_EQ(port.property("ro.vendor.zigbee.info"), check.property);
     EXPECT_EQ(paused.count(), check.milliseconds);
     EXPECT_EQ(serialPort, -1);
 }
@@ -324,7 +317,7 @@ TEST(ZigbeeCheck, does_nothing_unless_enabled) {
         EXPECT_EQ(zigbee_check_module(), 0);
         EXPECT_THAT(log.take(),
                     ElementsAre("I zigbee_check: zigbee_check_module skip check zigbee"));
-        EXPECT_EQ(readFile(Port::board() / "run/properties/ro.vendor.zigbee.info"), "");
+        EXPECT_EQ(port.property("ro.vendor.zigbee.info"), "");
     }
 }
 
