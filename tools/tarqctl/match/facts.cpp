@@ -133,7 +133,7 @@ ProbeFinding probeFinding(const Item& part, const ItemFinding& finding, const Fa
     if (found.part) {
         const Texts elements = elementsOf(finding.item.value, ',');
         found.listed = std::count(elements.begin(), elements.end(), *found.part) > 0;
-    } else if (found.answered && !wordsFit) {
+    } else if (!wordsFit) {
         found.listed = match;  // nothing else can have made it one
     }
     require(match == (wordsFit || found.listed.value_or(false)));
