@@ -40,6 +40,7 @@ class RadioFanout : public testing::Test {
     }
 
     static void expectEvents(ChildProcess& client, int first, int last) {
+        if (HasFatalFailure()) return;  // the deadline of one is enough
         for (int i = first; i <= last; ++i) ASSERT_EQ(std::to_string(i), client.readLine());
     }
 

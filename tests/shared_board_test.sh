@@ -25,4 +25,14 @@ ask "$1" 1000 0 $'served\n0' --shared
 ask "$1" 2000 1 "uid 2000 is neither root nor system" --shared
 ask "$1" 1000 2 "Permission denied" # the same user, a board that is not shared
 
+# Who may send keys past the board: its owner alone, also where the daemon is everybody's.
+for uid in 0 1000; do
+    "$1/scripts/run" --shared setpriv --reuid $uid --clear-groups sh -c 'ls "$TARQ_BOARD/run/rf/state"'
+    status[uid]=$?
+done >/dev/null 2>&1
+[[ ${status[0]} == 0 && ${status[1000]} == 2 ]] || {
+    echo "FAILED: ls of the receiver's sockets ends with ${status[*]} for uids 0 and 1000"
+    failures=$((failures + 1))
+}
+
 exit $((failures > 0))
