@@ -8,6 +8,7 @@
 
 #include "tests/plain_board.h"
 #include "tools/tarqctl/commands.h"
+#include "tools/tarqctl/daemon.h"
 #include "tools/tarqctl/known_services.h"
 
 using namespace tarq::tools;
@@ -98,6 +99,19 @@ TEST_F(Tarqctl, global_options_stand_on_either_side_and_shell_takes_all_that_fol
         expectFailure(tarqctl(words), 2,
                       std::string("tarqctl: ") + command + ": cannot connect to " + dir +
                               "/run/binder.sock: No such file or directory\nhint: scripts/run\n");
+    }
+}
+
+TEST_F(Tarqctl, hint_after_no_answer_gives_more_time_but_no_more_than_is_taken) {
+    std::istringstream in;
+    std::ostringstream out;
+    for (const auto& [timeout, longer] :
+         {std::pair(0.1, "60"), {20.0, "120"}, {80000.0, "86400"}}) {
+        Session session{in, out, out, false};
+        session.timeout = std::chrono::duration<double>(timeout);
+        session.line = "hwinfo";
+        EXPECT_THAT(noAnswer(session, "").hint,
+                    EndsWith("--timeout " + std::string(longer) + " hwinfo"));
     }
 }
 
