@@ -120,7 +120,7 @@ TEST(explain_log, refusal_is_a_table_with_what_would_fit) {
     EXPECT_EQ(explainLog(joined(linesOf(kRefused), "\r\n")).out, text);
     std::string withCr = log;
     withCr.insert(withCr.find("\n", withCr.find("codec:es8316")), "\r");
-    EXPECT_THAT(explainLog(withCr).out, HasSubstr("  es8316\\x0d  "));
+    EXPECT_THAT(explainLog(withCr).out, HasSubstr("  es8316\\r     "));
     const TemporaryDirectory directory;
     writeFile(directory / "log", log);
     EXPECT_EQ(explainLog("", {"explain-log", directory / "log"}).out, text);

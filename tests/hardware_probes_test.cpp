@@ -5,7 +5,6 @@
 #include <array>
 #include <set>
 #include <thread>
-#include <tuple>
 
 #include "hardware_info/camera_probe.h"
 #include "hardware_info/display_probe.h"
@@ -130,27 +129,6 @@ TEST_F(HardwareProbes, null_camera_means_gc5035_and_another_one_bars_the_times) 
     fault("camera9", "absent");
     EXPECT_THAT(match(items),
                 HasSubstr("E Fail to get internal camera\n" + unmatched + "D otaTimeStamp is 4\n"));
-}
-
-TEST_F(HardwareProbes, every_fault_ends_in_its_line) {
-    const std::vector<std::string> none = {"absent", "unreadable", "empty", "directory"};
-    const std::tuple<std::string, std::vector<std::string>, std::string> cases[] = {
-            {"touch_panel", none, "E get tp info error: tpinfo_ic_info not found\n"},
-            {"touch_panel", {"garbage", "huge"}, "E fail to take tp info\n"},
-            {"hwid_flag", none, "E Fail to get flag from hwid-flag\n"},
-            {"dsi_id1", none, "E Fail to open dsi id: " + kId1 + "\n"},
-            {"dsi_id1", {"garbage"}, "E Invalid gpio: -16776902\n"},
-            {kTimes, none, "E Fail to open " + kTimes + "\n"},
-            {kTimes, {"garbage"}, "default match success\n"}};
-    otaTimestamp = 1;
-    writeFile(board().path(kTimes), "--TP\nGT-5,0\n");
-    for (const auto& [file, faults, line] : cases) {
-        for (const std::string& kind : faults) {
-            fault(file, kind);
-            EXPECT_THAT(match({String16("tp:?"), String16("lcd:?")}), HasSubstr(line)) << kind;
-        }
-        fault(file, "none");
-    }
 }
 
 TEST_F(HardwareProbes, slow_file_holds_up_its_own_call_which_tells_its_own_result) {

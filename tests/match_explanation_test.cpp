@@ -218,7 +218,7 @@ const Case kCases[] = {
         {{{"bt", "r"}}, {"bt:" + std::string(98, 'r')}, "fits: has \"r\""},
         {{{"bt", "r"}}, {"bt:" + std::string(99, 'r')}, "than 101 bytes is not", "write bt:r\n"},
         {{{"bt", " *"}}, {"bt:x"}, "fits: the board's value has no word"},
-        {{{"bt", "r\nzz"}}, {"bt:x"}, "no \"r\\x0azz\" in \"x\""},
+        {{{"bt", "r\nzz"}}, {"bt:x"}, "no \"r\\nzz\" in \"x\""},
         {{{"bt", "r"}}, {"bt:x y flag is unmatch"}, "no \"r\" in \"x y flag is unmatch\""},
         {{{"bt", "r,s"}}, {"bt"}, "does not fit: no \"r\", \"s\" in \"\""},
         {{{"bt", "r,s"}}, {"bt:null"}, "no \"r\", \"s\" in \"null\"", "\n  write bt:r,s\n"},

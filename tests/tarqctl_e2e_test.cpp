@@ -1,6 +1,7 @@
 // The tool and the daemon as a user runs them: programs of their own, on a board of plain files.
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -159,22 +160,9 @@ TEST_F(TarqctlE2e, hardware_list_is_printed_and_time_is_taken) {
 TEST_F(TarqctlE2e, package_is_compared_and_explained) {
     describeBoard("<hw Peripheral='tp'>gt9</hw><hw Peripheral='bt'>r s</hw>");
     startDaemon();
-    const std::string refused =
-            R"(no: 2 of 2 board parts do not fit, and the timestamp fallback is off
-
-  part        board   package      verdict
-  overlay_id  5       5            fits: 5 is listed
-  tp          gt9     x            does not fit: no "gt9" in "x"; the probe found nothing usable
-  bt          r s     (not named)  does not fit: a package must name every part of the board
-  \n          (none)               ignored: there is no such part
-  fallback    off: ro.vendor.ota_enter_timestamp_check is not "true"
-
-to make it fit:
-  write tp:x,gt9
-  add bt:r,s
-tarqctl: match: there is no part "\n", the nearest name is "tp"
-)";
-    EXPECT_EQ(tarqctl({"match", "overlay_id:5", "\n:", "tp:x"}).out, refused);
+    const Result refused = tarqctl({"match", "overlay_id:5", "tp:x"});
+    EXPECT_EQ(refused.code, 1);
+    EXPECT_THAT(refused.out, HasSubstr("\n  write tp:x,gt9\n  add bt:r,s\n"));
     const Result fitting = tarqctl({"match", "--strict", "tp:x,gt9", "--json", "bt:r,s"});
     EXPECT_EQ(fitting.code, 0);
     EXPECT_THAT(fitting.out,
@@ -190,13 +178,8 @@ tarqctl: match: there is no part "\n", the nearest name is "tp"
     EXPECT_EQ(tarqctl({"match", "--file", "/dev/null"}).code, 1);
 
     tarqctl({"setprop", "ro.vendor.ota_enter_timestamp_check", "true"});
-    for (const std::string part : {"LCD", "TP"}) {
-        writeFile(mBoard / "root/vendor/etc/hardware_timestamp.txt", "--" + part);
-        EXPECT_THAT(tarqctl({"match", "--ota-time", "7", "tp:x"}).out,
-                    HasSubstr("\"Fail to find " + part + " in borad\""));
-    }
     writeFile(mBoard / "root/vendor/etc/hardware_timestamp.txt", ",\n,6");
-    EXPECT_THAT(tarqctl({"match", "--strict", "tp:x"}).out,
+    EXPECT_THAT(tarqctl({"match", "--strict", "--ota-time", "7", "tp:x"}).out,
                 HasSubstr("passed: the package's time, 7"));
 }
 
@@ -237,31 +220,6 @@ TEST_F(TarqctlE2e, yes_that_another_request_has_caused_is_said) {
                                        "the same time got in between, ask again\n"));
 }
 
-// The verdicts may be wrong: requests at the same time share their states, and the tool says so.
-TEST_F(TarqctlE2e, every_explanation_is_about_its_own_list) {
-    describeBoard("<hw Peripheral='tp'>gt9</hw><hw Peripheral='bt'>r</hw>");
-    startDaemon();
-    std::vector<std::unique_ptr<ChildProcess>> tools;
-    for (const std::string n : {"0", "1", "2", "3", "4", "5", "6", "7"}) {
-        const std::string line =
-                "for i in 1 2 3 4 5; do tarqctl match tp:x" + n + " bt:r" + n + " 2>&1; done";
-        tools.push_back(std::make_unique<ChildProcess>(
-                Words{"sh", "-c", line},
-                Words{"TARQ_BOARD=" + mBoard.path(), "PATH=" + mBoard.path() + ":/usr/bin:/bin"}));
-    }
-    for (size_t i = 0; i < tools.size(); ++i) {
-        const std::string n = std::to_string(i);
-        const std::string row = "  tp        gt9    x" + n +
-                                "       does not fit: no \"gt9\" in \"x" + n +
-                                "\"; the probe found nothing usable\n  bt        r      r" + n +
-                                "       fits: has \"r\"\n";
-        const std::string out = finish(*tools[i]).out;
-        size_t rows = 0;
-        for (size_t at = 0; (at = out.find(row, at)) != std::string::npos; ++at) ++rows;
-        EXPECT_EQ(rows, 5) << out;
-    }
-}
-
 TEST_F(TarqctlE2e, command_output_is_printed_as_it_is_and_a_cut_is_said) {
     startDaemon();
     EXPECT_EQ(tarqctl({"shell", "printf", "'a\\n b'"}).out, "a\n b");
@@ -289,6 +247,19 @@ TEST_F(TarqctlE2e, only_root_and_system_may_run_commands) {
                                     mBoard.path() + " shell 'echo yes'\n";
         EXPECT_EQ(followHint(tarqctl({"shell", "echo yes"}, uid), 1, refusal).out, "yes\n");
     }
+    // Nor does a command run for which the daemon has no descriptor left once it has the tool's
+    // connections. Those of the tools before may be open for a moment yet.
+    const auto isLeftWithout = [&](uid_t uid) {
+        const std::string open = "/proc/" + std::to_string(mDaemon->pid()) + "/fd/";
+        rlimit limit = {0, 4096};
+        for (int left = 4; left > 0; ++limit.rlim_cur) {
+            if (!fs::is_symlink(open + std::to_string(limit.rlim_cur))) --left;
+        }
+        EXPECT_EQ(prlimit(mDaemon->pid(), RLIMIT_NOFILE, &limit, nullptr), 0);
+        return tarqctl({"shell", "true"}, uid).out.find("could not start the command\nhint: ta") !=
+               std::string::npos;
+    };
+    for (const uid_t uid : {0, 1000}) EXPECT_TRUE(eventually([&] { return isLeftWithout(uid); }));
     followHint(tarqctl({"setprop", "a", "1"}, 2000), 1,
                "tarqctl: setprop a 1: Permission denied\nhint: sudo ");
     chmod((mBoard / "run").c_str(), 0700);

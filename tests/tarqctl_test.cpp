@@ -6,9 +6,9 @@
 #include <sstream>
 
 #include "tests/plain_board.h"
+#include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/ask/known_services.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/tarqctl.h"
 
 using namespace tarq::tools;
 using namespace testing;
@@ -98,6 +98,19 @@ TEST_F(Tarqctl, global_options_stand_on_either_side_and_shell_takes_all_that_fol
         expectFailure(tarqctl(words), 2,
                       std::string("tarqctl: ") + command + ": cannot connect to " + dir +
                               "/run/binder.sock: No such file or directory\nhint: scripts/run\n");
+    }
+}
+
+TEST_F(Tarqctl, hint_after_no_answer_gives_more_time_but_no_more_than_is_taken) {
+    std::istringstream in;
+    std::ostringstream out;
+    for (const auto& [timeout, longer] :
+         {std::pair(0.1, "60"), {20.0, "120"}, {80000.0, "86400"}}) {
+        Session session{in, out, out, false};
+        session.timeout = std::chrono::duration<double>(timeout);
+        session.line = "hwinfo";
+        EXPECT_THAT(noAnswer(session, "").hint,
+                    EndsWith("--timeout " + std::string(longer) + " hwinfo"));
     }
 }
 
