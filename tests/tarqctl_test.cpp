@@ -9,6 +9,7 @@
 #include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/ask/known_services.h"
 #include "tools/tarqctl/commands.h"
+#include "tools/tarqctl/tarqctl.h"
 
 using namespace tarq::tools;
 using namespace testing;
