@@ -1,4 +1,6 @@
-// Every command is a file in commands/ and a row here.
+// Every command is a file in commands/ and a row here, with the function that declares its
+// arguments and returns what is to be run. The help, the parser and the test of the examples read
+// the rows.
 #include "tools/tarqctl/commands.h"
 
 #include <CLI/App.hpp>

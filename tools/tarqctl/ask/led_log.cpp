@@ -1,3 +1,6 @@
+// The LED service answers "done" also where an attribute could not be opened, and a file that it
+// cannot read costs it nothing; only its log tells. Each operation ends with a line that repeats
+// its arguments, and what went wrong stands before that line on the same thread.
 #include "tools/tarqctl/ask/led_log.h"
 
 #include <algorithm>
