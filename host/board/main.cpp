@@ -5,8 +5,7 @@
 
 #include "host/board/serve.h"
 
-// Exit codes: 0 ended as told, 2 it could not be played or wrong usage.
-int main(int argc, char** argv) {
+static int run(int argc, char** argv) {
     CLI::App app{"Plays the hardware of a device on a plain Linux machine.", "virtual_board"};
     app.footer("What is done to a running board is a command of tarqctl.");
     app.require_subcommand(1);
@@ -23,11 +22,18 @@ int main(int argc, char** argv) {
                     "lets other users of this machine talk to the board's daemon");
     try {
         app.parse(argc, argv);
-        tarq::board::serve(folder, directory, isShared);
-        return 0;
     } catch (const CLI::CallForHelp&) {
         fputs(app.help().c_str(), stdout);
         return 0;
+    }
+    tarq::board::serve(folder, directory, isShared);
+    return 0;
+}
+
+// Exit codes: 0 ended as told, 2 it could not be played or wrong usage.
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
     } catch (const CLI::ParseError& error) {
         fprintf(stderr, "virtual_board: %s; try virtual_board --help\n", error.what());
     } catch (const std::exception& error) {
