@@ -17,6 +17,7 @@
 #include <algorithm>
 
 #include "bench/bench.h"
+#include "host/run/board.h"
 
 namespace bench {
 
@@ -108,7 +109,7 @@ void Daemon::prepareBoard() {
     if (read(output, ready, sizeof(ready)) <= 0) exit(2);
     setenv("TARQ_BOARD", gBoard.c_str(), 1);
     // This process's log goes where the first line opens it, whatever a daemon is told later.
-    setenv("TARQ_LOG", (gBoard + "/run/log").c_str(), 1);
+    setenv("TARQ_LOG", tarq::host::Board{gBoard}.log().c_str(), 1);
     __android_log_print(ANDROID_LOG_INFO, "bench", "begins");
     // No effect at the start: the LED driver, another process, would take most of the time.
     if (property_set("vendor.boot.led_effect", "/none") != 0) abort();
@@ -134,7 +135,7 @@ static void awaitAnswer() {
 }
 
 Daemon::Daemon(bool logs) {
-    setenv("TARQ_LOG", logs ? (gBoard + "/run/log").c_str() : "/dev/null", 1);
+    setenv("TARQ_LOG", logs ? tarq::host::Board{gBoard}.log().c_str() : "/dev/null", 1);
     mPid = spawn({TARQD});
     awaitAnswer();
 }

@@ -7,6 +7,8 @@
 #include <fstream>
 #include <string>
 
+#include "host/run/board.h"
+
 // The board has a touch panel, "gt9xx-5", and panel 3. It is this process's board from here on, and
 // goes with the object.
 class BoardFiles {
@@ -28,8 +30,8 @@ class BoardFiles {
 
     // As if the board's build.prop had it: a read-only one is not refused.
     void setProperty(const std::string& name, const std::string& value) {
-        std::filesystem::create_directories(mPath + "/run/properties");
-        std::ofstream(mPath + "/run/properties/" + name) << value;
+        std::filesystem::create_directories(tarq::host::Board{mPath}.properties());
+        std::ofstream(tarq::host::Board{mPath}.properties() + "/" + name) << value;
     }
 
     // Makes a device node be another file, such as a pseudo terminal.

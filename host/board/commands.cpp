@@ -13,11 +13,6 @@ namespace tarq::board {
 
 namespace fs = std::filesystem;
 
-// Nothing is wrong, or why says what is.
-static void require(const std::string& why) {
-    if (!why.empty()) throw std::invalid_argument(why);
-}
-
 Commands::Commands(Hardware& hardware, PlainFiles& files, std::vector<std::shared_ptr<Part>> parts,
                    std::string withoutFuse)
     : mHardware(hardware),

@@ -1,10 +1,16 @@
 // A part of the board that is no file.
 #pragma once
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace tarq::board {
+
+// Nothing is wrong, or why says what is: then throws it as std::invalid_argument.
+inline void require(const std::string& why) {
+    if (!why.empty()) throw std::invalid_argument(why);
+}
 
 class Part {
   public:

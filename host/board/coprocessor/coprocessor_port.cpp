@@ -75,8 +75,7 @@ std::string CoprocessorPort::terminal() const {
 
 void CoprocessorPort::setFault(const std::string& name) {
     host::CoprocessorFault fault = {};
-    const std::string why = host::findFault(host::kCoprocessorFaults, name, &fault);
-    if (!why.empty()) throw std::invalid_argument(why);
+    require(host::findFault(host::kCoprocessorFaults, name, &fault));
     setPresent(fault != host::CoprocessorFault::kAbsent);
     const std::lock_guard lock(mMutex);
     mCoprocessor.setFault(fault);

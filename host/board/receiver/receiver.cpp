@@ -28,10 +28,6 @@ using Words = std::vector<std::string>;
 
 static constexpr timeval kPatience = {1, 0};  // with a program that takes nothing
 
-static void require(const std::string& why) {
-    if (!why.empty()) throw std::invalid_argument(why);
-}
-
 static int32_t numberFrom(const std::string& text) {
     int32_t number = 0;
     require(host::parseInt32(text, &number));
