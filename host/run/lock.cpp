@@ -43,7 +43,7 @@ int lockBoard(const Board& board) {
 }
 
 // The try is for a shared lock: two tools that look at the same time are not taken for a board.
-static bool isLocked(const Board& board) {
+bool isRunning(const Board& board) {
     const int fd = open(board.lock().c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) return false;
     const bool held = flock(fd, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
@@ -62,7 +62,7 @@ std::vector<Board> runningBoards() {
     std::error_code unreadable;  // the same as empty
     for (const fs::directory_entry& entry : fs::directory_iterator(usersBoards(), unreadable)) {
         const Board board = {entry.path()};
-        if (isLocked(board)) boards.push_back(board);
+        if (isRunning(board)) boards.push_back(board);
     }
     std::sort(boards.begin(), boards.end(),
               [](const Board& one, const Board& other) { return one.directory < other.directory; });

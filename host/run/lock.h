@@ -13,6 +13,9 @@ namespace tarq::host {
 // -errno: -EWOULDBLOCK when another process has it.
 int lockBoard(const Board& board);
 
+// Whether a process has it.
+bool isRunning(const Board& board);
+
 // Where scripts/run keeps the boards of this user, each in a directory of its own.
 std::string usersBoards();
 
