@@ -56,7 +56,12 @@ static host::Answer answerTo(const Session& session, const std::vector<std::stri
     return host::askBoard(session.board, words);
 }
 
+// A killed board leaves its socket, which refuses.
 static std::string cannotAsk(const Session& session, int error) {
+    if (error == ECONNREFUSED || error == ECONNRESET) {
+        return "the board in " + session.board.directory + " has ended";
+    }
+    if (error == ENOENT) return "no board runs in " + session.board.directory;
     return "no board can be asked in " + session.board.directory + ": " + host::socketError(error);
 }
 

@@ -1,4 +1,5 @@
-// board: what the board plays at present, and what was done to it.
+// board: what the board plays at present, and what was done to it. A GPIO line has its files only
+// while it is exported, as on a device, so it is absent before that.
 #include <CLI/App.hpp>
 #include <algorithm>
 #include <ostream>

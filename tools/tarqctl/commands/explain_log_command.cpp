@@ -22,8 +22,8 @@ void print(const Session& session, const MatchRequest& request, const Explanatio
     }
     std::string text = request.time + "  pid " + std::to_string(request.pid) + "  tid " +
                        std::to_string(request.tid) + "\n" + asText(explanation);
-    for (const std::string& doubt : explanation.doubts)
-        text += "note: " + host::escaped(doubt) + "\n";
+    for (const Doubt& doubt : explanation.doubts)
+        text += "note: " + host::escaped(doubt.text) + "\n";
     for (const std::string& missing : explanation.notCompared)
         text += "note: " + host::escaped(missing) + "\n";
     session.out << text << std::flush;

@@ -89,6 +89,14 @@ const Item* partOf(const MatchRequest& request, const std::string& name);
 // What the last item of that name came to; null when there is none.
 const ItemFinding* findingOf(const MatchRequest& request, const std::string& name);
 
+// What was made of probes that told nothing. It is a guess unless the hardware was there to be
+// asked.
+struct SilentProbes {
+    std::vector<std::string> parts = {};
+    bool decide = false;  // without them the answer may be another one
+};
+SilentProbes silentProbes(const MatchRequest& request);
+
 // The parts that the board has, whatever the package names, which do not fit.
 std::vector<const Item*> misfits(const MatchRequest& request);
 
