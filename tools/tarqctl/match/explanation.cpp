@@ -76,6 +76,17 @@ std::string sentenceFor(const MatchRequest& request) {
     if (request.outcome == Outcome::kCutOff) {
         return "the request was cut off at the end of the log";
     }
+    if (request.outcome == Outcome::kBegunBefore) {
+        return "the request began before the log does, or its first line is missing";
+    }
+    if (request.outcome == Outcome::kPruned) {
+        return "the device has dropped " + request.dropped +
+               " before the end of the request was seen (chatty)";
+    }
+    if (request.outcome == Outcome::kMixed) {
+        return "lines are missing, or another request got in between, which only a log with thread "
+               "ids can tell apart (logcat -v threadtime)";
+    }
     if (request.outcome == Outcome::kBroken) {
         return "lines of the request are missing, or are not what this tool knows";
     }
