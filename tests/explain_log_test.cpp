@@ -287,7 +287,8 @@ TEST(explain_log, gaps_are_named_and_nothing_is_said_of_what_was_not_seen) {
     const Lines accepted = linesOf(kAccepted);
     const std::string whole = joined(accepted);
     const std::string gap =
-            "\nunknown: the device has dropped 12 lines before the end of the request was seen (chatty)\n";
+            "\nunknown: the device has dropped 12 lines before the end of the request was seen "
+            "(chatty)\n";
     for (size_t i = 1; i <= accepted.size(); ++i) {
         Lines log(accepted.begin(), accepted.begin() + i);
         log.push_back(chatty + "expire 12 lines");

@@ -20,8 +20,8 @@ class Commands {
 
     // words: "set NODE VALUE", "fault NODE FAULT", "hold NODE", "release NODE", NODE being a name
     // or a path of the device; "trace", which is refused when the LEDs have none; or what is for
-    // one of the parts. "board" tells the state of all of it. Returns what there is to tell, else "".
-    // Throws std::exception with the reason when it was not done.
+    // one of the parts. "board" tells the state of all of it. Returns what there is to tell, else
+    // "". Throws std::exception with the reason when it was not done.
     std::string perform(const std::vector<std::string>& words);
 
   private:

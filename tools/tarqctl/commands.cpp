@@ -15,7 +15,8 @@ Run declareServices(CLI::App& app), declareWait(CLI::App& app), declareLog(CLI::
     declareShell(CLI::App& app), declareGetprop(CLI::App& app), declareSetprop(CLI::App& app),
     declareSet(CLI::App& app), declareFault(CLI::App& app), declareHold(CLI::App& app),
     declareRelease(CLI::App& app), declareKey(CLI::App& app), declareLeds(CLI::App& app),
-    declareBoard(CLI::App& app), declareTrace(CLI::App& app), declareSerial(CLI::App& app), declareAsh(CLI::App& app);
+    declareBoard(CLI::App& app), declareTrace(CLI::App& app), declareSerial(CLI::App& app),
+    declareAsh(CLI::App& app);
 // clang-format on
 
 static constexpr char kDevice[] = "the device";

@@ -1,7 +1,6 @@
-// Bytes go through stages, a chunk at a time: what is gzip is inflated, what is UTF-16 becomes
-// UTF-8, what has a mark loses it, and the rest is cut into lines. What a stage is to do it tells
-// from the first bytes. An archive needs to be read from its end, so it is the one thing that is
-// kept whole, packed.
+// Bytes go through stages, a chunk at a time: what is gzip is inflated, and what comes out is text,
+// whatever its encoding. What a stage is to do it tells from the first bytes. An archive needs to
+// be read from its end, so it is the one thing that is kept whole, packed.
 #include "tools/tarqctl/match/log_source.h"
 
 #include <errno.h>
@@ -18,134 +17,11 @@
 #include <utility>
 
 #include "host/run/text.h"
+#include "tools/tarqctl/match/log_text.h"
 
 namespace tarq::tools {
 
 namespace {
-
-constexpr size_t kMaxLine = 1 << 16;  // bytes; an entry of a log has at most 4068
-
-// ---- lines ----
-
-class Lines {
-  public:
-    explicit Lines(const LogSink& sink) : mSink(sink) {}
-
-    void put(std::string_view bytes) {
-        while (!bytes.empty()) {
-            const size_t end = std::min(bytes.find('\n'), bytes.size());
-            mLine.append(
-                    bytes.substr(0, std::min(end, kMaxLine - std::min(kMaxLine, mLine.size()))));
-            if (end == bytes.size()) return;
-            finishLine();
-            bytes.remove_prefix(end + 1);
-        }
-    }
-    void finish() {
-        if (!mLine.empty()) finishLine();
-    }
-
-  private:
-    // A CR is the end of a line only where the first line has one, too.
-    void finishLine() {
-        const bool endsInCr = !mLine.empty() && mLine.back() == '\r';
-        if (!mHasCr) mHasCr = endsInCr;
-        if (*mHasCr && endsInCr) mLine.pop_back();
-        mSink.take(mLine);
-        mLine.clear();
-    }
-
-    const LogSink& mSink;
-    std::string mLine;
-    std::optional<bool> mHasCr;
-};
-
-// ---- characters ----
-
-void appendUtf8(uint32_t c, std::string* out) {
-    if (c < 0x80) {
-        *out += static_cast<char>(c);
-        return;
-    }
-    const int more = c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;
-    constexpr uint8_t kFirst[] = {0, 0xc0, 0xe0, 0xf0};
-    *out += static_cast<char>(kFirst[more] | c >> (6 * more));
-    for (int i = more - 1; i >= 0; --i) *out += static_cast<char>(0x80 | (c >> (6 * i) & 0x3f));
-}
-
-// Takes UTF-16 in pieces of any size. Half a pair becomes U+FFFD.
-class Utf16 {
-  public:
-    explicit Utf16(bool bigEndian) : mFirstShift(bigEndian ? 8 : 0) {}
-
-    std::string decode(std::string_view bytes) {
-        std::string text;
-        for (const char c : bytes) {
-            const auto byte = static_cast<uint8_t>(c);
-            if (mHasHalf) take(static_cast<uint32_t>(mHalf | byte << (8 - mFirstShift)), &text);
-            mHalf = static_cast<uint32_t>(byte) << mFirstShift;
-            mHasHalf = !mHasHalf;
-        }
-        return text;
-    }
-
-  private:
-    void take(uint32_t unit, std::string* text) {
-        const bool isLow = unit >= 0xdc00 && unit < 0xe000;
-        if (mHigh != 0 && isLow) {
-            appendUtf8(0x10000 + ((mHigh - 0xd800) << 10) + (unit - 0xdc00), text);
-        } else {
-            if (mHigh != 0) appendUtf8(0xfffd, text);
-            if (isLow) appendUtf8(0xfffd, text);
-        }
-        const bool isHigh = unit >= 0xd800 && unit < 0xdc00;
-        if (!isHigh && !isLow) appendUtf8(unit, text);
-        mHigh = isHigh ? unit : 0;
-    }
-
-    const int mFirstShift;  // of the first byte of a unit
-    bool mHasHalf = false;
-    uint32_t mHalf = 0;
-    uint32_t mHigh = 0;  // the first half of a pair that waits for the second
-};
-
-class Characters {
-  public:
-    explicit Characters(const LogSink& sink) : mLines(sink) {}
-
-    void put(std::string_view bytes) {
-        if (!mBegun) {
-            mStart.append(bytes);
-            if (mStart.size() < 3) return;
-            begin();
-        } else {
-            pass(bytes);
-        }
-    }
-    void finish() {
-        if (!mBegun) begin();
-        mLines.finish();
-    }
-
-  private:
-    void begin() {
-        mBegun = true;
-        std::string_view start = mStart;
-        if (start.substr(0, 2) == "\xff\xfe" || start.substr(0, 2) == "\xfe\xff") {
-            mUtf16.emplace(start[0] == '\xfe');
-            start.remove_prefix(2);
-        } else if (start.substr(0, 3) == "\xef\xbb\xbf") {
-            start.remove_prefix(3);
-        }
-        pass(start);
-    }
-    void pass(std::string_view bytes) { mLines.put(mUtf16 ? mUtf16->decode(bytes) : bytes); }
-
-    Lines mLines;
-    bool mBegun = false;
-    std::string mStart;
-    std::optional<Utf16> mUtf16;
-};
 
 // ---- packed bytes ----
 
@@ -171,7 +47,7 @@ class Budget {
 // Inflates what begins like gzip, also several one behind the other, and passes on all else.
 class Gzip {
   public:
-    Gzip(const LogSink& sink, Budget* budget) : mNext(sink), mBudget(budget) {}
+    Gzip(const LogSink& sink, Budget* budget) : mNext(sink.take), mBudget(budget) {}
     ~Gzip() { inflateEnd(&mStream); }
     Gzip(const Gzip&) = delete;
     Gzip& operator=(const Gzip&) = delete;
@@ -212,7 +88,7 @@ class Gzip {
         } while (mStream.avail_in > 0 || mStream.avail_out == 0);
     }
 
-    Characters mNext;
+    LogText mNext;
     Budget* const mBudget;
     std::string mStart;
     std::optional<bool> mIsPacked;
