@@ -6,6 +6,7 @@
 
 #include <stdexcept>
 
+#include "host/run/board_state.h"
 #include "host/run/faults.h"
 #include "host/run/text.h"
 
@@ -23,7 +24,13 @@ Commands::Commands(Hardware& hardware, PlainFiles& files, std::vector<std::share
     for (const auto& [path, content] : mHardware.plainContents()) mFiles.write(path, content);
 }
 
-void Commands::perform(const std::vector<std::string>& words) {
+std::string Commands::perform(const std::vector<std::string>& words) {
+    if (words == std::vector<std::string>{"board"}) return state();
+    carryOut(words);
+    return "";
+}
+
+void Commands::carryOut(const std::vector<std::string>& words) {
     const std::string command = words.empty() ? "" : words[0];
     if (words == std::vector<std::string>{"trace"}) return requireTrace();
     if (command.empty()) throw std::invalid_argument("is no command");
@@ -47,6 +54,17 @@ void Commands::perform(const std::vector<std::string>& words) {
     } else {
         throw std::invalid_argument("is no command");
     }
+}
+
+// A node for which no plain file can stand in is not played without FUSE.
+std::string Commands::state() const {
+    host::BoardState board = {mWithoutFuse, mHardware.states()};
+    const auto plain = mHardware.plainContents();
+    for (host::NodeState& node : board.nodes) {
+        if (!mWithoutFuse.empty() && plain.count(node.path) == 0) node.state = host::kNotPlayed;
+    }
+    for (const auto& part : mParts) part->tell(&board.nodes);
+    return host::boardStateLine(board);
 }
 
 // Its path. An unknown one is refused with all that there are.

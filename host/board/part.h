@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "host/run/board_state.h"
+
 namespace tarq::board {
 
 // Nothing is wrong, or why says what is: then throws it as std::invalid_argument.
@@ -23,6 +25,9 @@ class Part {
     // "fault NAME FAULT" with one of its names. False when they are not. Throws std::exception with
     // the reason when it was not done.
     virtual bool perform(const std::vector<std::string>& words) = 0;
+
+    // Adds how it is, or corrects what the files tell of it.
+    virtual void tell(std::vector<host::NodeState>* nodes) const = 0;
 };
 
 }  // namespace tarq::board

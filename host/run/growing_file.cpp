@@ -54,6 +54,12 @@ void GrowingFile::append(const char* bytes, size_t size, const TakeLine& take) {
     }
 }
 
+// Of a line that is half written only the rest is handed over, which is no line of a log.
+void GrowingFile::skip() {
+    if (reopenIfReplaced([](const std::string&) {}) == 0) lseek(mFd, 0, SEEK_END);
+    mPartial.clear();
+}
+
 int GrowingFile::read(const TakeLine& take) {
     if (const int error = reopenIfReplaced(take)) return error;
     char buffer[65536];

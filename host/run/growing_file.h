@@ -17,6 +17,8 @@ class GrowingFile {
     GrowingFile(const GrowingFile&) = delete;
     GrowingFile& operator=(const GrowingFile&) = delete;
 
+    // Passes over all that is in the file now, however much, without reading it.
+    void skip();
     // Hands over the lines, without their newline, that were completed since the last call. Returns
     // 0, or an errno if there is no such file now and none was open before.
     int read(const TakeLine& take);

@@ -68,6 +68,15 @@ bool CoprocessorPort::perform(const std::vector<std::string>& words) {
     return true;
 }
 
+void CoprocessorPort::tell(std::vector<host::NodeState>* nodes) const {
+    const std::lock_guard lock(mMutex);
+    for (host::NodeState& node : *nodes) {
+        if (node.path != kNode) continue;
+        node.state = mTerminal.empty() ? host::kNotThere : host::kThere;
+        node.fault = host::nameOf(host::kCoprocessorFaults, mCoprocessor.fault());
+    }
+}
+
 std::string CoprocessorPort::terminal() const {
     const std::lock_guard lock(mMutex);
     return mTerminal;

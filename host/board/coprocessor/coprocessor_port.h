@@ -34,6 +34,8 @@ class CoprocessorPort : public Part {
     std::vector<std::string> names() const override;
     // Also with the port's path. "serial" asks whether there is one.
     bool perform(const std::vector<std::string>& words) override;
+    // Also without FUSE the port is there: by a link.
+    void tell(std::vector<host::NodeState>* nodes) const override;
 
     // Of the terminal: "/dev/pts/5"; "" while there is none.
     std::string terminal() const;

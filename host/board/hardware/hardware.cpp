@@ -113,6 +113,18 @@ std::map<std::string, std::string> Hardware::plainContents() {
     return contents;
 }
 
+std::vector<host::NodeState> Hardware::states() {
+    const std::lock_guard lock(mMutex);
+    std::map<std::string, std::string> names;  // by path
+    for (const auto& [name, path] : mNames) names[path] = name;
+    std::vector<host::NodeState> states;
+    for (const auto& [path, entry] : mEntries) {
+        states.push_back({names[path], path, entry->isThere() ? host::kThere : host::kNotThere,
+                          host::nameOf(host::kNodeFaults, entry->fault), entry->held});
+    }
+    return states;
+}
+
 void Hardware::end() {
     const std::lock_guard lock(mMutex);
     mEnding = true;

@@ -76,6 +76,12 @@ bool Receiver::perform(const Words& words) {
     return true;
 }
 
+void Receiver::tell(std::vector<host::NodeState>* nodes) const {
+    const bool isAbsent = mFault == host::ReceiverFault::kAbsent;
+    nodes->push_back({host::kReceiver, "", isAbsent ? host::kNotThere : host::kThere,
+                      host::nameOf(host::kReceiverFaults, mFault)});
+}
+
 // An absent one has the state of none.
 void Receiver::tellState() const {
     const bool isAbsent = mFault == host::ReceiverFault::kAbsent;

@@ -26,6 +26,7 @@ class Receiver : public Part {
     // Also "key VALUE1 VALUE2 VALUE3 FREQUENCY [RSSI]", one reception, which is refused when no
     // program hears it. Waits up to a second for a program that takes none.
     bool perform(const std::vector<std::string>& words) override;
+    void tell(std::vector<host::NodeState>* nodes) const override;
 
   private:
     void tellState() const;
