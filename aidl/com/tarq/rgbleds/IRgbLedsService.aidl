@@ -18,8 +18,10 @@ interface IRgbLedsService {
     int loadXmlFile(String path);
     /** 1, or 0 when the attribute could not be opened; 1 as well when no effect was playing. */
     int stopLampEffect();
-    /** As the driver tells it; 0 when nothing can be read. For an LED that the driver refuses, that
-     *  of another. */
+    /**
+     * As the driver tells it; 0 when nothing can be read, and that of another LED when the driver
+     * refuses this one.
+     */
     int getRgbBrightness(int id);
     /** The same, RRGGBB. What an effect shows meanwhile is not in it. */
     int getRgbColor(int id);
