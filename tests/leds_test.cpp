@@ -176,7 +176,7 @@ TEST_F(Leds, effect_that_cannot_be_drawn_is_told_with_each_cause) {
               "11\n",
               "x.xml: the driver refuses to play it: the effect has no duration\nhint: "}},
             {"<e>\n  <led>\n</e>",
-             {"x.xml:2: an element is not closed", ": <led> (it is no XML)"}}};
+             {"x.xml:2: an element is not closed", ": <led>; the daemon would send nothing"}}};
     for (const auto& [xml, why] : kWrong) {
         writeFile(mBoard.path(file), xml);
         const std::string said = seen({"leds", "--gif", gif, "--effect", file}, 1);

@@ -20,8 +20,7 @@ namespace tarq::tools {
 
 std::string whyUnreadable(const std::string& file) {
     const host::XmlError error = host::findXmlError(deviceFile(file));
-    if (error.cause.empty()) return "";
-    return error.describe(host::escaped(file)) + (error.line > 0 ? " (it is no XML)" : "");
+    return error.cause.empty() ? "" : error.describe(host::escaped(file));
 }
 
 static std::vector<EffectItem> readItems(const Session& session, const std::string& path,

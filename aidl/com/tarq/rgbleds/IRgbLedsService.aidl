@@ -14,7 +14,7 @@ interface IRgbLedsService {
     boolean setRgbColor(int id, int color);
     /** True when the attribute could be opened. */
     boolean setRgbBrightness(int id, int brightness);
-    /** Plays an effect file, by an absolute path that the daemon can read. 0, whatever came of it. */
+    /** Plays an effect file, by an absolute path that the daemon can read. 0, whatever comes. */
     int loadXmlFile(String path);
     /** 1, or 0 when the attribute could not be opened; 1 as well when no effect was playing. */
     int stopLampEffect();
