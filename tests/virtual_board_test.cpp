@@ -122,7 +122,7 @@ TEST_F(VirtualBoard, folder_that_is_no_board_is_one_error_line) {
             {"<board><gpio number='1'/>\n<gpio number='1'/></board>", "2: gpio: /sys/class/gpio"},
             {"<board>\n<gpio number='1' level='up'/></board>", "2: gpio: level is neither"},
             {"<board><leds count='256'/></board>", "1: leds: count is not 1 to 255"},
-            {"<board>", "1: XML_ERROR"}};
+            {"<board>", "1: an element is not closed by an end tag of its name: <board>"}};
     for (const auto& [xml, where] : kWrong) {
         writeFile(mFolder / "board.xml", xml);
         EXPECT_THAT(refusal(), testing::StartsWith(mFolder / "board.xml:" + where));

@@ -16,6 +16,7 @@
 #include "host/board/leds/led_nodes.h"
 #include "host/run/faults.h"
 #include "host/run/text.h"
+#include "host/run/xml_error.h"
 
 namespace tarq::board {
 
@@ -195,12 +196,12 @@ Fitted fit(const std::filesystem::path& file, Hardware& hardware) {
     const auto fail = [&](int line, const std::string& what) {
         throw std::runtime_error(file.string() + ":" + std::to_string(line) + ": " + what);
     };
+    const host::XmlError error = host::findXmlError(file);
+    if (!error.cause.empty()) throw std::runtime_error(error.describe(file));
     tinyxml2::XMLDocument document;
-    if (document.LoadFile(file.c_str()) != tinyxml2::XML_SUCCESS) {
-        fail(document.ErrorLineNum(), document.ErrorName());
-    }
+    document.LoadFile(file.c_str());
     const XMLElement* root = document.RootElement();
-    if (root == nullptr) fail(1, "not a <board>");
+    if (root == nullptr) fail(1, "it cannot be read");  // it was there a moment ago
     if (strcmp(root->Name(), "board") != 0) fail(root->GetLineNum(), "not a <board>");
     if (const auto* attribute = root->FirstAttribute(); attribute != nullptr) {
         fail(root->GetLineNum(), std::string("board: has no \"") + attribute->Name() + "\"");

@@ -54,12 +54,6 @@ void GrowingFile::append(const char* bytes, size_t size, const TakeLine& take) {
     }
 }
 
-// Of a line that is half written only the rest is handed over, which is no line of a log.
-void GrowingFile::skip() {
-    if (reopenIfReplaced([](const std::string&) {}) == 0) lseek(mFd, 0, SEEK_END);
-    mPartial.clear();
-}
-
 int GrowingFile::read(const TakeLine& take) {
     if (const int error = reopenIfReplaced(take)) return error;
     char buffer[65536];
@@ -69,6 +63,11 @@ int GrowingFile::read(const TakeLine& take) {
         if (size == 0) return 0;
         append(buffer, static_cast<size_t>(size), take);
     }
+}
+
+void GrowingFile::skip() {
+    if (reopenIfReplaced([](const std::string&) {}) == 0) lseek(mFd, 0, SEEK_END);
+    mPartial.clear();
 }
 
 void GrowingFile::finish(const TakeLine& take) {

@@ -46,13 +46,16 @@ TimeLimit::TimeLimit(const Session& session, std::function<Failure()> failure)
     : mTimer(session.timeout,
              [&session, failure = std::move(failure)] { endWith(session, failure()); }) {}
 
-Failure noAnswer(const Session& session, const std::string& likelyCause) {
+Failure noAnswer(const Session& session, const std::string& likelyCause,
+                 const Unfinished& unfinished) {
     std::ostringstream longer;
     longer << "--timeout " << std::clamp(session.timeout.count() * 6, 60.0, kMaxTimeout) << " "
            << session.line;
+    const bool goesOn = !unfinished.what.empty();
     return session.failure("timeout",
-                           "no answer after " + seconds(session.timeout) + ": " + likelyCause,
-                           session.next(longer.str()));
+                           "no answer after " + seconds(session.timeout) + ": " + likelyCause +
+                                   (goesOn ? "; " + unfinished.what : ""),
+                           session.next(goesOn ? unfinished.command : longer.str()));
 }
 
 std::string seconds(std::chrono::duration<double> time) {

@@ -15,6 +15,10 @@ struct Options {
     bool hasTimes = false;
 };
 
+static std::string refusalOf(const host::LedRecord& record) {
+    return record.whyRefused.empty() ? "" : " (refused: " + host::escaped(record.whyRefused) + ")";
+}
+
 static void print(const Session& session, bool hasTimes, const std::string& line) {
     host::LedLine parsed;
     if (session.json) {
@@ -22,8 +26,7 @@ static void print(const Session& session, bool hasTimes, const std::string& line
     } else if (host::parseLedLine(line, &parsed) && parsed.leds == 0) {
         const host::LedRecord& record = parsed.record;
         session.out << (hasTimes ? host::logTime(record.ms) + " " : "") + record.attribute + " " +
-                               host::escaped(record.text) +
-                               (record.isRefused ? " (refused)\n" : "\n")
+                               host::escaped(record.text) + refusalOf(record) + "\n"
                     << std::flush;
     }
 }
