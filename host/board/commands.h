@@ -24,7 +24,7 @@ class Commands {
     void perform(const std::vector<std::string>& words);
 
   private:
-    std::string find(const std::string& node) const;
+    void requireKnown(const std::string& command, const std::string& node) const;
     void set(const std::string& node, const std::string& value);
     void requireTrace();
     template <typename Change>

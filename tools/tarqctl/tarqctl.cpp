@@ -10,18 +10,11 @@
 #include "tools/tarqctl/command_line.h"
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/help.h"
+#include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
 
 namespace {
-
-// Written so that "nan" fails, which is neither less nor greater.
-std::string checkTimeout(const std::string& text) {
-    double value = 0;
-    const bool isNumber = CLI::detail::lexical_cast(text, value);
-    if (isNumber && value >= 0.001 && value <= kMaxTimeout) return "";
-    return "\"" + text + "\" is no number of seconds from 0.001 to 86400";
-}
 
 void declareGlobals(CLI::App& app, Session& session, double* timeout) {
     app.add_option("--board", session.board.directory,
@@ -29,9 +22,7 @@ void declareGlobals(CLI::App& app, Session& session, double* timeout) {
             ->type_name("DIR")
             ->envname("TARQ_BOARD");
     app.add_flag("--json", session.json, "print JSON, errors too");
-    app.add_option("--timeout", *timeout, "how long the daemon may take, in seconds; 10")
-            ->type_name("S")
-            ->check(checkTimeout);
+    addSeconds(app, "--timeout", "how long the daemon may take, in seconds; 10", timeout);
 }
 
 Run declare(CLI::App& app, Session& session, double* timeout) {

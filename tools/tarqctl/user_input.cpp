@@ -68,6 +68,19 @@ CLI::Option* addNumbers(CLI::App& app, const std::string& name, const std::strin
             description);
 }
 
+// Written so that "nan" fails, which is neither less nor greater.
+static std::string checkSeconds(const std::string& text) {
+    double value = 0;
+    const bool isNumber = CLI::detail::lexical_cast(text, value);
+    if (isNumber && value >= 0.001 && value <= kMaxTimeout) return "";
+    return "\"" + text + "\" is no number of seconds from 0.001 to 86400";
+}
+
+CLI::Option* addSeconds(CLI::App& app, const std::string& name, const std::string& description,
+                        double* value) {
+    return app.add_option(name, *value, description)->type_name("S")->check(checkSeconds);
+}
+
 void readLines(const Session& session, const std::string& file,
                const std::function<void(const std::string&)>& take) {
     std::ifstream opened;

@@ -53,8 +53,7 @@ void openBoard(Session& session) {
 std::string askBoard(const Session& session, const std::vector<std::string>& words) {
     host::Answer answer;
     {
-        const TimeLimit limit(session,
-                              [&] { return noAnswer(session, "the board hangs or is stopped"); });
+        const TimeLimit limit(session, [&] { return noAnswer(session, "the board hangs"); });
         answer = host::askBoard(session.board, words);
     }
     if (answer.error == 0) return answer.isDone ? "" : answer.reason;

@@ -42,7 +42,8 @@ class TimeLimit {
 };
 
 // What it means when --timeout is over: "no answer after 10 s: LIKELY CAUSE", and the same command
-// with more time to try next.
+// with more time to try next. A process that is stopped is the cause, and what lets it go on comes
+// next.
 Failure noAnswer(const Session& session, const std::string& likelyCause);
 
 // "10 s"

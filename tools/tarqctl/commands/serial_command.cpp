@@ -60,14 +60,16 @@ class SerialPrinter {
 
 Run declareSerial(CLI::App& app) {
     const auto follows = std::make_shared<bool>(false);
-    app.add_flag("-f", *follows, "go on with what is added, until Ctrl-C");
+    app.add_flag("-f", *follows,
+                 "go on with what is added, until Ctrl-C or the board's end,\n"
+                 "which is exit code 2");
     return [follows](Session& session) -> int {
         openBoard(session);
         SerialPrinter printer(session);
         printRecord(session, session.board.serialRecords(), "serial", *follows,
                     [&printer](const std::string& line) { printer.take(line); });
         printer.finish();
-        return kDone;
+        return printed(session, *follows);
     };
 }
 
