@@ -4,6 +4,7 @@
 #include "host/board/coprocessor/ash_reader.h"
 #include "host/board/coprocessor/ezsp.h"
 #include "tools/tarqctl/view/frame_text.h"
+#include "tools/tarqctl/view/hex_text.h"
 
 using namespace tarq::board::ash;
 using tarq::tools::bytesFromText;

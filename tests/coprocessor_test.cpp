@@ -4,6 +4,7 @@
 
 #include "tests/test_board.h"
 #include "tools/tarqctl/view/frame_text.h"
+#include "tools/tarqctl/view/hex_text.h"
 
 using namespace testing;
 using tarq::board::ash::asHex;

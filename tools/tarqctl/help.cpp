@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "tools/tarqctl/user_input.h"
+
 namespace tarq::tools {
 
 static constexpr int kNames = 14;  // the width of the names' column
@@ -15,6 +17,12 @@ using Rows = std::vector<std::pair<std::string, std::string>>;
 
 static bool isPositional(const CLI::Option* option) {
     return option->get_positional();
+}
+
+static std::vector<const CLI::Option*> shownPositionals(const CLI::App& app) {
+    return app.get_options([](const CLI::Option* option) {
+        return isPositional(option) && option->get_group() != kHidden;
+    });
 }
 
 static std::string usageOf(const CLI::Option& positional) {
@@ -28,7 +36,7 @@ std::string usageOf(const CLI::App& app) {
     for (const CLI::App* a = &app; a->get_parent() != nullptr; a = a->get_parent()) {
         words = " " + a->get_name() + words;
     }
-    for (const CLI::Option* option : app.get_options(isPositional)) {
+    for (const CLI::Option* option : shownPositionals(app)) {
         words += " " + usageOf(*option);
     }
     if (!app.get_subcommands({}).empty()) words += " COMMAND";
@@ -38,7 +46,7 @@ std::string usageOf(const CLI::App& app) {
 // What a command is given, in order.
 static Rows positionals(const CLI::App& app) {
     Rows rows;
-    for (const CLI::Option* option : app.get_options(isPositional)) {
+    for (const CLI::Option* option : shownPositionals(app)) {
         rows.emplace_back(option->get_name(), option->get_description());
     }
     return rows;

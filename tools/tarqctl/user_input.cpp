@@ -81,17 +81,31 @@ CLI::Option* addSeconds(CLI::App& app, const std::string& name, const std::strin
     return app.add_option(name, *value, description)->type_name("S")->check(checkSeconds);
 }
 
-void readLines(const Session& session, const std::string& file,
-               const std::function<void(const std::string&)>& take) {
+static void readFrom(const Session& session, const std::string& file,
+                     const std::function<void(std::istream&)>& read) {
     std::ifstream opened;
     errno = 0;
     if (file != "-") opened.open(file, std::ios::binary);
     std::istream& in = file == "-" ? session.in : opened;
-    bool isRead = file == "-" || opened.is_open();
-    for (std::string line; isRead && std::getline(in, line);) take(line);
+    const bool isRead = file == "-" || opened.is_open();
+    if (isRead) read(in);
     if (isRead && !in.bad()) return;
     throw session.failure("cannot_read", file + ": " + strerror(errno != 0 ? errno : EIO),
                           "tarqctl " + session.line.substr(0, session.line.find(' ')) + " --help");
+}
+
+void readLines(const Session& session, const std::string& file,
+               const std::function<void(const std::string&)>& take) {
+    readFrom(session, file, [&take](std::istream& in) {
+        for (std::string line; std::getline(in, line);) take(line);
+    });
+}
+
+void readCharacters(const Session& session, const std::string& file,
+                    const std::function<void(char)>& take) {
+    readFrom(session, file, [&take](std::istream& in) {
+        for (char c; in.get(c);) take(c);
+    });
 }
 
 }  // namespace tarq::tools

@@ -47,9 +47,15 @@ CLI::Option* addNumbers(CLI::App& app, const std::string& name, const std::strin
 CLI::Option* addSeconds(CLI::App& app, const std::string& name, const std::string& description,
                         double* value);
 
+// What is declared in this group is read, but told to nobody.
+constexpr char kHidden[] = "";
+
 // Hands over the lines of the file, or of standard input for "-", without their newlines. Throws a
 // Failure if it cannot be read.
 void readLines(const Session& session, const std::string& file,
                const std::function<void(const std::string&)>& take);
+// The same for its characters, as they come.
+void readCharacters(const Session& session, const std::string& file,
+                    const std::function<void(char)>& take);
 
 }  // namespace tarq::tools
