@@ -57,8 +57,8 @@ static Rows options(const CLI::App& app) {
     Rows rows;
     for (const CLI::App* a = &app; a != nullptr; a = a->get_parent()) {
         for (const CLI::Option* option : a->get_options()) {
-            const bool inherited = a != &app && option == a->get_help_ptr();
-            if (isPositional(option) || inherited) continue;
+            const bool isAsked = option == a->get_help_ptr() || option == a->get_version_ptr();
+            if (isPositional(option) || (a != &app && isAsked)) continue;
             const std::string type = option->get_type_name();
             rows.emplace_back(option->get_name(false, true) + (type.empty() ? "" : " " + type),
                               option->get_description());
@@ -97,6 +97,18 @@ static void print(std::ostream& out, const std::string& title, const Rows& rows)
     }
 }
 
+// A title is what stands at the beginning of a line and has a colon behind it.
+static std::string withBoldTitles(const std::string& help) {
+    std::istringstream lines(help);
+    std::string text;
+    for (std::string line; std::getline(lines, line);) {
+        const size_t colon = line.find(':');
+        const bool isTitle = colon != std::string::npos && line[0] != ' ';
+        text += isTitle ? "\x1b[1m" + line.insert(colon + 1, "\x1b[0m") + "\n" : line + "\n";
+    }
+    return text;
+}
+
 std::string HelpFormatter::make_help(const CLI::App* app, std::string /*name*/,
                                      CLI::AppFormatMode /*mode*/) const {
     std::ostringstream out;
@@ -105,7 +117,7 @@ std::string HelpFormatter::make_help(const CLI::App* app, std::string /*name*/,
     print(out, "arguments", positionals(*app));
     print(out, "options", options(*app));
     out << "\nexample:\n  " << app->get_footer() << "\n";
-    return out.str();
+    return mColoured ? withBoldTitles(out.str()) : out.str();
 }
 
 }  // namespace tarq::tools
