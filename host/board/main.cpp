@@ -34,9 +34,11 @@ static int run(int argc, char** argv) {
         return 0;
     } catch (const CLI::ParseError& error) {
         const std::string word = argc > 1 && argv[1][0] != '-' ? argv[1] : "";
-        const bool isUnknown = !word.empty() && !app.got_subcommand(serve);
-        const std::string why =
-                isUnknown ? word + ": " + tarq::host::noSuchCommand(word, {"serve"}) : error.what();
+        std::string why = error.what();
+        if (argc == 1) why = "no command is given; there is serve";
+        if (!word.empty() && !app.got_subcommand(serve)) {
+            why = word + ": " + tarq::host::noSuchCommand(word, {"serve"});
+        }
         fprintf(stderr,
                 "virtual_board: %s\nhint: virtual_board --help\n"
                 "usage: virtual_board serve [--shared] BOARD DIR\n",

@@ -231,6 +231,7 @@ int watchKeys(Session& session, const Limits& limits) {
         });
     }
     const Watch::End end = waitForEnd(session, *radio, *watch);
+    time.reset();  // does not return where the time was up first
     watch->sayCount();
     if (end == Watch::End::kEnough) return kDone;
     failWith(session, end);
