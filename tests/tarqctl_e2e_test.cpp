@@ -291,7 +291,6 @@ TEST_F(TarqctlE2e, daemon_that_is_gone_stopped_or_killed_is_told_apart) {
     followHint(tarqctl({"hwinfo"}), 2, "run/binder.sock: No such file or directory\n");
     startDaemon();
     mDaemon->kill(SIGSTOP);
-    mDaemon->kill(SIGSTOP);
     const std::string process = std::to_string(mDaemon->pid());
     const std::string why =
             ": the daemon is stopped (process " + process + ")\nhint: kill -CONT " + process + "\n";
