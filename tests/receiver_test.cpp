@@ -78,6 +78,19 @@ TEST_F(Receiver, that_comes_late_goes_and_comes_back_is_heard_each_time) {
     }
 }
 
+TEST_F(Receiver, key_right_after_a_start_waits_for_a_program_that_polls) {
+    radiokey_init(433);
+    sBoard->end(SIGTERM);
+    std::vector<int32_t> heard;
+    std::thread poller([&heard] {
+        for (int polls = 0; heard.empty() && polls < 5; ++polls) heard = poll();
+    });
+    sBoard->start();
+    run("key 1 2 3");
+    poller.join();
+    EXPECT_THAT(heard, ElementsAre(1, 2, 3, -90));
+}
+
 TEST_F(Receiver, queued_keys_keep_their_order_and_each_its_signal_strength) {
     radiokey_init(433);
     run("key -2147483648 -2 2147483647 --rssi -60");
