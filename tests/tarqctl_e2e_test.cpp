@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "host/run/lock.h"
 #include "tests/child_process.h"
 #include "tests/temporary_directory.h"
 #include "tools/tarqctl/ask/known_services.h"
@@ -154,7 +155,9 @@ TEST_F(TarqctlE2e, hardware_list_is_printed_and_time_is_taken) {
     for (const char* time : {"-1", "9223372036854775807", "-9223372036854775808"}) {
         EXPECT_EQ(tarqctl({"ota-time", time}).out, "") << time;
     }
-    EXPECT_EQ(tarqctl({"ota-time", "0", "--json"}).out, "{}\n");
+    EXPECT_EQ(tarqctl({"ota-time", "5", "--json"}).out, "{}\n");
+    EXPECT_THAT(tarqctl({"ota-time", "0"}).out,
+                HasSubstr("no package passes by its time any more"));
 }
 
 TEST_F(TarqctlE2e, package_is_compared_and_explained) {
@@ -321,9 +324,12 @@ TEST_F(TarqctlE2e, daemon_that_is_gone_stopped_or_killed_is_told_apart) {
     followHint(tarqctl({"hwinfo"}), 2, "run/binder.sock: No such file or directory\n");
     startDaemon();
     mDaemon->kill(SIGSTOP);
-    const Result stopped = tarqctl({"--timeout", "0.2", "services"});
-    mDaemon->kill(SIGCONT);
-    followHint(stopped, 2, "no answer after 0.2 s: the daemon hangs or is stopped\n");
+    const std::string process = std::to_string(mDaemon->pid());
+    const std::string why =
+            ": the daemon is stopped (process " + process + ")\nhint: kill -CONT " + process + "\n";
+    EXPECT_THAT(tarqctl({"--timeout", "0.2", "wait"}).out, EndsWith(why));
+    followHint(tarqctl({"--timeout", "0.2", "services"}), 2, "no answer after 0.2 s" + why);
+    EXPECT_EQ(tarqctl({"services"}).code, 0);
 
     const auto running = runUntilReleased();
     mDaemon->kill(SIGKILL);
@@ -334,14 +340,24 @@ TEST_F(TarqctlE2e, daemon_that_is_gone_stopped_or_killed_is_told_apart) {
                 HasSubstr("instantiate....."));
 }
 
-TEST_F(TarqctlE2e, log_is_followed_until_interrupted) {
+TEST_F(TarqctlE2e, log_is_followed_until_interrupted_or_the_board_ends) {
+    const int board = tarq::host::lockBoard({mBoard.path()});
     writeFile(mBoard / "run/log", "one\n");
-    const auto log = start({"log", "-f"});
-    EXPECT_EQ(log->readLine(), "one");
+    const auto interrupted = start({"log", "-f"}), log = start({"log", "-f"});
+    for (const auto& each : {interrupted.get(), log.get()}) EXPECT_EQ(each->readLine(), "one");
     std::ofstream(mBoard / "run/log", std::ios::app) << "two\n";
-    EXPECT_EQ(log->readLine(), "two");
-    log->kill(SIGINT);
-    EXPECT_EQ(log->wait(), 0);
+    for (const auto& each : {interrupted.get(), log.get()}) EXPECT_EQ(each->readLine(), "two");
+    interrupted->kill(SIGINT);
+    EXPECT_EQ(interrupted->wait(), 0);
+    std::ofstream(mBoard / "run/log", std::ios::app) << "the last";
+    close(board);
+    followHint(finish(*log), 2, "the last\ntarqctl: log -f: the board ended\n");
+}
+
+TEST_F(TarqctlE2e, command_without_output_says_so_on_a_terminal) {
+    startDaemon();
+    const std::string onTerminal = "script -qec 'tarqctl shell \"true;true\"' /dev/null";
+    EXPECT_THAT(sh(onTerminal, mBoard.path()).out, HasSubstr("no standard output came back"));
 }
 
 TEST_F(TarqctlE2e, output_that_nobody_takes_ends_the_tool) {

@@ -27,7 +27,7 @@ class Commands {
   private:
     void carryOut(const std::vector<std::string>& words);
     std::string state() const;
-    std::string find(const std::string& node) const;
+    void requireKnown(const std::string& command, const std::string& node) const;
     void set(const std::string& node, const std::string& value);
     void requireTrace();
     template <typename Change>

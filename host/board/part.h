@@ -18,8 +18,8 @@ class Part {
   public:
     virtual ~Part() = default;
 
-    // What users call it, and what of it can be set: "receiver", "receiver_rssi".
-    virtual std::vector<std::string> names() const = 0;
+    // What the command can be about: "receiver_rssi" for "set", "receiver" for "fault".
+    virtual std::vector<std::string> names(const std::string& command) const = 0;
 
     // Does it when the words are for this part: a command of its own, or "set NAME VALUE" and
     // "fault NAME FAULT" with one of its names. False when they are not. Throws std::exception with

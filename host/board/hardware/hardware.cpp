@@ -75,7 +75,7 @@ std::string Hardware::find(const std::string& nameOrPath) {
     std::string why = "there is no such node; there are:";
     std::set<std::string> namedPaths;
     for (const auto& [name, path] : mNames) {
-        why += " " + name;
+        if (!mEntries[path]->node->isPart()) why += " " + name;
         namedPaths.insert(path);
     }
     for (const auto& [path, entry] : mEntries) {

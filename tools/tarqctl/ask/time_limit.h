@@ -42,7 +42,8 @@ class TimeLimit {
 };
 
 // What it means when --timeout is over: "no answer after 10 s: LIKELY CAUSE", and the same command
-// with more time to try next; unless something goes on that is not to be begun once more.
+// with more time to try next; unless something goes on that is not to be begun once more. A process
+// that is stopped is the cause, and what lets it go on comes next.
 struct Unfinished {
     std::string what;     // "the transfer goes on"
     std::string command;  // to try next: "trace -f"

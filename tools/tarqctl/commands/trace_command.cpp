@@ -33,7 +33,9 @@ static void print(const Session& session, bool hasTimes, const std::string& line
 
 Run declareTrace(CLI::App& app) {
     const auto options = std::make_shared<Options>();
-    app.add_flag("-f", options->follows, "go on with what is added, until Ctrl-C");
+    app.add_flag("-f", options->follows,
+                 "go on with what is added, until Ctrl-C or the board's end,\n"
+                 "which is exit code 2");
     app.add_flag("--times", options->hasTimes,
                  "with the times of the log; without, two runs of the same\n"
                  "can be compared");
@@ -41,7 +43,7 @@ Run declareTrace(CLI::App& app) {
         openBoard(session);
         printRecord(session, session.board.ledRecords(), "trace", options->follows,
                     [&](const std::string& line) { print(session, options->hasTimes, line); });
-        return kDone;
+        return printed(session, options->follows);
     };
 }
 

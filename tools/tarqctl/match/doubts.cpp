@@ -4,35 +4,19 @@
 
 #include <algorithm>
 #include <map>
-#include <numeric>
-#include <utility>
 
 #include "hardware_info/text.h"
+#include "host/run/nearest.h"
 #include "tools/tarqctl/match/explanation.h"
 
 namespace tarq::tools {
 
 namespace {
 
-// Letters to be changed, added or taken away.
-size_t distance(const std::string& a, const std::string& b) {
-    std::vector<size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), size_t{0});
-    for (size_t i = 0; i < a.size(); ++i) {
-        size_t diagonal = std::exchange(row[0], i + 1);
-        for (size_t j = 0; j < b.size(); ++j) {
-            const size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({changed, row[j] + 1, row[j + 1] + 1});
-        }
-    }
-    return row.back();
-}
-
 // A name that is part of the other is as near as can be: "camera" means one of the cameras.
 size_t apart(const std::string& name, const std::string& known) {
     const bool contained = name.size() > 1 && known.find(name) != std::string::npos;
-    return contained ? 0 : distance(name, known);
+    return contained ? 0 : host::distance(name, known);
 }
 
 std::string nearest(const std::string& name, const std::vector<std::string>& names) {
