@@ -16,7 +16,10 @@ namespace fs = std::filesystem;
 
 class VirtualBoard : public testing::Test {
   protected:
-    VirtualBoard() { writeFile(mFolder / "build.prop", "ro.a=1\n"); }
+    VirtualBoard() {
+        writeFile(mFolder / "build.prop", "ro.a=1\n");
+        writeFile(mFolder / "board.xml", "<board/>");
+    }
     // A board that was killed has left it mounted.
     ~VirtualBoard() override { umount2((mDirectory / "hw").c_str(), MNT_DETACH); }
 

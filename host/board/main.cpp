@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 
 #include "host/board/serve.h"
+#include "host/run/standard_descriptors.h"
 
 static int run(int argc, char** argv) {
     CLI::App app{"Plays the hardware of a device on a plain Linux machine.", "virtual_board"};
@@ -11,27 +12,30 @@ static int run(int argc, char** argv) {
     app.require_subcommand(1);
     std::string folder;
     std::string directory;
-    bool isShared = false;
+    tarq::board::ServeOptions options;
     CLI::App* serve = app.add_subcommand(
             "serve",
             "Plays a board until it is told to end; prints \"ready\" when programs can be started "
             "with TARQ_BOARD=DIR");
     serve->add_option("BOARD", folder, "the folder that describes it")->required();
     serve->add_option("DIR", directory, "where it runs")->required();
-    serve->add_flag("--shared", isShared,
+    serve->add_flag("--shared", options.isShared,
                     "lets other users of this machine talk to the board's daemon");
+    serve->add_flag("--require-fuse", options.requiresFuse,
+                    "does not start without FUSE, where else plain files stand for the hardware");
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp&) {
         fputs(app.help().c_str(), stdout);
         return 0;
     }
-    tarq::board::serve(folder, directory, isShared);
+    tarq::board::serve(folder, directory, options);
     return 0;
 }
 
 // Exit codes: 0 ended as told, 2 it could not be played or wrong usage.
 int main(int argc, char** argv) {
+    tarq::host::openStandardDescriptors();
     try {
         return run(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -15,7 +15,8 @@ Run declareServices(CLI::App& app), declareWait(CLI::App& app), declareLog(CLI::
     declareShell(CLI::App& app), declareGetprop(CLI::App& app), declareSetprop(CLI::App& app),
     declareSet(CLI::App& app), declareFault(CLI::App& app), declareHold(CLI::App& app),
     declareRelease(CLI::App& app), declareKey(CLI::App& app), declareLeds(CLI::App& app),
-    declareTrace(CLI::App& app), declareSerial(CLI::App& app), declareAsh(CLI::App& app);
+    declareTrace(CLI::App& app), declareSerial(CLI::App& app), declareAsh(CLI::App& app),
+    declareUp(CLI::App& app);
 // clang-format on
 
 static constexpr char kDevice[] = "the device";
@@ -47,6 +48,8 @@ const std::vector<Command>& commands() {
              "tarqctl getprop ro.vendor.hardwareinfo_index 0", declareGetprop},
             {kDevice, "setprop", "Sets a property.", "tarqctl setprop persist.demo.colour blue",
              declareSetprop},
+            {kBoard, "up", "Starts a board and the daemon, and runs a command beside them.",
+             "tarqctl up --board panel_by_gpio tarqctl hwinfo", declareUp},
             {kBoard, "set", "Changes what is fitted, or a file below /vendor or /data.",
              "tarqctl set touch_panel 'type:FT\\nid:3\\n'", declareSet},
             {kBoard, "fault", "Makes a node go wrong, or with none right again.",
