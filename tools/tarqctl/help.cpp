@@ -49,8 +49,10 @@ static Rows options(const CLI::App& app) {
     Rows rows;
     for (const CLI::App* a = &app; a != nullptr; a = a->get_parent()) {
         for (const CLI::Option* option : a->get_options()) {
-            const bool inherited = a != &app && option == a->get_help_ptr();
-            if (isPositional(option) || inherited) continue;
+            // Its own of that name stands for it.
+            const bool isHidden =
+                    a != &app && app.get_option_no_throw(option->get_name()) != nullptr;
+            if (isPositional(option) || isHidden) continue;
             const std::string type = option->get_type_name();
             rows.emplace_back(option->get_name(false, true) + (type.empty() ? "" : " " + type),
                               option->get_description());
