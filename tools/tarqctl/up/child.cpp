@@ -89,8 +89,12 @@ void Child::signal(int signal) {
     }
 }
 
+// A process that has ended counts as one of its group until somebody has asked for its status.
 bool Child::isGone() {
-    return hasEnded() && (!mProgram.isPart || kill(-mPid, 0) != 0);
+    if (!hasEnded()) return false;
+    if (!mProgram.isPart) return true;
+    while (waitpid(-mPid, nullptr, WNOHANG) > 0) continue;
+    return kill(-mPid, 0) != 0;
 }
 
 }  // namespace tarq::tools

@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <host/process_board.h>
 #include <string.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <deque>
@@ -75,7 +76,6 @@ class Up {
     int showLog();
     int runCommand(const std::vector<std::string>& words);
 
-    Failure partEnded(const std::string& what, Child& part) const;
     void requireRoom() const;
     void sayLastLines() const;
     void watch();
@@ -122,9 +122,8 @@ void Up::makeDirectory(const std::string& folder) {
     });
 }
 
-Failure Up::partEnded(const std::string& what, Child& part) const {
-    return {"part_ended", "up", what + part.name() + " " + part.howItEnded(),
-            "tarqctl up, to start anew"};
+static Failure partEnded(const std::string& who, const Child& part) {
+    return {"part_ended", "up", who + " " + part.howItEnded(), "tarqctl up"};
 }
 
 void Up::startBoard(const std::string& folder) {
@@ -143,7 +142,7 @@ void Up::startBoard(const std::string& folder) {
         pause(ends[0]);
         while (byte != '\n' && read(ends[0], &byte, 1) == 1) continue;
         if (byte == '\n') break;
-        if (mBoard->hasEnded()) throw partEnded("the board did not start: ", *mBoard);
+        if (mBoard->hasEnded()) throw partEnded("the board did not start: it", *mBoard);
         if (waiting.elapsed() > kBoardPatience) {
             throw Failure{"timeout", "up", "the board is not ready after 60 s", "tarqctl up"};
         }
@@ -189,14 +188,14 @@ void Up::startDaemon() {
     while (!serves.hasEnded() && !mDaemon->hasEnded()) {
         pause();
         requireRoom();
-        if (mBoard->hasEnded()) throw partEnded("", *mBoard);
+        if (mBoard->hasEnded()) throw partEnded(mBoard->name(), *mBoard);
         waiting.goOn();
     }
     requireRoom();
     if (serves.hasEnded() && serves.status() == 0) return;
     sayLastLines();
-    if (mDaemon->hasEnded()) throw partEnded("the daemon did not start: ", *mDaemon);
-    throw Failure{"no_daemon", "up", "the daemon does not serve", "tarqctl up, to start anew"};
+    if (mDaemon->hasEnded()) throw partEnded("the daemon did not start: it", *mDaemon);
+    throw Failure{"no_daemon", "up", "the daemon does not serve", "tarqctl up"};
 }
 
 // What ended or is full is said once, while the command goes on.
@@ -225,10 +224,10 @@ int Up::showLog() {
     for (int looksAfterwards = 5; looksAfterwards > 0;) {
         if (log.hasEnded()) --looksAfterwards;
         pause();
-        watch();
         for (Child* part : {mBoard, mDaemon}) {
-            if (part->hasEnded()) throw partEnded("", *part);
+            if (part->hasEnded()) throw partEnded(part->name(), *part);
         }
+        watch();
     }
     return log.status();
 }
@@ -295,6 +294,9 @@ int Up::run(const std::vector<std::string>& command) {
 
 int runUp(const Session& session, const UpOptions& options,
           const std::vector<std::string>& command) {
+    // What the parts have started becomes a child of this process when they end, and not of one that
+    // may never look after it.
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
     return Up(session, options).run(command);
 }
 
