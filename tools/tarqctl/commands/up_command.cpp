@@ -29,7 +29,7 @@ Run declareUp(CLI::App& app) {
     const auto options = std::make_shared<UpOptions>();
     app.add_option("--board", options->board,
                    "a known board, demo_panel by default, or a folder with a build.prop")
-            ->type_name("NAME|DIR");
+            ->type_name("NAME");
     app.add_flag("--shared", options->isShared,
                  "let other users of this machine talk to the daemon");
     app.add_flag("--require-fuse", options->requiresFuse,

@@ -21,9 +21,9 @@ Signals::Signals() {
     mFd = signalfd(-1, &taken, SFD_CLOEXEC | SFD_NONBLOCK);
 }
 
+// They stay as they are: the program ends now, and one that comes late must not change its status.
 Signals::~Signals() {
     close(mFd);
-    restore();
 }
 
 int Signals::wait(std::chrono::milliseconds time, int readable) const {

@@ -7,8 +7,9 @@
 
 namespace tarq::tools {
 
-// From its construction on SIGINT, SIGTERM and SIGHUP, unless the program was started with them
-// ignored, and SIGCHLD do nothing but end a wait. One a process, which has no other thread.
+// From its construction to the program's end SIGINT, SIGTERM and SIGHUP, unless the program was
+// started with them ignored, and SIGCHLD do nothing but end a wait. One a process, which has no
+// other thread.
 class Signals {
   public:
     Signals();

@@ -294,8 +294,8 @@ int Up::run(const std::vector<std::string>& command) {
 
 int runUp(const Session& session, const UpOptions& options,
           const std::vector<std::string>& command) {
-    // What the parts have started becomes a child of this process when they end, and not of one that
-    // may never look after it.
+    // What the parts have started becomes a child of this process when they end, and not of one
+    // that may never look after it.
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     return Up(session, options).run(command);
 }
