@@ -26,7 +26,7 @@ TEST(Daemon, commands_inherit_no_descriptor_and_no_ignored_signal) {
     for (int signal = 1; signal < SIGRTMAX; ++signal) ::signal(signal, SIG_DFL);
     const std::string log = board / "run/log";
     ChildProcess daemon({TARQD}, {"TARQ_LOG=" + log});
-    ASSERT_TRUE(eventually([&] {  // its last module has started
+    ASSERT_TRUE(eventually([&] {  // the module that is asked here has started
         return readFile(log).find("ShellService: instantiate.....\n") != std::string::npos;
     }));
     const sp<IShellService> shell = interface_cast<IShellService>(

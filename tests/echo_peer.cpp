@@ -18,15 +18,9 @@ class Printer : public BBinder {
     status_t onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override {
         if (code != 1) return BBinder::onTransact(code, data, reply, flags);
         printf("fired %d\n", data.readInt32());
-        fflush(stdout);
         return OK;
     }
 };
-
-static void say(const char* text) {
-    puts(text);
-    fflush(stdout);
-}
 
 static void printCaller(const sp<IBinder>& service) {
     Parcel data;
@@ -35,7 +29,6 @@ static void printCaller(const sp<IBinder>& service) {
     const int32_t uid = reply.readInt32();
     const bool ownPid = reply.readInt32() == getpid();
     printf("uid %d, %s pid\n", uid, ownPid ? "own" : "foreign");
-    fflush(stdout);
 }
 
 // A child of fork shares the connections: it is refused, and the parent is served on.
@@ -45,12 +38,13 @@ static int forkAndCall(const sp<IBinder>& service) {
     if (child == 0) _exit(echo::call(service, echo::WHO) == INVALID_OPERATION ? 0 : 1);
     int status = -1;
     waitpid(child, &status, 0);
-    say(status == 0 ? "child refused" : "child served");
+    puts(status == 0 ? "child refused" : "child served");
     printCaller(service);
     return 0;
 }
 
 int main(int argc, char** argv) {
+    setvbuf(stdout, nullptr, _IOLBF, 0);
     const std::string mode = argc > 1 ? argv[1] : "";
     const sp<IBinder> service = echo::find();
     if (service == nullptr) return 3;
@@ -61,12 +55,10 @@ int main(int argc, char** argv) {
     } else if (mode == "keep") {
         ProcessState::self()->startThreadPool();
         echo::keep(service, new Printer);
-        say("kept");
+        puts("kept");
         for (;;) pause();
     } else if (mode == "wait") {
-        say("waiting");
         echo::call(service, echo::WAIT);
-        say("passed");
     }
     return 0;
 }

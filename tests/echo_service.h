@@ -47,10 +47,7 @@ class Living : public BBinder {
     }
 };
 
-class EchoService : public BBinder {
-  public:
-    EchoService() : mMourner(new Mourner) {}
-
+class EchoService : public BBinder, public IBinder::DeathRecipient {
   protected:
     status_t onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override {
         switch (code) {
@@ -63,6 +60,16 @@ class EchoService : public BBinder {
             case WHO:
                 reply->writeInt32(static_cast<int32_t>(IPCThreadState::self()->getCallingUid()));
                 return reply->writeInt32(IPCThreadState::self()->getCallingPid());
+            case KEEP:
+                return keep(data, reply);
+            case LAST:
+                return reply->writeStrongBinder(last());
+            case FORGET:
+                return forget();
+            case FIRE:
+                return fire(data, reply);
+            case DEATHS:
+                return reply->writeInt32(mDeaths);
             case WAIT:
                 return waitForGate();
             case WAITING:
@@ -73,37 +80,13 @@ class EchoService : public BBinder {
                 return reply->writeInt32(Living::count());
             case MAKE:
                 return reply->writeStrongBinder(new Living);
-            case DEATHS:
-                return reply->writeInt32(mMourner->deaths);
-            default:
-                return keeping(code, data, reply, flags);
-        }
-    }
-
-  private:
-    struct Mourner : public DeathRecipient {
-        void binderDied(const wp<IBinder>& /*who*/) override { ++deaths; }
-        std::atomic<int32_t> deaths{0};
-    };
-
-    status_t keeping(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) {
-        switch (code) {
-            case KEEP:
-                return keep(data, reply);
-            case LAST:
-                return reply->writeStrongBinder(last());
-            case FORGET: {
-                std::vector<sp<IBinder>> dropped;
-                std::lock_guard<std::mutex> guard(mLock);
-                dropped.swap(mKept);
-                return OK;
-            }
-            case FIRE:
-                return fire(data, reply);
             default:
                 return BBinder::onTransact(code, data, reply, flags);
         }
     }
+
+  private:
+    void binderDied(const wp<IBinder>& /*who*/) override { ++mDeaths; }
 
     status_t keep(const Parcel& data, Parcel* reply) {
         sp<IBinder> binder;
@@ -115,13 +98,20 @@ class EchoService : public BBinder {
             for (const auto& kept : mKept) known = known || kept == binder;
             mKept.push_back(binder);
         }
-        binder->linkToDeath(mMourner);
+        binder->linkToDeath(this);
         return reply->writeInt32(known ? 1 : 0);
     }
 
     sp<IBinder> last() {
         std::lock_guard<std::mutex> guard(mLock);
         return mKept.empty() ? nullptr : mKept.back();
+    }
+
+    status_t forget() {
+        std::vector<sp<IBinder>> dropped;
+        std::lock_guard<std::mutex> guard(mLock);
+        dropped.swap(mKept);
+        return OK;
     }
 
     status_t fire(const Parcel& data, Parcel* reply) {
@@ -153,7 +143,7 @@ class EchoService : public BBinder {
         return OK;
     }
 
-    const sp<Mourner> mMourner;
+    std::atomic<int32_t> mDeaths{0};
     std::mutex mLock;
     std::condition_variable mGate;
     int mOpened = 0;

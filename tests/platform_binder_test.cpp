@@ -3,7 +3,6 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <thread>
@@ -40,6 +39,19 @@ class BinderTest : public ::testing::Test {
         std::vector<std::string> command = {ECHO_PEER};
         command.insert(command.end(), arguments.begin(), arguments.end());
         return std::make_unique<ChildProcess>(command, std::vector<std::string>{}, uid);
+    }
+
+    // A client process with a callback that the daemon keeps, and which prints what it is told.
+    static std::unique_ptr<ChildProcess> keeper() {
+        auto client = peer({"keep"});
+        EXPECT_EQ("kept", client->readLine());
+        return client;
+    }
+    // How many of so many one-way calls to the callback kept last were accepted.
+    static int32_t fire(int32_t calls, int32_t tag) {
+        int32_t accepted = -1;
+        EXPECT_EQ(OK, call(echo::find(), echo::FIRE, {calls, tag}, &accepted));
+        return accepted;
     }
 
     int rawConnection() const {
@@ -156,7 +168,7 @@ TEST_F(BinderTest, a_callback_may_be_sent_again_while_it_is_let_go) {
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(0, failures);
     EXPECT_EQ(OK, echo::keep(service, callback));
-    EXPECT_EQ(OK, call(service, echo::FIRE, {1, 1}));
+    EXPECT_EQ(1, fire(1, 1));
 }
 
 TEST_F(BinderTest, bursts_of_callbacks_arrive_whole_in_order_and_say_who_calls) {
@@ -164,42 +176,34 @@ TEST_F(BinderTest, bursts_of_callbacks_arrive_whole_in_order_and_say_who_calls) 
         status_t onTransact(uint32_t, const Parcel& data, Parcel*, uint32_t) override {
             const IPCThreadState* caller = IPCThreadState::self();
             if (caller->getCallingUid() != getuid() || caller->getCallingPid() != 0) return OK;
-            std::lock_guard<std::mutex> guard(lock);
-            values.push_back(data.readInt32());
+            const int32_t value = data.readInt32();
+            isInOrder = isInOrder && value >= last.exchange(value);
+            ++count;
             return OK;
         }
-        size_t count() {
-            std::lock_guard<std::mutex> guard(lock);
-            return values.size();
-        }
-        std::mutex lock;
-        std::vector<int32_t> values;
+        std::atomic<int> count{0}, last{0};
+        std::atomic<bool> isInOrder{true};
     };
     ProcessState::self()->startThreadPool();
     const sp<IBinder> service = echo::find();
     const sp<Receiver> receiver = new Receiver;
     echo::keep(service, receiver);
     for (int32_t i = 0; i < 10; ++i) {
-        int32_t accepted = -1;
-        ASSERT_EQ(OK, call(service, echo::FIRE, {1000, i}, &accepted));
-        ASSERT_EQ(1000, accepted);
+        ASSERT_EQ(1000, fire(1000, i));
     }
-    ASSERT_TRUE(eventually([&] { return receiver->count() == 10000; }));
-    EXPECT_TRUE(std::is_sorted(receiver->values.begin(), receiver->values.end()));
+    EXPECT_TRUE(eventually([&] { return receiver->count == 10000; }));
+    EXPECT_TRUE(receiver->isInOrder);
 }
 
 TEST_F(BinderTest, a_killed_client_is_noticed_once_for_each_link) {
     const sp<IBinder> service = echo::find();
-    const auto victim = peer({"keep"});
-    ASSERT_EQ("kept", victim->readLine());
-    EXPECT_EQ(OK, call(service, echo::FIRE, {1, 5}));
+    const auto victim = keeper();
+    EXPECT_EQ(1, fire(1, 5));
     EXPECT_EQ("fired 5", victim->readLine());
     EXPECT_EQ(0, ask(service, echo::DEATHS));
     victim->kill(SIGKILL);
     EXPECT_TRUE(eventually([&] { return ask(service, echo::DEATHS) == 1; }));
-    int32_t accepted = -1;
-    EXPECT_EQ(OK, call(service, echo::FIRE, {3, 6}, &accepted));
-    EXPECT_EQ(0, accepted);
+    EXPECT_EQ(0, fire(3, 6));
     EXPECT_EQ(1, ask(service, echo::DEATHS));
 }
 
@@ -274,18 +278,13 @@ TEST_F(BinderTest, a_child_of_fork_is_refused_and_its_parent_served_on) {
 }
 
 TEST_F(BinderTest, a_stopped_client_delays_nobody_and_loses_only_its_own) {
-    const sp<IBinder> service = echo::find();
-    const auto stopped = peer({"keep"});
-    ASSERT_EQ("kept", stopped->readLine());
+    const auto stopped = keeper();
     stopped->kill(SIGSTOP);
-    int32_t accepted = -1;
-    EXPECT_EQ(OK, call(service, echo::FIRE, {50000, 1}, &accepted));
+    const int32_t accepted = fire(50000, 1);
     EXPECT_GT(accepted, 5000);  // what the device keeps for a process, in calls of usual sizes
     EXPECT_LT(accepted, 50000);
-    const auto other = peer({"keep"});
-    ASSERT_EQ("kept", other->readLine());
-    EXPECT_EQ(OK, call(service, echo::FIRE, {1, 2}, &accepted));
-    EXPECT_EQ(1, accepted);
+    const auto other = keeper();
+    EXPECT_EQ(1, fire(1, 2));
     EXPECT_EQ("fired 2", other->readLine());
     stopped->kill(SIGCONT);
     EXPECT_EQ("fired 1", stopped->readLine());
@@ -349,15 +348,12 @@ TEST_F(BinderTest, garbage_ends_its_connection_and_nothing_else) {
 }
 
 TEST_F(BinderTest, a_client_with_thousands_of_connections_is_held_to_its_share) {
-    const auto other = peer({"keep"});
-    ASSERT_EQ("kept", other->readLine());
+    const auto other = keeper();
     std::vector<int> connections;
     for (int i = 0; i < 3000; ++i) connections.push_back(rawConnection());
     EXPECT_EQ(self(), peer({"who"})->readLine());
     for (const int fd : connections) close(fd);
-    const sp<IBinder> service = echo::find();
-    ASSERT_TRUE(service);
-    EXPECT_EQ(OK, call(service, echo::FIRE, {1, 9}));
+    EXPECT_EQ(1, fire(1, 9));
     EXPECT_EQ("fired 9", other->readLine());
 }
 

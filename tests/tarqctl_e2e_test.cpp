@@ -202,24 +202,6 @@ TEST_F(TarqctlE2e, yes_without_a_comparison_is_said_and_strict_refuses_it) {
     EXPECT_EQ(tarqctl({"match", "--strict", "tp:x"}).code, 1);
 }
 
-TEST_F(TarqctlE2e, yes_that_another_request_has_caused_is_said) {
-    describeBoard("<hw Peripheral='tp'>gt9</hw><hw Peripheral='bt'>r</hw>");
-    const std::string touchPanel = mBoard / "root/sys/class/tpinfo/tpinfo_ic_info";
-    fs::create_directories(fs::path(touchPanel).parent_path());
-    ASSERT_EQ(mkfifo(touchPanel.c_str(), 0600), 0);
-    startDaemon();
-    const auto slow = start({"match", "bt:x", "tp:GT-5"});
-    ASSERT_TRUE(eventually([&] {
-        return readFile(mBoard / "run/log").find("tp,gt9 inited,GT-5 given") != std::string::npos;
-    }));
-    EXPECT_EQ(tarqctl({"match", "bt:r"}).code, 1);
-    std::ofstream(touchPanel) << "type:GT\nid:5\n";
-    const Result result = finish(*slow);
-    EXPECT_EQ(result.code, 0);
-    EXPECT_THAT(result.out, StartsWith("yes: 1 of 2 board parts does not fit; another request at "
-                                       "the same time got in between, ask again\n"));
-}
-
 TEST_F(TarqctlE2e, command_output_is_printed_as_it_is_and_a_cut_is_said) {
     startDaemon();
     EXPECT_EQ(tarqctl({"shell", "printf", "'a\\n b'"}).out, "a\n b");

@@ -64,17 +64,13 @@ TEST_F(TarqctlLed, wrong_usage_is_told_and_nothing_is_sent) {
             {"led colour 1", "there is no such command, only color brightness"},
             {"led color 1 ff800", "RRGGBB: \"ff800\" is no colour"},
             {"led color 1 -f8000", "-f8000"},
-            {"led color 1 ##ff800", "\"##ff800\""},
             {"led color 1 #-f8000", "\"#-f8000\""},
             {"led color 0x1 ff8000", "ID: \"0x1\" is no decimal number"},
-            {"led brightness 1 ff", "\"ff\""},
             {"led brightness 2147483648", "\"2147483648\""},
             {"led set --color ff8000 1", "--brightness is required"},
             {"led set --color ff8000 --brightness 1", "ID is required"},
-            {"led set --color ff8000 --brightness 1 1 x", "ID: \"x\""},
             {"led effect 1 type=1 color=ff0000 brightness=1 cont=1", "val: it is not given"},
             {"led effect 1 type=1 type=2", "type: it is given twice"},
-            {"led effect 1 color=5", "color: \"5\" is no colour"},
             {"led effect 1 type", "type: it is none of type="}};
     for (const auto& [line, why] : kLines) {
         EXPECT_THAT(tarqctl(line), AllOf(HasSubstr(why), HasSubstr("\nusage: "), EndsWith("2")));

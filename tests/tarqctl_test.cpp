@@ -184,18 +184,10 @@ TEST_F(Tarqctl, property_is_set_or_the_refusal_says_why) {
     const Result unsaved = tarqctl({"setprop", "persist.a", "1"});
     EXPECT_EQ(unsaved.code, 0);
     EXPECT_THAT(unsaved.err, StartsWith("tarqctl: setprop persist.a 1: cannot save property"));
-
-    const struct {
-        std::string name, value, why;
-    } refusals[] = {
-            {"ro.a", "\": ", ": it is read-only and already set"},
-            {"long", std::string(92, 'x'), ": the value has 92 bytes, 91 are allowed"},
-            {"a..b", "1", ": a name is made of"},
-            {"latin", "\xe9", ": the value is not UTF-8"},
-    };
-    for (const auto& [name, value, why] : refusals) {
-        expectFailure(tarqctl({"setprop", name, value}), 1, why);
-    }
+    // The platform's reason, and the one where it has none that is told.
+    expectFailure(tarqctl({"setprop", "ro.a", "\": "}), 1, ": it is read-only and already set");
+    expectFailure(tarqctl({"setprop", "long", std::string(92, 'x')}), 1,
+                  ": the value has 92 bytes, 91 are allowed");
     EXPECT_EQ(readFile(mBoard / "run/properties/ro.a"), "[1,2]");
 
     std::filesystem::remove_all(mBoard / "run/properties");

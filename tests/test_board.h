@@ -17,6 +17,11 @@
 // keeps one board for all its cases and changes it with command().
 class TestBoard {
   public:
+    // Words in front of a program that keep FUSE from it, where this machine lets them.
+    static constexpr char kHideFuse[] =
+            "unshare -m sh -c 'mount --bind /dev/null /dev/fuse && exec \"$@\"' -";
+    static bool canHideFuse() { return system("unshare -m true 2>/dev/null") == 0; }
+
     // devices: what is inside <board> of its board.xml. buildProp: the file's lines. with: words of
     // a shell in front of the program's.
     explicit TestBoard(const std::string& devices, const std::string& buildProp = "",

@@ -1,4 +1,4 @@
-// A command is first offered to the parts that are no files, each of which knows its own names;
+// A command is first offered to the parts that have some of their own and know their own names;
 // what none of them takes is about a node of the hardware or a plain file. A plain file with a
 // fault or a hold on it is adopted by the hardware, and given back when nothing is the matter with
 // it any more.

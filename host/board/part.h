@@ -1,4 +1,4 @@
-// A part of the board that is no file.
+// A part of the board that has commands of its own.
 #pragma once
 
 #include <stdexcept>

@@ -33,8 +33,7 @@ struct Board {
     // Where the daemon listens, and where the board does.
     std::string binderSocket() const { return directory + "/run/binder.sock"; }
     std::string controlSocket() const { return directory + "/run/board.sock"; }
-    // What was written to the LED driver, see led_record.h, and to the serial line,
-    // serial_record.h.
+    // What was written to the LED driver and to the serial line, see records.h.
     std::string ledRecords() const { return directory + "/run/leds.jsonl"; }
     std::string serialRecords() const { return directory + "/run/serial.jsonl"; }
 };

@@ -78,7 +78,7 @@ inline constexpr FaultName<CoprocessorFault> kCoprocessorFaults[] = {
         {"none", CoprocessorFault::kNone},
 };
 
-// The parts that are no files, by the names that they have in board.xml as well.
+// The parts with commands of their own, by the names that they have in board.xml as well.
 constexpr char kReceiver[] = "receiver";
 constexpr char kCoprocessor[] = "coprocessor";
 

@@ -60,8 +60,6 @@ bool parseLedLine(const std::string& line, LedLine* parsed) {
     }
 }
 
-using Json = nlohmann::ordered_json;
-
 const char* senderName(bool isHost) {
     return isHost ? "host" : "coprocessor";
 }

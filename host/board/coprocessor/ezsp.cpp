@@ -4,6 +4,12 @@
 
 namespace tarq::board::ash {
 
+// The one command that the presence check asks in either form.
+static constexpr uint8_t kVersionId = 0x00;
+static constexpr uint8_t kQueryId = 0x13;  // extended: the co-processor's manufacturer and version
+static constexpr uint8_t kExtended = 0xFF;
+static constexpr uint8_t kAnswerBit = 0x80;
+
 Ezsp parseEzsp(const Bytes& content) {
     const bool isExtended = content.size() >= 5 && content[2] == kExtended;
     const ptrdiff_t place = isExtended ? 4 : 2;

@@ -10,12 +10,6 @@
 
 namespace tarq::board::ash {
 
-// The one command that the presence check asks in either form.
-constexpr uint8_t kVersionId = 0x00;
-constexpr uint8_t kQueryId = 0x13;  // extended: manufacturer and version of the co-processor
-constexpr uint8_t kExtended = 0xFF;
-constexpr uint8_t kAnswerBit = 0x80;
-
 struct Ezsp {
     uint8_t sequence = 0;
     bool isAnswer = false;

@@ -46,14 +46,12 @@ static int onReadlink(const char* path, char* buffer, size_t size) {
 
 static int onReaddir(const char* path, void* buffer, fuse_fill_dir_t fill, off_t, fuse_file_info*,
                      fuse_readdir_flags) {
-    std::set<std::string> names = {".", ".."};
-    std::set<std::string> own;
-    const int error = hardware().list(path, &own);
-    names.merge(own);
+    std::set<std::string> names = hardware().list(path);
+    names.insert({".", ".."});
     for (const std::string& name : names) {
         fill(buffer, name.c_str(), nullptr, 0, static_cast<fuse_fill_dir_flags>(0));
     }
-    return error;
+    return 0;
 }
 
 static int onOpen(const char* path, fuse_file_info* info) {

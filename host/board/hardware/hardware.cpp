@@ -14,12 +14,17 @@
 
 namespace tarq::board {
 
-Content garbage(off_t size) {
+static constexpr off_t kGarbageSize = 64;
+static constexpr off_t kHugeSize = 100'000'000;
+
+// What is no text: zeros, 0xff, a format, no newline.
+static Content garbage(off_t size) {
     static constexpr char kBytes[] = "\xff\0\x01:,-*\x80%s\r\xc3(\x7f 9";
     return {std::string(kBytes, sizeof(kBytes) - 1), size};
 }
 
-size_t copy(const Content& content, off_t offset, char* buffer, size_t size) {
+// Fills the buffer from that place on; how much of it.
+static size_t copy(const Content& content, off_t offset, char* buffer, size_t size) {
     if (offset >= content.size) return 0;
     const size_t count = std::min(size, static_cast<size_t>(content.size - offset));
     size_t place = static_cast<size_t>(offset) % content.bytes.size();
@@ -120,7 +125,6 @@ std::shared_ptr<Hardware::Entry> Hardware::visible(const std::string& path) cons
     return found != mEntries.end() && found->second->isThere() ? found->second : nullptr;
 }
 
-// The names right below the directory; none when it is no directory.
 std::set<std::string> Hardware::children(const std::string& path) const {
     std::set<std::string> names;
     if (path == "/") names = kTop;
@@ -158,10 +162,9 @@ int Hardware::attributes(const std::string& path, struct stat* status) {
     return isThere || !children(path).empty() ? 0 : -ENOENT;
 }
 
-int Hardware::list(const std::string& path, std::set<std::string>* names) {
+std::set<std::string> Hardware::list(const std::string& path) {
     const std::lock_guard lock(mMutex);
-    *names = children(path);
-    return 0;
+    return children(path);
 }
 
 int Hardware::readLink(const std::string& path, std::string* target) {

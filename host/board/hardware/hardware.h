@@ -21,14 +21,6 @@ struct Content {
     off_t size = 0;
 };
 
-// What is no text: zeros, 0xff, a format, no newline.
-Content garbage(off_t size);
-constexpr off_t kGarbageSize = 64;
-constexpr off_t kHugeSize = 100'000'000;
-
-// Fills the buffer from that place on; how much of it.
-size_t copy(const Content& content, off_t offset, char* buffer, size_t size);
-
 // All of it may be called by any thread. One lock is enough: no driver takes long, and who waits
 // (held, or slow) waits without it. Paths are absolute, without a slash at the end.
 class Hardware {
@@ -65,7 +57,8 @@ class Hardware {
 
     // file: the number that open() has given; good until close(), after all calls on it.
     int attributes(const std::string& path, struct stat* status);
-    int list(const std::string& path, std::set<std::string>* names);
+    // The names right below the directory; none when it is no directory.
+    std::set<std::string> list(const std::string& path);
     int readLink(const std::string& path, std::string* target);
     int open(const std::string& path, int flags, uint64_t* file);
     void close(uint64_t file);

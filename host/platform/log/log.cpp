@@ -1,7 +1,7 @@
 // An entry becomes lines as "logcat -v threadtime" prints them, and goes out in one write, so that
 // those of several threads and processes never mix within a line. The first entry settles where
-// they go: a file to append to, or standard error, with colours on a terminal. A test may take them
-// before they are formatted.
+// they go: a file to append to, or standard error, with colours on a terminal. A sink takes
+// them before they are formatted.
 #include <android/log.h>
 #include <errno.h>
 #include <fcntl.h>
@@ -35,7 +35,7 @@ struct Style {
 };
 
 std::mutex sinkMutex;
-std::atomic<bool> hasSink{false};  // lets a process without a sink, every real one, log unlocked
+std::atomic<bool> hasSink{false};  // lets a process without a sink, such as the daemon, log unlocked
 
 // It is never destroyed, as threads log while the process ends.
 tarq::host::LogSink& sink() {

@@ -1,4 +1,5 @@
-// For tests: sees what is logged as it was given, before any formatting of lines.
+// For who prints a refusal of the platform in words of its own, and for tests: sees what is logged
+// as it was given, before any formatting of lines.
 #pragma once
 
 #include <functional>
