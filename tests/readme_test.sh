@@ -1,7 +1,7 @@
 #!/bin/bash
 # Carries out what README.md and docs/ show: each "$ scripts/run …" prints what stands below it, and
 # exits with 0 or with the N of "# exit N" behind it. Of standard error only what is refused counts,
-# and not the hint, which names a directory. Usage: readme_test.sh ROOT
+# not what is waited for, and not the hint, which names a directory. Usage: readme_test.sh ROOT
 set -uo pipefail
 cd "$1" || exit 2
 work=$(mktemp -d)
@@ -20,7 +20,7 @@ check() { # COMMAND EXPECTED
     [[ $1 =~ \#\ exit\ ([0-9]+)$ ]] && exit_code=${BASH_REMATCH[1]}
     actual=$(bash -c "$1" 2>"$work/errors" </dev/null; echo "exit $?")
     status=${actual##*exit }
-    actual=$(grep -h '^tarqctl: ' "$work/errors"; printf %s "${actual%exit *}")
+    actual=$(grep -h '^tarqctl: ' "$work/errors" | grep -v '^tarqctl: up: waiting'; printf %s "${actual%exit *}")
     [[ $status == "$exit_code" && $actual == "$2" ]] && return
     printf 'FAILED: %s\n' "$1"
     diff <(echo "$2") <(echo "$actual") && echo "exit $status instead of $exit_code"

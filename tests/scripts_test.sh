@@ -2,6 +2,7 @@
 # scripts/run with the real board and daemon. Usage: scripts_test.sh ROOT
 set -uo pipefail
 run=$1/scripts/run
+bin=$1/build/dev/bin
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 mkdir "$work/boards"
@@ -87,6 +88,56 @@ echo >"$work/up"
 finish 0
 nothing_left "two at once"
 
+# ---- a part that ends or is stopped is named, and holds up nothing ----
+
+signal_parts() { # SIGNAL PROGRAM…: of what was started here
+    local process program
+    for process in $(processes); do
+        process=${process%/environ}
+        for program in "${@:2}"; do
+            [[ ! $process/exe -ef $bin/$program ]] || kill -"$1" "${process#/proc/}"
+        done
+    done
+}
+said() { # WORDS, before the deadline
+    local deadline=$((SECONDS + 20))
+    until [[ $(<"$work/errors") == *"$1"* ]]; do
+        ((SECONDS < deadline)) || { same "what was said" "$1" "$(<"$work/errors")"; return; }
+        sleep 0.02
+    done
+}
+
+start bash -c "echo up >'$work/up'; read <'$work/up'; exit 3"
+signal_parts STOP tarqd
+signal_parts KILL virtual_board
+said "the board ended: signal 9 (Killed)"
+echo >"$work/up"
+finish 3
+said "the daemon is stopped and did not end within 5 s, and is killed"
+nothing_left "a stopped part"
+
+start bash -c "trap '' INT; trap 'exit 4' TERM; echo up >'$work/up'; while :; do sleep 0.02; done"
+signal_parts STOP tarqd virtual_board
+kill -TERM "$started"
+while kill -INT "$started" 2>/dev/null; do sleep 0.02; done
+finish 4
+same "what is said of a quick end" "" "$(grep 'did not end' "$work/errors")"
+nothing_left "a second signal"
+
+env --default-signal=INT setsid "$run" >"$work/out" 2>"$work/errors" &
+started=$!
+said "Ctrl-C ends it"
+signal_parts KILL tarqd
+finish 2
+said "the daemon ended: signal 9 (Killed)"
+nothing_left "a daemon that was killed"
+
+# ---- closed descriptors ----
+
+output=$("$run" sh -c 'tarqctl services >&-; echo $?; tarqctl setprop a.b c >&- <&- 2>&-; echo $?
+    tarqctl shell "echo hi" <&- 2>&-' 2>/dev/null <&-)
+same "what can be done without descriptors" $'2\n0\nhi' "$output"
+
 # ---- what cannot be is said, with status 2 ----
 
 refused() { # WORDS TMPDIR ARGUMENT…
@@ -100,9 +151,57 @@ mkdir "$long"
 refused "at most 91 characters" "$long" true
 ln -s /tmp "$work/tarqd-$UID"
 refused "is no directory of yours" "$work" true
+refused "No such file or directory" "$work/none" true
 refused "there are: demo_panel" "$TMPDIR" --board no_such_board true
 refused "usage: scripts/run" "$TMPDIR" --no-such-option
 nothing_left "refusals"
+
+# ---- files that are wrong are named before anything is asked ----
+
+board=$work/board
+mkdir -p "$board/vendor/etc/leds"
+printf '<hardware>\n <hardwre_info index=3>\n' >"$board/vendor/etc/hardwareInfo.xml"
+echo 'vendor.boot.led_effect=/vendor/none.xml' >"$board/build.prop"
+output=$("$run" --board "$board" true 2>&1)
+same "status with wrong files" 0 $?
+for words in "board.xml: there is no such file" "none.xml: No such file or directory; no effect" \
+    'hardwareInfo.xml:2: an attribute is not NAME="VALUE", or is there twice: <hardwre_info index=3>'; do
+    [[ $output == *"$words"* ]] || same "wrong files" "$words" "$output"
+done
+
+# ---- where something is missing or full ----
+
+apart() { unshare -m sh -c "$1 && exec \"\$@\"" sh "${@:2}"; } # MOUNTS COMMAND…
+mkdir "$work/small"
+if apart true true 2>/dev/null; then
+    apart 'mount --bind /dev/null /dev/fuse' "$run" --require-fuse true 2>"$work/errors"
+    same "status without FUSE" 2 $?
+    said "virtual_board: no FUSE: "
+    for size in 20 52; do # for the folder's files, for the properties
+        apart "mount -t tmpfs -o size=${size}k none '$work/small'" \
+            env TMPDIR="$work/small" "$run" true 2>"$work/errors"
+        same "status with $size KiB" 2 $?
+        same "causes of it" 1 "$(grep -c 'No space left' "$work/errors")"
+    done
+    apart "mount -t tmpfs -o size=200k none '$work/small'" env TMPDIR="$work/small" "$run" \
+        sh -c "cat /dev/zero >'$work/small/x' 2>/dev/null; sleep 2.5" 2>"$work/errors"
+    same "what is said of a disk that fills" 1 "$(grep -c 'No space left' "$work/errors")"
+fi
+
+# ---- checkouts that cannot be built, or not yet ----
+
+copy=$work/copy
+mkdir -p "$copy/build/dev"
+cp -r "$1/scripts" "$copy"
+ln -s "$copy/scripts/run" "$work/link"
+echo "CMAKE_HOME_DIRECTORY:INTERNAL=$1" >"$copy/build/dev/CMakeCache.txt"
+flock "$copy/build/dev" sh -c "echo >'$work/up'; sleep 0.5" &
+read -r -t 60 <"$work/up"
+output=$("$work/link" true 2>&1)
+same "a foreign build, once the other has ended" \
+    "scripts/build: waiting for another build in $copy/build/dev
+scripts/build: $copy/build was made for $1; remove it: rm -r $copy/build" "$output"
+wait
 
 # ---- packages are missing, and there is no network ----
 

@@ -279,8 +279,9 @@ TEST_F(TarqctlE2e, only_root_and_system_may_run_commands) {
     for (const uid_t uid : {0, 1000}) EXPECT_EQ(tarqctl({"shell", "echo yes"}, uid).out, "yes\n");
     for (const uid_t uid : {1001, 2000}) {
         const std::string refusal = "tarqctl: shell 'echo yes': uid " + std::to_string(uid) +
-                                    " is neither root nor system\nhint: sudo tarqctl --board " +
-                                    mBoard.path() + " shell 'echo yes'\n";
+                                    " is neither root nor system\nhint: sudo " +
+                                    mBoard / "tarqctl" + " --board " + mBoard.path() +
+                                    " shell 'echo yes'\n";
         EXPECT_EQ(followHint(tarqctl({"shell", "echo yes"}, uid), 1, refusal).out, "yes\n");
     }
     // Nor does a command run for which the daemon has no descriptor left once it has the tool's

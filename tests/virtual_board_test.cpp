@@ -16,7 +16,10 @@ namespace fs = std::filesystem;
 
 class VirtualBoard : public testing::Test {
   protected:
-    VirtualBoard() { writeFile(mFolder / "build.prop", "ro.a=1\n"); }
+    VirtualBoard() {
+        writeFile(mFolder / "build.prop", "ro.a=1\n");
+        writeFile(mFolder / "board.xml", "<board/>");
+    }
     // A board that was killed has left it mounted.
     ~VirtualBoard() override { umount2((mDirectory / "hw").c_str(), MNT_DETACH); }
 
@@ -128,6 +131,10 @@ TEST_F(VirtualBoard, folder_that_is_no_board_is_one_error_line) {
         EXPECT_THAT(refusal(), testing::StartsWith(mFolder / "board.xml:" + where));
     }
     fs::remove(mFolder / "board.xml");
+    writeFile(mFolder / "build.prop", "ro.a=1\n\x7f\x02ELF\n\n\x1b[2J");
+    EXPECT_EQ(refusal(), mFolder /
+                                 "build.prop:2: a byte of value 2, so this is no text file of "
+                                 "KEY=VALUE lines");
     fs::remove(mFolder / "build.prop");
     const std::string error = "build.prop: No such file or directory";
     EXPECT_EQ(refusal(), mFolder / error);

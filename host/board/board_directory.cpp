@@ -10,9 +10,9 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "host/board/hardware/file_system.h"
 #include "host/board/properties.h"
 #include "host/run/lock.h"
+#include "host/run/stale_mount.h"
 
 namespace tarq::board {
 
@@ -50,7 +50,7 @@ void BoardDirectory::boot(const fs::path& folder) {
     for (const std::string& path : {mBoard.directory, mBoard.run(), mBoard.properties()}) {
         makeDirectory(path, mMode);
     }
-    clearStaleMount(mBoard.hardware());
+    host::clearStaleMount(mBoard.hardware());
     makeDirectory(mBoard.hardware(), mMode);
     makeDirectory(mBoard.device(""), mMode);
     for (const char* name : {"/vendor", "/sys", "/proc", "/dev"}) {

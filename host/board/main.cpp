@@ -5,6 +5,7 @@
 
 #include "host/board/serve.h"
 #include "host/run/nearest.h"
+#include "host/run/standard_descriptors.h"
 
 static constexpr int kCouldNot = 2;  // play the board, or understand the command line
 
@@ -14,16 +15,18 @@ static int run(int argc, char** argv) {
     app.require_subcommand(1);
     std::string folder;
     std::string directory;
-    bool isShared = false;
+    tarq::board::ServeOptions options;
     CLI::App* serve = app.add_subcommand(
             "serve",
             "Plays a board until it is told to end; prints \"ready\" when programs can be started "
             "with TARQ_BOARD=DIR");
     serve->add_option("BOARD", folder, "the folder that describes it")->required();
     serve->add_option("DIR", directory, "where it runs")->required();
-    serve->add_flag("--shared", isShared,
+    serve->add_flag("--shared", options.isShared,
                     "lets other users of this machine talk to the board's daemon");
     app.set_version_flag("--version", "virtual_board " TARQ_VERSION, "Print the version and exit");
+    serve->add_flag("--require-fuse", options.requiresFuse,
+                    "does not start without FUSE, where else plain files stand for the hardware");
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp&) {
@@ -45,12 +48,13 @@ static int run(int argc, char** argv) {
                 why.c_str());
         return kCouldNot;
     }
-    tarq::board::serve(folder, directory, isShared);
+    tarq::board::serve(folder, directory, options);
     return 0;
 }
 
 // Exit codes: 0 ended as told, else kCouldNot.
 int main(int argc, char** argv) {
+    tarq::host::openStandardDescriptors();
     try {
         return run(argc, argv);
     } catch (const std::exception& error) {

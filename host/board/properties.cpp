@@ -15,6 +15,9 @@
 #include <system_error>
 #include <vector>
 
+#include "host/run/disk.h"
+#include "host/run/text.h"
+
 namespace tarq::board {
 
 namespace fs = std::filesystem;
@@ -45,28 +48,48 @@ static void setFromLine(const std::string& line, const fs::path& savedProperties
     if (isPersistent(key) && result == 0) fs::remove(savedProperties / key);
 }
 
-static void loadDefaults(const fs::path& file, const fs::path& savedProperties) {
+// No line of the file is to blame for a full disk, and the next would fail as well.
+static void requireRoom(const host::Board& board) {
+    const int error = host::writeError(board);
+    if (error != 0) throw std::system_error(error, std::system_category(), board.directory);
+}
+
+// What is no text is no list of properties, and is not printed either.
+static void requireText(const std::string& line, const std::string& place) {
+    for (const char byte : line) {
+        const auto code = static_cast<unsigned char>(byte);
+        if (code >= ' ' || byte == '\t' || byte == '\r') continue;
+        throw std::runtime_error(place + "a byte of value " + std::to_string(code) +
+                                 ", so this is no text file of KEY=VALUE lines");
+    }
+}
+
+static void loadDefaults(const fs::path& file, const host::Board& board) {
     std::ifstream in(file);
     if (!in) throw std::system_error(errno, std::system_category(), file);
     std::string line;
     for (int number = 1; std::getline(in, line); ++number) {
         const std::string place = file.string() + ":" + std::to_string(number) + ": ";
-        host::setLogSink([&place](int, const char*, const std::string& refusal) {
-            std::cerr << place << refusal << '\n';
-        });
+        requireText(line, place);
+        std::string wrong;
+        host::setLogSink(
+                [&wrong](int, const char*, const std::string& refusal) { wrong = refusal; });
         try {
-            setFromLine(line, savedProperties);
+            setFromLine(line, board.savedProperties());
         } catch (const std::invalid_argument& malformed) {
-            std::cerr << place << malformed.what() << '\n';
+            wrong = malformed.what();
         }
+        if (wrong.empty()) continue;
+        requireRoom(board);
+        std::cerr << place << host::escaped(wrong) << '\n';
     }
     host::setLogSink({});
 }
 
 void loadProperties(const fs::path& defaults, const host::Board& board) {
     host::setProcessBoard(board);  // where property_set sets
+    loadDefaults(defaults, board);
     const fs::path savedProperties = board.savedProperties();
-    loadDefaults(defaults, savedProperties);
     // Listed before the first is set: setting one writes it to the same directory.
     const std::vector<fs::directory_entry> files(fs::directory_iterator(savedProperties), {});
     for (const fs::directory_entry& entry : files) {
@@ -74,7 +97,7 @@ void loadProperties(const fs::path& defaults, const host::Board& board) {
         if (!isPersistent(key)) continue;  // half written when its process was killed
         std::ifstream in(entry.path(), std::ios::binary);
         const std::string value(std::istreambuf_iterator<char>(in), {});
-        property_set(key.c_str(), value.c_str());
+        if (property_set(key.c_str(), value.c_str()) != 0) requireRoom(board);
     }
 }
 

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <system_error>
+#include <utility>
 
 namespace tarq::board {
 
@@ -20,10 +21,13 @@ void RecordFile::open(const std::filesystem::path& file) {
 
 void RecordFile::add(const std::string& line) const {
     const std::string bytes = line + "\n";
+    errno = ENOSPC;  // what a part that was written means
     if (mFd < 0 || ::write(mFd, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size())) {
         return;
     }
-    perror(("virtual_board: " + mWhat + " lacks a line").c_str());
+    if (!std::exchange(mLacksLines, true)) {
+        perror(("virtual_board: " + mWhat + " lacks lines from here on").c_str());
+    }
 }
 
 }  // namespace tarq::board

@@ -18,11 +18,13 @@ class RecordFile {
     // Begins the file. Throws std::system_error.
     void open(const std::filesystem::path& file);
     // One write, which anybody who follows the file gets whole. Before open() nothing is written.
+    // That lines are missing is said once.
     void add(const std::string& line) const;
 
   private:
     const std::string mWhat;
     int mFd = -1;
+    mutable bool mLacksLines = false;
 };
 
 }  // namespace tarq::board

@@ -44,18 +44,22 @@ static void say(const char* what, const std::string& why) {
 
 // Mounts the hardware; where this system refuses, the board goes on with less, and says so. The
 // reason why nothing is mounted, or "".
-static std::string mount(Hardware& hardware, const fs::path& mountPoint, bool shared,
-                         std::optional<FileSystem>* mounted) {
+static std::string mount(Hardware& hardware, const fs::path& mountPoint,
+                         const ServeOptions& options, std::optional<FileSystem>* mounted) {
     std::string why;
     for (const bool forAll : {true, false}) {
-        if (forAll && !shared) continue;
+        if (forAll && !options.isShared) continue;
         try {
             mounted->emplace(hardware, mountPoint, forAll);
-            if (shared && !forAll) say("other users have no way to the hardware", why);
+            if (options.isShared && !forAll) say("other users have no way to the hardware", why);
             return "";
         } catch (const std::runtime_error& refusal) {
             why = refusal.what();
         }
+    }
+    if (options.requiresFuse) {
+        throw std::runtime_error("no FUSE: " + why +
+                                 "; without --require-fuse there are plain files");
     }
     say("no FUSE, so there are plain files only, no GPIO, camera, fault, hold or trace of LEDs",
         why);
@@ -79,17 +83,20 @@ static std::vector<std::shared_ptr<Part>> openParts(const Fitted& fitted, const 
     return parts;
 }
 
-void serve(const fs::path& folder, const fs::path& path, bool shared) {
+void serve(const fs::path& folder, const fs::path& path, const ServeOptions& options) {
     const sigset_t endings = blockEndings();
     dieWithParent();
     Hardware hardware;
     const Fitted fitted = fit(folder / "board.xml", hardware);
-    BoardDirectory directory(path, shared);
+    BoardDirectory directory(path, options.isShared);
     const host::Board& board = directory.board();
     PlainFiles files(board);
     directory.boot(folder);
+    if (!fs::exists(folder / "board.xml")) {
+        say((folder / "board.xml").c_str(), "there is no such file, so no hardware is fitted");
+    }
     std::optional<FileSystem> mounted;
-    const std::string withoutFuse = mount(hardware, board.hardware(), shared, &mounted);
+    const std::string withoutFuse = mount(hardware, board.hardware(), options, &mounted);
     if (mounted) directory.linkHardware();
     Commands commands(hardware, files, openParts(fitted, board, mounted.has_value()), withoutFuse);
     const ControlServer control(

@@ -16,7 +16,7 @@ int lockBoard(const Board& board);
 // Whether a process has it.
 bool isRunning(const Board& board);
 
-// Where scripts/run keeps the boards of this user, each in a directory of its own.
+// Where `tarqctl up` keeps the boards of this user, each in a directory of its own.
 std::string usersBoards();
 
 // The boards of this user that run, sorted by their directories.

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "host/run/board.h"
+#include "host/run/standard_descriptors.h"
 
 namespace tarq::host {
 
@@ -18,7 +19,7 @@ static int openSocket(const std::string& path, int type,
     address.sun_family = AF_UNIX;
     if (path.size() >= sizeof(address.sun_path)) return -ENAMETOOLONG;
     memcpy(address.sun_path, path.c_str(), path.size());
-    const int fd = socket(AF_UNIX, type | SOCK_CLOEXEC, 0);
+    const int fd = aboveStandard(socket(AF_UNIX, type | SOCK_CLOEXEC, 0));
     if (fd < 0) return -errno;
     if (join(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0) return fd;
     const int error = errno;

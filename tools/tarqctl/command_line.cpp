@@ -4,8 +4,9 @@
 
 namespace tarq::tools {
 
-// The command whose words are its own, options too.
+// The commands that take another command line, with options of its own.
 static const char kShell[] = "shell";
+static const char kUp[] = "up";
 
 // How many arguments the global option takes up with its value; 0 when it is no such option.
 static std::ptrdiff_t globalLength(const CLI::App& app, const std::string& argument) {
@@ -28,6 +29,22 @@ static void addCommandLine(std::vector<std::string> rest, CommandLine* line) {
     line->words.push_back(text);
 }
 
+// The options of `up` stand in front of its command, the words of which are no business of ours.
+static void addUp(const CLI::App& app, const std::vector<std::string>& rest, CommandLine* line) {
+    const CLI::App& up = *app.get_subcommand(kUp);
+    auto next = rest.begin();
+    while (next != rest.end() && next->size() > 1 && (*next)[0] == '-' && *next != "--") {
+        const auto length =
+                std::max<std::ptrdiff_t>({globalLength(up, *next), globalLength(app, *next), 1});
+        const auto end = next + std::min(length, rest.end() - next);
+        if (*next == "--json") line->json = true;
+        line->arguments.insert(line->arguments.end(), next, end);
+        next = end;
+    }
+    if (next != rest.end() && *next == "--") ++next;
+    line->commandWords.assign(next, rest.end());
+}
+
 CommandLine splitCommandLine(const CLI::App& app, const std::vector<std::string>& arguments) {
     CommandLine line;
     for (auto next = arguments.begin(); next != arguments.end();) {
@@ -39,6 +56,10 @@ CommandLine splitCommandLine(const CLI::App& app, const std::vector<std::string>
         next = end;
         if (line.words == std::vector<std::string>{kShell}) {
             addCommandLine({next, arguments.end()}, &line);
+            break;
+        }
+        if (line.words == std::vector<std::string>{kUp}) {
+            addUp(app, {next, arguments.end()}, &line);
             break;
         }
     }

@@ -15,6 +15,8 @@ struct CommandLine {
     std::vector<std::string> arguments;
     // The command and its arguments without the global options, which stand on either side of it.
     std::vector<std::string> words;
+    // What `up` runs, as it stands. No part of the arguments.
+    std::vector<std::string> commandWords;
     bool json = false;
 };
 

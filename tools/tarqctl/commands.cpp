@@ -16,7 +16,7 @@ Run declareServices(CLI::App& app), declareWait(CLI::App& app), declareLog(CLI::
     declareSet(CLI::App& app), declareFault(CLI::App& app), declareHold(CLI::App& app),
     declareRelease(CLI::App& app), declareKey(CLI::App& app), declareLeds(CLI::App& app),
     declareBoard(CLI::App& app), declareTrace(CLI::App& app), declareSerial(CLI::App& app),
-    declareAsh(CLI::App& app);
+    declareAsh(CLI::App& app), declareUp(CLI::App& app);
 // clang-format on
 
 static constexpr char kDevice[] = "the device";
@@ -48,6 +48,8 @@ const std::vector<Command>& commands() {
              "tarqctl getprop ro.vendor.hardwareinfo_index 0", declareGetprop},
             {kDevice, "setprop", "Sets a property.", "tarqctl setprop persist.demo.colour blue",
              declareSetprop},
+            {kBoard, "up", "Starts a board and the daemon, and runs a command beside them.",
+             "tarqctl up --board panel_by_gpio tarqctl hwinfo", declareUp},
             {kBoard, "board", "Tells what the board plays: its nodes, their state and faults.",
              "tarqctl board", declareBoard},
             {kBoard, "set", "Changes what is fitted, or a file below /vendor or /data.",

@@ -57,8 +57,11 @@ static Rows options(const CLI::App& app) {
     Rows rows;
     for (const CLI::App* a = &app; a != nullptr; a = a->get_parent()) {
         for (const CLI::Option* option : a->get_options()) {
-            const bool isAsked = option == a->get_help_ptr() || option == a->get_version_ptr();
-            if (isPositional(option) || (a != &app && isAsked)) continue;
+            // Its own of that name stands for it, and the version is the tool's.
+            const bool isHidden =
+                    a != &app && (option == a->get_version_ptr() ||
+                                  app.get_option_no_throw(option->get_name()) != nullptr);
+            if (isPositional(option) || isHidden) continue;
             const std::string type = option->get_type_name();
             rows.emplace_back(option->get_name(false, true) + (type.empty() ? "" : " " + type),
                               option->get_description());

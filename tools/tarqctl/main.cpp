@@ -5,6 +5,7 @@
 
 #include <iostream>
 
+#include "host/run/standard_descriptors.h"
 #include "tools/tarqctl/session.h"
 #include "tools/tarqctl/tarqctl.h"
 
@@ -14,6 +15,7 @@ static bool wantsColours() {
 }
 
 int main(int argc, char** argv) {
+    tarq::host::openStandardDescriptors();
     // A reader that has had enough, such as head, ends the tool without a word, also where whoever
     // started it ignores the signal.
     signal(SIGPIPE, SIG_DFL);

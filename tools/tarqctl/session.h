@@ -4,6 +4,7 @@
 #include <chrono>
 #include <iosfwd>
 #include <string>
+#include <vector>
 
 #include "host/run/board.h"
 
@@ -42,6 +43,7 @@ struct Session {
     std::chrono::duration<double> timeout{10};
     host::Board board = {};  // as given; never none once openBoard() has returned
     std::string line = {};   // the command with its arguments, quoted for a shell
+    std::vector<std::string> commandWords = {};  // of the command that `up` runs
 
     Failure failure(const std::string& code, const std::string& why, const std::string& hint,
                     int exitCode = kCouldNotAsk) const {

@@ -106,6 +106,7 @@ int runCommand(const std::vector<std::string>& arguments, Session& session) {
     const Run run = declare(app, session, &timeout);
     const CommandLine line = understood(app, arguments);
     session.json = line.json;  // until the parser has come to it: its errors are printed so too
+    session.commandWords = line.commandWords;
     session.line = line.words.empty() ? "command line" : quoted(line.words);
     try {
         app.parse(std::vector<std::string>(line.arguments.rbegin(), line.arguments.rend()));

@@ -30,7 +30,4 @@ class FileSystem {
     std::thread mLoop;
 };
 
-// Takes away a mount that a killed board left, if there is one.
-void clearStaleMount(const std::filesystem::path& mountPoint);
-
 }  // namespace tarq::board

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "host/run/receiver_wire.h"
+#include "host/run/standard_descriptors.h"
 
 namespace {
 
@@ -80,7 +81,7 @@ class Receiver {
         return isReplaced;
     }
 
-    const int mFd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    const int mFd = tarq::host::aboveStandard(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     std::mutex mLock;
     std::string mTuned = tarq::host::kUntunedSocket;
     std::string mPlace;  // where it is, or was when the board was switched off

@@ -10,6 +10,7 @@
 #include <map>
 #include <ostream>
 
+#include "tools/tarqctl/ask/as_root.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/print_json.h"
@@ -93,7 +94,7 @@ static Outcome set(const std::string& name, const std::string& value) {
 static std::string hintAfterRefusal(const Session& session, const std::string& name) {
     const std::string directory = session.board.properties();
     if (access(directory.c_str(), W_OK) != 0 && errno == EACCES) {
-        return "sudo " + session.next(session.line);
+        return asRoot(session);
     }
     const bool isSet = !get(name, "").empty();
     return isSet ? session.next("getprop " + shellQuoted(name)) : "tarqctl setprop --help";

@@ -6,6 +6,7 @@
 #include <CLI/App.hpp>
 #include <ostream>
 
+#include "tools/tarqctl/ask/as_root.h"
 #include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/print_json.h"
@@ -40,7 +41,7 @@ void expectPermission(const Session& session, const Status& status) {
     if (uid != 0 && uid != kSystemUid) {
         throw session.failure("refused",
                               "uid " + std::to_string(uid) + " is neither root nor system",
-                              "sudo " + session.next(session.line), kServiceSaidNo);
+                              asRoot(session), kServiceSaidNo);
     }
     throw session.failure("refused", "the daemon could not start the command", session.next("log"),
                           kServiceSaidNo);

@@ -15,6 +15,7 @@
 
 #include "host/platform/binder/daemon/handlers.h"
 #include "host/platform/utils/start_thread.h"
+#include "host/run/standard_descriptors.h"
 
 namespace android::host {
 
@@ -29,7 +30,8 @@ void Registry::start(int listener) {
 }
 
 // The listener is the one descriptor that is watched for no connection.
-Registry::Registry(int listener) : mListener(listener), mEpoll(epoll_create1(EPOLL_CLOEXEC)) {
+Registry::Registry(int listener)
+    : mListener(listener), mEpoll(tarq::host::aboveStandard(epoll_create1(EPOLL_CLOEXEC))) {
     watch(EPOLL_CTL_ADD, mListener, nullptr);
 }
 
@@ -60,7 +62,7 @@ void Registry::run() {
 
 // One a turn, so that a client that connects without end delays nobody's look-ups.
 void Registry::acceptOne() {
-    const int fd = accept4(mListener, nullptr, nullptr, SOCK_CLOEXEC);
+    const int fd = tarq::host::aboveStandard(accept4(mListener, nullptr, nullptr, SOCK_CLOEXEC));
     if (fd >= 0) {
         std::unique_ptr<Connection> connection = Connection::admit(fd);
         if (connection != nullptr) watch(EPOLL_CTL_ADD, fd, connection.release());

@@ -1,0 +1,61 @@
+// One program that `up` starts, and how it ends.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tools/tarqctl/up/guard.h"
+#include "tools/tarqctl/up/signals.h"
+
+namespace tarq::tools {
+
+struct Program {
+    std::string name;  // for people: "the daemon"
+    std::vector<std::string> words;
+    // With all that it starts in a session of its own, which Ctrl-C does not reach, and which is
+    // ended as a whole. Else it is ended when `up` is killed, and what it started is its own.
+    bool isPart = false;
+    int in = -1;   // -1: there is nothing to read
+    int out = -1;  // -1: to standard error
+    std::vector<std::pair<std::string, std::string>> environment = {};
+};
+
+// To be told to end before it is destroyed, see ending.h.
+class Child {
+  public:
+    // Throws a Failure when this system has no process left.
+    Child(Program program, const Signals& signals, const Guard& guard);
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+
+    const std::string& name() const { return mProgram.name; }
+    pid_t pid() const { return mPid; }
+
+    // Of the program itself. Never waits.
+    bool hasEnded();
+    // As a shell has it: its exit code, or 128 and the signal that ended it.
+    int status() const;
+    // "ended: signal 9 (Killed)", "ended with status 1".
+    std::string howItEnded() const;
+
+    // Whether it is stopped, or a debugger holds it.
+    bool isStopped() const;
+    // To the program, or to the whole group of a part, of which processes may be left when the
+    // program has ended.
+    void signal(int signal);
+    // Of the program and its group nothing is left.
+    bool isGone();
+
+  private:
+    [[noreturn]] void become(const Signals& signals, const Guard& guard, pid_t parent) const;
+
+    const Program mProgram;
+    pid_t mPid = -1;
+    bool mEnded = false;
+    int mStatus = 0;  // as waitpid tells it
+};
+
+}  // namespace tarq::tools

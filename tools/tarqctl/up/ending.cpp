@@ -1,0 +1,52 @@
+// Nothing that was started may stay, whatever state it is in. What is stopped, by a signal or a
+// debugger, does not hear that it is to end: it has as long as all others, since somebody may look
+// at it, and is killed then. The user is never kept: who asks once more has it at once.
+#include "tools/tarqctl/up/ending.h"
+
+namespace tarq::tools {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+using Children = std::vector<std::unique_ptr<Child>>;
+
+static void killNow(Child& child) {
+    child.signal(SIGKILL);
+    child.signal(SIGCONT);
+}
+
+// False when the time was over, or the user asks for a quick end.
+static bool waitFor(Child& child, const Signals& signals, bool* isUrgent) {
+    const auto deadline = steady_clock::now() + kPatience;
+    while (!child.isGone()) {
+        if (*isUrgent || steady_clock::now() > deadline) return false;
+        const int signal = signals.wait(milliseconds(10));
+        if (signal == SIGINT || signal == SIGTERM) *isUrgent = true;
+    }
+    return true;
+}
+
+static std::string whyKilled(Child& child) {
+    const std::string time = "within " + std::to_string(kPatience.count()) + " s";
+    if (child.hasEnded()) return "what " + child.name() + " has started did not end " + time;
+    return child.name() + (child.isStopped() ? " is stopped and" : "") + " did not end " + time;
+}
+
+void endAll(const Children& children, const Signals& signals,
+            const std::function<void(const std::string&)>& say) {
+    bool isUrgent = false;
+    for (auto child = children.rbegin(); child != children.rend(); ++child) {
+        (*child)->signal(SIGTERM);
+        if (waitFor(**child, signals, &isUrgent)) continue;
+        if (isUrgent) {
+            for (const auto& each : children) killNow(*each);
+        } else {
+            say(whyKilled(**child) + ", and is killed");
+            killNow(**child);
+        }
+        bool isKilled = false;  // nothing to be waited for but the kernel
+        waitFor(**child, signals, &isKilled);
+    }
+}
+
+}  // namespace tarq::tools

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tools/tarqctl/session.h"
+
+namespace tarq::tools {
+
+struct UpOptions {
+    std::string board = "demo_panel";  // one of the known boards, or the folder of another
+    bool isShared = false;
+    bool requiresFuse = false;
+};
+
+// Starts a board and the daemon, runs the command beside them, or shows the log when there is none,
+// and ends all of them. The command's status, 128 and the signal that ended this process, or 2.
+int runUp(const Session& session, const UpOptions& options,
+          const std::vector<std::string>& command);
+
+}  // namespace tarq::tools

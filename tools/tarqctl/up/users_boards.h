@@ -1,0 +1,37 @@
+// The directory of a board that `up` starts, below the one of all the user's boards.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "host/run/board.h"
+#include "tools/tarqctl/session.h"
+
+namespace tarq::tools {
+
+// Made for one board, and removed with it.
+class BoardDirectory {
+  public:
+    // Takes away what was left by a kill, and makes a directory of that name. Calls pause() while
+    // another start is on its way. shared: other users may look into it. Throws a Failure.
+    BoardDirectory(const std::string& name, bool shared, const std::function<void()>& pause);
+    // Also takes away the mount of a board that was killed.
+    ~BoardDirectory();
+    BoardDirectory(const BoardDirectory&) = delete;
+    BoardDirectory& operator=(const BoardDirectory&) = delete;
+
+    const host::Board& board() const { return mBoard; }
+
+    // Lets others start: the board has locked its directory, by which they see that it is none of
+    // those that were left.
+    void letOthersStart();
+
+  private:
+    bool lockAll(const std::string& directory);
+    bool makeOwn(const std::string& name);
+
+    int mLock = -1;
+    host::Board mBoard;
+};
+
+}  // namespace tarq::tools
