@@ -44,7 +44,7 @@ static int run(int argc, char** argv) {
         }
         fprintf(stderr,
                 "virtual_board: %s\nhint: virtual_board --help\n"
-                "usage: virtual_board serve [--shared] BOARD DIR\n",
+                "usage: virtual_board serve [OPTIONS] BOARD DIR\n",
                 why.c_str());
         return kCouldNot;
     }
