@@ -4,14 +4,24 @@
 #include <stdint.h>
 
 #include <sstream>
+#include <stdexcept>
 
+#include "tools/tarqctl/ask/saved_log.h"
 #include "tools/tarqctl/match/explanation.h"
 #include "tools/tarqctl/match/log.h"
+#include "tools/tarqctl/match/log_source.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::istringstream in(std::string(reinterpret_cast<const char*>(data), size));
     tarq::tools::MatchLog log;
-    for (std::string line; std::getline(in, line);) log.add(line);
+    tarq::tools::SavedLog lines([&log](const tarq::tools::LogLine& line) { log.add(line); });
+    const tarq::tools::LogSink sink = {[](const std::string&) {},
+                                       [&lines](const std::string& line) { lines.add(line); }};
+    try {
+        tarq::tools::readLog(in, sink, 1 << 20);
+    } catch (const std::runtime_error&) {
+        return 0;  // damaged, or too much
+    }
     for (const tarq::tools::MatchRequest& request : log.all()) {
         const tarq::tools::Explanation explanation = explain(request);
         if (asText(explanation).empty() || asJson(explanation).empty()) __builtin_trap();

@@ -4,6 +4,7 @@
 #include "host/board/coprocessor/ash_reader.h"
 #include "host/board/coprocessor/ezsp.h"
 #include "tools/tarqctl/view/frame_text.h"
+#include "tools/tarqctl/view/hex_text.h"
 
 using namespace tarq::board::ash;
 using tarq::tools::bytesFromText;
@@ -96,7 +97,7 @@ TEST(Ash, who_does_not_escape_is_understood_where_no_flag_or_escape_byte_is_in_t
     EXPECT_THAT(
             linesOf("116b21a853b77d7e8160597e"),
             ElementsAre(StartsWith("skipped 8 bytes, a byte in it is not escaped: 11"), "ACK 1"));
-    const std::string cut = "cut by a flag in its checksum that is not escaped: ";
+    const std::string cut = "may be cut by a flag in its checksum that is not escaped: ";
     EXPECT_THAT(linesOf("776521a853c17e7e8160597e"),
                 ElementsAre("skipped 7 bytes, " + cut + "77 65 21 a8 53 c1 7e",
                             "skipped 1 byte, a flag without a frame: 7e", "ACK 1"));
@@ -107,14 +108,17 @@ TEST(Ash, who_does_not_escape_is_understood_where_no_flag_or_escape_byte_is_in_t
 
 TEST(Ash, bytes_are_taken_as_people_paste_them) {
     for (const char* text : {"1ac038bc", "1A C0 38 BC", "0x1a,0xC0, 0X38,0xbc", "1a c0\r\n38\tbc\n",
-                             "0x1ac0 38bc", ",1ac0,,38bc,"}) {
+                             "0x1ac0 38bc", ",1ac0,,38bc,", "1a:c0:38:bc", "1A-C0-38-BC",
+                             "\\x1a\\xC0\\x38\\xbc", "1ac0 # c0\n#\n38bc#", "# 0x\n1ac038bc"}) {
         EXPECT_EQ(asHex(bytesFromText(text)), "1a c0 38 bc") << text;
     }
     EXPECT_TRUE(bytesFromText(" \n").empty());
     const std::pair<std::string, const char*> kWrong[] = {
             {"1a g0", "1:4: only"},       {"1a\n\nc0 3", "3:4: a byte is two digits"},
             {"1a\n0x", "2:1: no digits"}, {"1a0xc0", "1:3: a byte"},
-            {"\n:", "2:1: only"},         {std::string("1a\0", 3), "1:3: only"}};
+            {"\n;", "2:1: only"},         {std::string("1a\0", 3), "1:3: only"},
+            {"1a\\c0", "1:3: no x"},      {"# 1a\n#\n \\x", "3:2: no digits"},
+            {"0000: 1a", "1:5: a colon"}, {"1a 0", "1:4: a byte"}};
     for (const auto& [text, why] : kWrong) {
         EXPECT_THAT([&text = text] { bytesFromText(text); },
                     ThrowsMessage<std::invalid_argument>(StartsWith(why)));

@@ -161,6 +161,26 @@ TEST_F(BoardContract, held_node_keeps_only_its_own_callers_and_those_until_they_
     for (size_t i = 1; i < readers.size(); ++i) EXPECT_EQ(readers[i]->readAll(), "late");
 }
 
+TEST_F(BoardContract, state_tells_what_is_there_and_what_was_done_to_it) {
+    mBoard.command({"fault", "camera0", "garbage"});
+    mBoard.command({"hold", "camera0"});
+    mBoard.command({"fault", "hwid_flag", "absent"});
+    std::string said;
+    EXPECT_EQ(mBoard.ask({"board"}, &said), 0);
+    EXPECT_THAT(said, testing::StartsWith(mBoard.directory() + " is played by FUSE\n\nnode "));
+    for (const char* row : {"camera0  +/dev/v4l-subdev0  +there  +garbage, held",
+                            "hwid_flag  +/sys/bus/[^ ]+  +absent  +absent",
+                            "gpio42  +/sys/class/gpio/gpio42/value  +absent  +-"}) {
+        EXPECT_THAT(said, testing::ContainsRegex(std::string("\n") + row + "\n"));
+    }
+    mBoard.command({"release", "camera0"});
+    mBoard.command({"fault", "camera0", "none"});
+    mBoard.command({"fault", "hwid_flag", "none"});
+    EXPECT_EQ(mBoard.ask({"board", "--json"}, &said), 0);
+    EXPECT_THAT(said, testing::HasSubstr("\"name\":\"camera0\",\"path\":\"/dev/v4l-subdev0\","
+                                         "\"state\":\"there\",\"fault\":\"none\",\"held\":false"));
+}
+
 TEST_F(BoardContract, command_that_makes_no_sense_is_refused_and_changes_nothing) {
     const struct {
         std::vector<std::string> words;

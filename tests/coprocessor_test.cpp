@@ -4,6 +4,7 @@
 
 #include "tests/test_board.h"
 #include "tools/tarqctl/view/frame_text.h"
+#include "tools/tarqctl/view/hex_text.h"
 
 using namespace testing;
 using tarq::board::ash::asHex;
@@ -181,6 +182,20 @@ TEST_F(CoprocessorTest, manufacturer_and_version_can_be_set_and_nonsense_is_refu
     EXPECT_THAT(seen(board, {"serial"}), HasSubstr("manufacturer 00cc, version 15.1.255\n"));
 }
 
+TEST_F(CoprocessorTest, live_capture_is_decoded_while_it_comes) {
+    ChildProcess tool({"sh", "-c", "{ printf 1ac038bc7e; sleep 60; } | exec " TARQCTL " ash"});
+    EXPECT_EQ(tool.readLine(), "RST");
+}
+
+TEST_F(CoprocessorTest, stopped_board_is_named_by_what_it_does_not_answer) {
+    const TestBoard board(kDevice);
+    board.signal(SIGSTOP);
+    std::string said;
+    EXPECT_EQ(board.ask({"--timeout", "0.2", "set", "coprocessor_version", "1.2.3"}, &said), 2);
+    board.signal(SIGCONT);
+    EXPECT_THAT(said, HasSubstr("no answer after 0.2 s: the board is stopped (process "));
+}
+
 TEST_F(CoprocessorTest, pasted_frames_need_no_board_and_a_mistake_is_told_with_its_place) {
     const TemporaryDirectory folder;
     const std::string file = folder / "x.hex";
@@ -199,6 +214,22 @@ TEST_F(CoprocessorTest, pasted_frames_need_no_board_and_a_mistake_is_told_with_i
                   frame + "{\"bytes\":\"00\",\"damage\":\"no flag at the end\"}\n");
     }
     EXPECT_THAT(ash("1ac0\n38 z", file, 2), HasSubstr(": " + file + ":2:4: only"));
+    const std::string of = R"({"ms":1,"time":"01-02 03:04:05.006","from":")";
+    EXPECT_EQ(ash("#\n" + of + "host\",\"bytes\":\"1ac038\"}\n " + of +
+                          "coprocessor\",\"bytes\":\"8160597e\"}\n" + of +
+                          "host\",\"bytes\":\"bc7e\"}\n81 60 59 7e",
+                  "", 0),
+              "01-02 03:04:05.006 coprocessor  ACK 1\n01-02 03:04:05.006 host         RST\nACK 1\n"
+              "host: 1 frame, 0 damaged, 0 bytes skipped\n"
+              "coprocessor: 1 frame, 0 damaged, 0 bytes skipped\n"
+              "1 frame, 0 damaged, 0 bytes skipped\n");
+    for (const std::string wrong : {"{", "{\"bytes\":1}", "{\"bytes\":\"0\"}", "{\"error\":{}}",
+                                    "{\"from\":\"x\",\"bytes\":\"\"}"}) {
+        EXPECT_THAT(ash("1a\n" + wrong, "", 2), HasSubstr(": -:2: no line of tarqctl serial"));
+    }
+    EXPECT_THAT(ash("", "1a C0", 2),
+                HasSubstr("come on standard input\nhint: echo '1a C0' | tarqctl ash\n"));
+    EXPECT_THAT(ash("", "1a file", 2), HasSubstr("one file is read, 2 were given\n"));
     EXPECT_THAT(ash("", file + ".none", 2), HasSubstr(".none: No such file or directory\n"));
 }
 

@@ -22,6 +22,7 @@ static bool refusesBadRegistrations() {
 int main(int argc, char** argv) {
     const sp<ProcessState> process = ProcessState::self();
     if (!refusesBadRegistrations()) return 3;
+    defaultServiceManager()->addService(echo::kLiving, new echo::Living);
     defaultServiceManager()->addService(echo::kName, new echo::EchoService);
     puts("ready");
     fflush(stdout);

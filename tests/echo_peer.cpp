@@ -59,6 +59,20 @@ int main(int argc, char** argv) {
         for (;;) pause();
     } else if (mode == "wait") {
         echo::call(service, echo::WAIT);
+    } else if (mode == "live") {  // as the user, one-way or with an answer, and away
+        const bool isOneWay = argc > 2 && strcmp(argv[2], "oneway") == 0;
+        if (!isOneWay) {
+            echo::call(service, echo::WHO);  // so that the connection is there
+            puts("stopped");
+            raise(SIGSTOP);
+        }
+        const sp<IBinder> living = defaultServiceManager()->getService(echo::kLiving);
+        if (argc > 3 && setuid(static_cast<uid_t>(atoi(argv[3]))) != 0) return 4;
+        Parcel data;
+        data.writeInt32(0);
+        puts("sent");
+        living->transact(1, data, nullptr, isOneWay ? echo::kOneWay : 0);
+        _exit(0);
     }
     return 0;
 }

@@ -7,6 +7,9 @@
 #include <binder/IServiceManager.h>
 #include <binder/Parcel.h>
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
@@ -17,6 +20,7 @@ namespace echo {
 using namespace android;  // NOLINT: this file is about nothing else
 
 inline const String16 kName("echo");
+inline const String16 kLiving("living");  // an object of class Living
 constexpr uint32_t kOneWay = IBinder::FLAG_ONEWAY;
 
 enum Code : uint32_t {
@@ -34,9 +38,11 @@ enum Code : uint32_t {
     OPEN_GATE,
     LIVING,  // -> int32 objects of class Living in the daemon
     MAKE,    // -> a new object of class Living
+    CALLS,   // -> int32 calls to objects of class Living, int32 most of them at once to one, int32
+             // uid
 };
 
-// Counts its living instances.
+// Counts its living instances, and the calls to all of them.
 class Living : public BBinder {
   public:
     Living() { ++count(); }
@@ -45,7 +51,23 @@ class Living : public BBinder {
         static std::atomic<int32_t> instances{0};
         return instances;
     }
+    static std::atomic<int32_t> calls, mostAtOnce, lastUid;
+
+  protected:
+    status_t onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override {
+        if (code != FIRST_CALL_TRANSACTION) return BBinder::onTransact(code, data, reply, flags);
+        mostAtOnce = std::max<int32_t>(mostAtOnce, ++mInside);
+        usleep(static_cast<useconds_t>(data.readInt32()));
+        lastUid = static_cast<int32_t>(IPCThreadState::self()->getCallingUid());
+        --mInside;
+        ++calls;
+        return OK;
+    }
+
+  private:
+    std::atomic<int32_t> mInside{0};
 };
+inline std::atomic<int32_t> Living::calls{0}, Living::mostAtOnce{0}, Living::lastUid{-1};
 
 class EchoService : public BBinder, public IBinder::DeathRecipient {
   protected:
@@ -80,6 +102,10 @@ class EchoService : public BBinder, public IBinder::DeathRecipient {
                 return reply->writeInt32(Living::count());
             case MAKE:
                 return reply->writeStrongBinder(new Living);
+            case CALLS:
+                reply->writeInt32(Living::calls);
+                reply->writeInt32(Living::mostAtOnce);
+                return reply->writeInt32(Living::lastUid);
             default:
                 return BBinder::onTransact(code, data, reply, flags);
         }

@@ -1,9 +1,12 @@
 // Saved logs, as the daemon writes them, and what the tool makes of them.
 #include <gmock/gmock.h>
+#include <zip.h>
+#include <zlib.h>
 
 #include <sstream>
 
 #include "tests/temporary_directory.h"
+#include "tools/tarqctl/match/log_source.h"
 #include "tools/tarqctl/tarqctl.h"
 
 using namespace testing;
@@ -143,12 +146,13 @@ TEST(explain_log, what_is_not_proved_is_unknown) {
             "\nunknown: the list holds lines like the daemon's own, so it is not explained\n");
     const std::string result = "isInternalCameraMatch: match";
     for (const auto& [texts, explained] : std::vector<std::pair<std::string, Matcher<std::string>>>{
-                 {kAccepted, HasSubstr("\nyes: all 3 board parts fit\n")},
+                 {kAccepted,
+                  HasSubstr("\nyes: all 3 board parts fit; the overlay was not compared\n")},
                  {without(kAccepted, result), EndsWith(R"(cut off at the end of the log
 
   part             board    package  verdict
   tp               gt9xx    GT-5     fits: probe says GT-5, listed
-  internal_camera  gc5035   null     not examined
+  internal_camera  gc5035   null     unknown
   bt               rtl8723  rtl8723  fits: has "rtl8723"
 )")},
                  {kAccepted.substr(0, kAccepted.find("<<<")), cut},
@@ -192,25 +196,214 @@ TEST(explain_log, requests_of_threads_and_daemons_are_told_apart) {
     EXPECT_THAT(explainLog(joined(log), {"explain-log", "--json"}).out, Not(HasSubstr("\n\n")));
     const std::string out = explainLog(joined(log)).out;
     const std::string refused = "05-01 10:00:00.123  pid 512  tid 530\n" + kRefusedTable;
-    EXPECT_THAT(out, StartsWith(refused + "\n05-01 10:00:00.124  pid 512  tid 531\nyes: all 3"));
+    EXPECT_THAT(out, StartsWith("05-01 10:00:00.124  pid 512  tid 531\nunknown: the request began "
+                                "before the log does, or its first line is missing\n\n" +
+                                refused + "\n05-01 10:00:00.124  pid 512  tid 531\nyes: all 3"));
     EXPECT_THAT(out, EndsWith("\n" + refused +
                               "\n05-01 10:00:00.125  pid 600  tid 531\nyes: nothing was compared: "
                               "ro.vendor.ota_skip_hw_info is \"true\"\nnote: nothing was compared: "
                               "ro.vendor.ota_skip_hw_info is \"true\"\n"));
 }
 
-TEST(explain_log, log_without_requests_is_told_from_one_that_cannot_be_read) {
-    const std::string nothing = "tarqctl: explain-log: no match request is in it\n";
-    EXPECT_EQ(explainLog("").err, nothing);
-    EXPECT_EQ(explainLog(joined(linesOf(kBoard))).err, nothing);
-    EXPECT_EQ(explainLog("").code, 0);
-    const Result other = explainLog("I/HardwareInfoService(  512): tp:gt9xx\n");
-    EXPECT_EQ(other.code, 2);
-    EXPECT_EQ(other.err,
-              "tarqctl: explain-log: standard input: no line is one of `logcat -v "
-              "threadtime`\nhint: tarqctl explain-log --help\n");
+// With the prefix and the suffix of a format, as logcat prints them.
+std::string inFormat(const std::string& texts, const std::string& prefix,
+                     const std::string& suffix = "\n") {
+    std::string log;
+    std::istringstream in(texts);
+    for (std::string text; std::getline(in, text);) log += prefix + text + suffix;
+    return log;
+}
+
+constexpr char kTag[] = "HardwareInfoService";
+
+TEST(explain_log, every_format_of_logcat_is_read) {
+    const std::string tag = kTag;
+    const std::string time = "05-01 10:00:00.123";
+    const std::string longHeader = "[ " + time + "   512:  530 I/" + tag + " ]\n";
+    for (const auto& [log, title] : std::vector<std::pair<std::string, std::string>>{
+                 {inFormat(kRefused, "I/" + tag + "(  512): "), "pid 512"},
+                 {inFormat(kRefused, "I/" + tag + "( 1000:  512): "), "pid 512"},
+                 {inFormat(kRefused, "I/" + tag + ": "), "a request"},
+                 {inFormat(kRefused, "I(  512) ", "  (" + tag + ")\n"), "pid 512"},
+                 {inFormat(kRefused, time + " I/" + tag + "(  512): "), time + "  pid 512"},
+                 {inFormat(kRefused, time + "   512   530 I " + tag + ": "), ""},
+                 {inFormat(kRefused, time + "  1000   512   530 I " + tag + ": "), ""},
+                 {inFormat(kRefused, time + " system   512   530 I " + tag + ": "), ""},
+                 {inFormat(kRefused, "2018-" + time + "456 +0200   512   530 I " + tag + ": "),
+                  "2018-" + time + "456  pid 512  tid 530"},
+                 {inFormat(kRefused, "         1525168800.123   512   530 I " + tag + ": "),
+                  "1525168800.123  pid 512  tid 530"},
+                 {inFormat(kRefused, "\x1b[38;5;40m" + time + "   512   530 I " + tag + ": ",
+                           "\x1b[0m\n"),
+                  ""},
+                 {inFormat(kRefused, longHeader, "\n\n"), ""},
+                 // One message of several lines has one header.
+                 {longHeader + "a\n\nb\n\n" + longHeader + kRefused + "\n", ""},
+                 {inFormat(kRefused, "> [ " + time + " system:  512:  530 I/" + tag + " ]\n> ",
+                           "\n>\n"),
+                  ""},
+                 {"He wrote:\n\n" +
+                          inFormat(kRefused, "> > " + time + "   512   530 I " + tag + ": "),
+                  ""},
+         }) {
+        const std::string expected = title.empty() ? time + "  pid 512  tid 530" : title;
+        EXPECT_EQ(explainLog(log).out, expected + "\n" + kRefusedTable) << log.substr(0, 200);
+    }
+}
+
+TEST(explain_log, requests_that_no_thread_tells_apart_are_unknown) {
+    const std::string brief = "I/HardwareInfoService(  512): ";
+    const std::string refused = inFormat(kRefused, brief);
+    const std::string accepted = inFormat(kAccepted, brief);
+    const auto verdicts = [](const std::string& log) {
+        std::string words;
+        std::istringstream out(explainLog(log).out);
+        for (std::string line; std::getline(out, line);) {
+            for (const char* word : {"yes", "no", "unknown"}) {
+                if (line.rfind(word + std::string(": "), 0) == 0) words += word + std::string(" ");
+            }
+        }
+        return words;
+    };
+    EXPECT_EQ(verdicts(accepted + refused + accepted), "yes no yes ");
+    // The one that waits for its hardware gets its last lines into the next one or behind it.
+    for (const char* waits : {"take tp info", "isPeripheralMatch,typeName:codec", "tp flag"}) {
+        const size_t at = refused.find(brief + waits);
+        for (const std::string& other : {accepted, refused}) {
+            for (size_t end = 0; (end = other.find('\n', end) + 1) != 0;) {
+                const std::string log = refused.substr(0, at) + other.substr(0, end) +
+                                        refused.substr(at) + other.substr(end);
+                const std::string told = verdicts(log);
+                const bool isWhole = end == other.size() && at == refused.size();
+                EXPECT_TRUE(isWhole || told.find("yes") == told.npos) << log;
+                EXPECT_THAT(told, HasSubstr("unknown ")) << log;
+            }
+        }
+    }
+}
+
+TEST(explain_log, gaps_are_named_and_nothing_is_said_of_what_was_not_seen) {
+    const std::string chatty = "05-01 10:00:00.123   512   530 I chatty  : uid=1000(system) ";
+    const Lines accepted = linesOf(kAccepted);
+    const std::string whole = joined(accepted);
+    const std::string gap =
+            "\nunknown: the device has dropped 12 lines before the end of the request was seen "
+            "(chatty)\n";
+    for (size_t i = 1; i <= accepted.size(); ++i) {
+        Lines log(accepted.begin(), accepted.begin() + i);
+        log.push_back(chatty + "expire 12 lines");
+        log.insert(log.end(), accepted.begin() + std::min(i + 3, accepted.size()), accepted.end());
+        const Result result = explainLog(joined(log) + whole);
+        EXPECT_THAT(result.out, HasSubstr(gap));
+        EXPECT_THAT(result.out, Not(HasSubstr("not named")));
+        EXPECT_THAT(result.out, HasSubstr("\nyes: all 3"));
+        EXPECT_EQ(result.code, 2);
+        // What is left of it, alone.
+        const Result rest = explainLog(joined(Lines(accepted.begin() + i, accepted.end())));
+        EXPECT_EQ(rest.code, 2);
+        EXPECT_THAT(rest.out + rest.err,
+                    AnyOf(EndsWith("\nunknown: the request began before the log does, or its first "
+                                   "line is missing\n"),
+                          HasSubstr("no match request is in it"), HasSubstr("it is empty")));
+    }
+    // A refusal is told before the gap; what repeats itself is dropped, too.
+    EXPECT_EQ(explainLog(joined(linesOf(kRefused)) + chatty + "expire 1 line\n" + whole).code, 1);
+    Lines log(accepted.begin(), accepted.begin() + 2);
+    log.push_back(chatty + "identical 3 lines");
+    log.insert(log.end(), accepted.begin() + 2, accepted.end());
+    EXPECT_THAT(explainLog(joined(log)).out, HasSubstr("dropped 3 lines before the end"));
+    // The line of an item is lost, and the log ends: it may have been named.
+    const std::string cut = explainLog(joined(linesOf(without(kAccepted, "bt:rtl8723")))).out;
+    EXPECT_THAT(cut, HasSubstr("unknown: no item of that name was seen"));
+    EXPECT_THAT(cut, Not(HasSubstr("to make it fit")));
+}
+
+std::string utf16(const std::string& ascii, bool bigEndian) {
+    std::string text = bigEndian ? "\xfe\xff" : "\xff\xfe";
+    for (const char c : ascii) text += bigEndian ? std::string{'\0', c} : std::string{c, '\0'};
+    return text;
+}
+
+std::string gzipped(const std::string& bytes) {
+    z_stream stream = {};
+    std::string packed(bytes.size() + 100, '\0');
+    deflateInit2(&stream, 9, Z_DEFLATED, MAX_WBITS + 16, 9, Z_DEFAULT_STRATEGY);
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
+    stream.avail_in = static_cast<uInt>(bytes.size());
+    stream.next_out = reinterpret_cast<Bytef*>(packed.data());
+    stream.avail_out = static_cast<uInt>(packed.size());
+    EXPECT_EQ(deflate(&stream, Z_FINISH), Z_STREAM_END);
+    packed.resize(stream.total_out);
+    deflateEnd(&stream);
+    return packed;
+}
+
+std::string zipped(const std::vector<std::pair<std::string, std::string>>& members) {
+    const TemporaryDirectory directory;
+    zip_t* archive = zip_open((directory / "zip").c_str(), ZIP_CREATE, nullptr);
+    for (const auto& [name, content] : members) {
+        zip_file_add(archive, name.c_str(),
+                     zip_source_buffer(archive, content.data(), content.size(), 0), 0);
+    }
+    EXPECT_EQ(zip_close(archive), 0);
+    return readFile(directory / "zip");
+}
+
+TEST(explain_log, log_is_read_as_other_systems_write_it_and_people_pack_it) {
+    const std::string log = joined(linesOf(kRefused));
+    const std::string text = "05-01 10:00:00.123  pid 512  tid 530\n" + kRefusedTable;
+    const size_t half = log.find('\n', log.size() / 2) + 1;
+    for (const std::string& bytes :
+         {"\xef\xbb\xbf" + log, utf16(log, false), utf16(joined(linesOf(kRefused), "\r\n"), true),
+          gzipped(log), gzipped(log.substr(0, half)) + gzipped(log.substr(half)),
+          gzipped(utf16(log, false))}) {
+        EXPECT_EQ(explainLog(bytes).out, text);
+    }
+    const std::string report = zipped({{"version.txt", "2.0"},
+                                       {"bugreport.txt", "== dumpstate\n" + log},
+                                       {"FS/last.gz", gzipped(joined(linesOf(kAccepted)))}});
+    EXPECT_THAT(
+            explainLog(report).out,
+            AllOf(StartsWith("05-01 10:00:00.123  pid 512  tid 530  in bugreport.txt\nno: 2"),
+                  HasSubstr("\n05-01 10:00:00.123  pid 512  tid 530  in FS/last.gz\nyes: all")));
+    std::istringstream surrogates(std::string("\xff\xfe\x3d\xd8\x00\xde\x3d\xd8\x21\x00", 10));
+    std::string line;
+    tarq::tools::readLog(surrogates, {[](const auto&) {}, [&](const auto& l) { line = l; }});
+    EXPECT_EQ(line, "\xf0\x9f\x98\x80\xef\xbf\xbd!");
+}
+
+TEST(explain_log, what_is_no_log_is_said) {
+    const std::string log = joined(linesOf(kRefused));
+    const std::string packed = gzipped(log);
+    std::string damaged = packed;
+    damaged[damaged.size() / 2] = static_cast<char>(~damaged[damaged.size() / 2]);
+    for (const auto& [bytes, why] : std::vector<std::pair<std::string, std::string>>{
+                 {"", "standard input: it is empty\n"},
+                 {joined(linesOf("hello")), "it is a log, but no match request is in it\n"},
+                 {"I(  512:  530) service get match\n", "it is a log without tags, such as"},
+                 {"text\n", "no line of any logcat format; it is text that begins with \"text\"\n"},
+                 {std::string("\0\1\2", 3), "it is no text, its first bytes are 000102\n"},
+                 {"BZh9", "it is bzip2, unpack it first\n"},
+                 {zipped({{"a", "b"}}), "no line of any logcat format; it is a zip archive\n"},
+                 {packed.substr(0, packed.size() / 2), "its gzip data is cut off\n"},
+                 {damaged, "its gzip data is damaged\n"},
+                 {zipped({{"a", log}}).substr(0, 200), "its zip archive is damaged or cut off: "},
+         }) {
+        const Result result = explainLog(bytes);
+        EXPECT_EQ(result.code, 2);
+        EXPECT_THAT(result.err,
+                    AllOf(HasSubstr(why), HasSubstr("\nhint: tarqctl explain-log --help\n")));
+    }
     EXPECT_THAT(explainLog("", {"explain-log", "/"}).err, HasSubstr("/: Is a directory\nhint: "));
     EXPECT_THAT(explainLog("", {"explain-log", "/no"}).err, HasSubstr("/no: No such file or "));
+    for (const std::string& bomb :
+         {gzipped(std::string(3000, 'x')), zipped({{"a", std::string(3000, 'x')}}),
+          zipped({{"a", std::string(1500, 'x')}, {"b", log}})}) {
+        std::istringstream in(bomb);
+        const tarq::tools::LogSink ignored = {[](const auto&) {}, [](const auto&) {}};
+        EXPECT_THAT([&] { tarq::tools::readLog(in, ignored, 2000); },
+                    ThrowsMessage<std::runtime_error>("it unpacks to more than 2000 bytes"));
+    }
 }
 
 }  // namespace

@@ -31,7 +31,8 @@ void play(LedDriver& driver, const std::vector<Row>& rows) {
             std::string attribute = write.substr(isTaken ? 0 : 1, blank - (isTaken ? 0 : 1));
             if (attribute.find('_') == std::string::npos)
                 attribute = "xml_effect_trans_" + attribute;
-            EXPECT_EQ(driver.write(attribute, write.substr(blank + 1), row.now), isTaken) << write;
+            const std::string why = driver.write(attribute, write.substr(blank + 1), row.now);
+            EXPECT_EQ(why.empty(), isTaken) << write << ": " << why;
         }
         std::ostringstream shown;
         for (const uint32_t colour : driver.shown(row.now)) shown << ' ' << std::hex << colour;
@@ -66,6 +67,31 @@ TEST(LedDriver, record_that_makes_no_sense_is_refused_and_changes_nothing) {
                   {0, kNever, "0 ff8000 0"},
                   {0, "vals duration 3600000; state 0; !vals loop 1; !state 0", "ff ff8000 0"}});
     EXPECT_EQ(read(driver, "get_color"), "ff8000\n");
+}
+
+TEST(LedDriver, refusal_names_the_first_thing_that_is_wrong) {
+    LedDriver driver(12);
+    const std::tuple<const char*, const char*, const char*> kRows[] = {
+            {"xml_effect_trans_vals", "loop 1", "no transfer has begun"},
+            {"xml_effect_trans_state", "1", ""},
+            {"set_color", "c 1", "LED 12 (hexadecimal c) is not within 0 to 11"},
+            {"set_color", "ffffffffffffff red", "LED \"ffffffffffffff\" is no hexadecimal number"},
+            {"set_color", "1", "the colour is missing"},
+            {"set_color", "1 1000000", "\"1000000\" is no colour RRGGBB"},
+            {"set_brightness", "3 12c", "brightness 300 (hexadecimal 12c) is not within 0 to 255"},
+            {"get_color", "1 2", "\"2\" is one word too many"},
+            {"standby_effect", "1 9 f f 0 1", "type 9 is not within 0 to 3"},
+            {"standby_effect", "1 1 f f - 1", "cont \"-\" is no decimal number"},
+            {"standby_effect", "1 1 f f 0 0", "val 0 is not within 1 to 4294967295"},
+            {"xml_effect_trans_data", "1 f 1f", "s \"1f\" is no decimal number"},
+            {"xml_effect_trans_vals", "colour 1", "\"colour\" is none of loop, interval, duration"},
+            {"xml_effect_trans_vals", "interval 0", "interval 0 is not within 1 to 10000"},
+            {"xml_effect_trans_vals", "loop 1", ""},
+            {"xml_effect_trans_state", "0", "the effect has no duration, interval"},
+            {"colour", "", "there is no such attribute"}};
+    for (const auto& [attribute, record, why] : kRows) {
+        EXPECT_EQ(driver.write(attribute, record, 0), why) << record;
+    }
 }
 
 // Its LED 0 has steps of 30 ms in all, its LED 2 of 300 ms.
@@ -107,7 +133,7 @@ TEST(LedDriver, stand_by_effect_is_shown_by_type_until_its_periods_are_over) {
     for (const auto& [record, rows] : kEffects) {
         LedDriver driver(3);
         play(driver, {{-7, "set_color 1 3; standby_effect 1 1 1 1 0 1", "0 0 0"}});
-        EXPECT_TRUE(driver.write("standby_effect", record, 0));
+        EXPECT_EQ(driver.write("standby_effect", record, 0), "");
         play(driver, rows);
         const std::string named = kEffect + "1; data 1 cc 1; state 0";
         play(driver, {{300, named.c_str(), "aa cc dd"}});

@@ -35,7 +35,7 @@ class Leds : public Test {
                 std::vector<std::string>{"sh", "-c", "exec " TARQCTL " " + words});
     }
 
-    const TestBoard mBoard{"<leds count='12'/>"};
+    TestBoard mBoard{"<leds count='12'/>"};
 };
 
 TEST_F(Leds, trace_has_each_write_as_a_record_in_the_order_of_the_driver) {
@@ -48,9 +48,11 @@ TEST_F(Leds, trace_has_each_write_as_a_record_in_the_order_of_the_driver) {
     const std::string place = "/proc/" + std::to_string(late.pid()) + "/wchan";
     EXPECT_TRUE(eventually([&] { return readFile(place) == "request_wait_answer"; }));
     EXPECT_TRUE(write("set_brightness", "4 80"));
+    const std::string kNotTaken =
+            "set_color c \xef\xbf\xbd\\n (refused: LED 12 (hexadecimal c) is not within 0 to 11)";
     const auto follower = viewer("trace -f");
-    for (const char* line : {"set_color 3 ff8000", "set_color c \xef\xbf\xbd\\n (refused)",
-                             "get_color 3", "set_brightness 4 80"}) {
+    for (const char* line :
+         {"set_color 3 ff8000", kNotTaken.c_str(), "get_color 3", "set_brightness 4 80"}) {
         EXPECT_EQ(follower->readLine(), line);
     }
     mBoard.command({"release", "set_color"});
@@ -61,12 +63,13 @@ TEST_F(Leds, trace_has_each_write_as_a_record_in_the_order_of_the_driver) {
             seen({"trace", "--json"}),
             MatchesRegex("\\{\"leds\":12\\}\n"
                          "\\{\"ms\":[0-9]+,\"attribute\":\"set_color\",\"text\":\"3 ff8000\"\\}\n"
-                         "\\{[^}]*\"text\":\"c [^\"]*\\\\n\",\"refused\":true\\}\n(.*\n)*"));
+                         "\\{[^}]*\"text\":\"c [^\"]*\\\\n\",\"refused\":true,\"why\":\"LED "
+                         "12[^\"]*\"\\}\n(.*\n)*"));
 }
 
 TEST_F(Leds, colours_are_a_line_for_each_change_or_blocks_on_a_terminal_that_is_left_as_it_was) {
     const auto text = viewer("leds");
-    const std::string dark = " 4:000000 5:000000 6:000000 7:000000 8:000000 9:000000 a:000000 b:";
+    const std::string dark = " 4:000000 5:000000 6:000000 7:000000 8:000000 9:000000 10:000000 11:";
     EXPECT_EQ(text->readLine(), "0:000000 1:000000 2:000000 3:000000" + dark + "000000");
     winsize size = {24, 17, 0, 0};  // three blocks in a row
     int terminal = -1;
@@ -82,19 +85,23 @@ TEST_F(Leds, colours_are_a_line_for_each_change_or_blocks_on_a_terminal_that_is_
             return shown.find(what) != std::string::npos;
         });
     };
-    EXPECT_TRUE(shows("  2  \x1b[0m\r\n"));
+    EXPECT_TRUE(shows("   2 \x1b[0m\r\n"));
     EXPECT_TRUE(write("set_color", "b 80c0ff"));
-    EXPECT_THAT(text->readLine(), EndsWith("b:80c0ff"));
-    EXPECT_TRUE(shows("\x1b[48;2;128;192;255m  b  \x1b[0m"));
+    EXPECT_THAT(text->readLine(), EndsWith("11:80c0ff"));
+    EXPECT_TRUE(shows("\x1b[48;2;128;192;255m  11 \x1b[0m"));
     size.ws_col = 100;
     ioctl(terminal, TIOCSWINSZ, &size);
-    EXPECT_TRUE(shows("  b  \x1b[0m \r\n"));
+    EXPECT_TRUE(shows("  11 \x1b[0m \r\n"));
+    EXPECT_TRUE(shows("LEDs of " + mBoard.directory() + "\x1b[K\r\nno effect plays; Ctrl-C ends"));
+    EXPECT_THAT(seen({"leds", "--once"}), AllOf(StartsWith("0:0"), EndsWith(" 11:80c0ff\n")));
     EXPECT_EQ(::write(terminal, "\x03", 1), 1);
     EXPECT_TRUE(shows("\x1b[0m\x1b[?25h\x1b[?1049l"));
     int status = -1;
     EXPECT_EQ(waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0);
     close(terminal);
+    mBoard.end(SIGKILL);
+    EXPECT_EQ(text->wait(), 2);
 }
 
 TEST_F(Leds, gif_shows_an_effect_in_its_time_and_is_small) {
@@ -131,20 +138,49 @@ TEST_F(Leds, gif_shows_an_effect_in_its_time_and_is_small) {
     }
 }
 
-TEST_F(Leds, effect_that_cannot_be_drawn_is_one_error_line) {
+// It has seventy colours of 20 ms, white, and black for 10 ms.
+TEST_F(Leds, gif_without_a_board_is_drawn_and_says_what_it_lacks) {
+    const TemporaryDirectory directory;
+    std::string xml = "<e loop='0' interval='10' duration='1440'><led id='a'>";
+    for (int i = 0; i < 70; ++i) xml += "<eff s='2'>" + std::to_string(100 + i) + "</eff>";
+    writeFile(directory / "x.xml", xml + "<eff s='3'>ffffff</eff><eff s='1'>0</eff></led></e>");
+    ChildProcess tool({"sh", "-c",
+                       "cd " + directory.path() +
+                               "; exec " TARQCTL " --board /nowhere leds --gif "
+                               "x.gif --effect x.xml 2>&1"});
+    EXPECT_THAT(tool.readAll(),
+                AllOf(HasSubstr(": no board tells how many LEDs there are; drawn are 0 to 10,"),
+                      HasSubstr(": Not all is shown: it has steps shorter than 20 ms.\n"),
+                      HasSubstr(": Its 72 colours are rounded: a GIF has fewer.\n")));
+    EXPECT_EQ(tool.wait(), 0);
+    GifFileType* gif = DGifOpenFileName((directory / "x.gif").c_str(), nullptr);
+    ASSERT_EQ(DGifSlurp(gif), GIF_OK);
+    int white = 0;
+    for (int i = 0; i < gif->SColorMap->ColorCount; ++i) {
+        const GifColorType& colour = gif->SColorMap->Colors[i];
+        white += colour.Red == 0xff && colour.Green == 0xff && colour.Blue == 0xff;
+    }
+    EXPECT_EQ(white, 1);
+    DGifCloseFile(gif, nullptr);
+}
+
+TEST_F(Leds, effect_that_cannot_be_drawn_is_told_with_each_cause) {
     const std::string file = "/data/x.xml", gif = mBoard.directory() + "/x.gif";
-    const struct {
-        const char* xml;
-        int code;
-        const char* why;
-    } kWrong[] = {{"<e>\n<led id='c'><eff s='1'>0</eff></led></e>", 1,
-                   "x.xml:2: the driver refuses \"c 0 1\""},
-                  {"<e loop='1' duration='9'/>", 1,
-                   "x.xml: the driver needs loop, interval and duration"},
-                  {"<e", 1, "x.xml: it is no XML"}};
-    for (const auto& row : kWrong) {
-        writeFile(mBoard.path(file), row.xml);
-        EXPECT_THAT(seen({"leds", "--gif", gif, "--effect", file}, row.code), HasSubstr(row.why));
+    const std::string wrong =
+            "<e loop='1' interval='1' duration='x'><led id='c'>\n"
+            "<eff s='1'>0</eff></led></e>";
+    const std::pair<std::string, std::vector<const char*>> kWrong[] = {
+            {wrong,
+             {"x.xml:1: the driver refuses \"duration x\": duration \"x\" is no decimal number\n",
+              "x.xml:2: the driver refuses \"c 0 1\": LED 12 (hexadecimal c) is not within 0 to "
+              "11\n",
+              "x.xml: the driver refuses to play it: the effect has no duration\nhint: "}},
+            {"<e>\n  <led>\n</e>",
+             {"x.xml:2: an element is not closed", ": <led>; the daemon would send nothing"}}};
+    for (const auto& [xml, why] : kWrong) {
+        writeFile(mBoard.path(file), xml);
+        const std::string said = seen({"leds", "--gif", gif, "--effect", file}, 1);
+        for (const char* line : why) EXPECT_THAT(said, HasSubstr(line));
     }
     EXPECT_THAT(seen({"leds", "--gif", gif}, 2), HasSubstr("no effect runs"));
     EXPECT_FALSE(std::filesystem::exists(gif));

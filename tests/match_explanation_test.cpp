@@ -45,6 +45,13 @@ Items joined(const std::vector<Items>& lists) {
     return all;
 }
 
+// The texts, those of mistakes with a "!" in front.
+Items textsOf(const std::vector<Doubt>& doubts) {
+    Items texts;
+    for (const Doubt& doubt : doubts) texts.push_back((doubt.isMistake ? "!" : "") + doubt.text);
+    return texts;
+}
+
 struct MatchExplanation : Test {
     static const TestBoard& board() {
         static const TestBoard instance(
@@ -374,20 +381,25 @@ TEST_F(MatchExplanation, state_that_another_request_has_changed_is_said) {
 
 TEST_F(MatchExplanation, doubts_are_about_what_is_probably_not_meant) {
     setUp({{"tp", "gt9"}, {"bt", "q,r"}});
-    EXPECT_THAT(ask({"overlay_id:1", "tp:gt911 gt9", "bt:rr", "bt:r", "bt:r", "camera:x",
-                     "keybord_ic:x", "b:x", "wifi" + std::string(98, ':'), "codec"})
-                        .doubts,
+    const auto doubts = ask({"overlay_id:1", "tp:gt911 gt9", "bt:rr", "bt:r", "bt:r", "camera:x",
+                             "keybord_ic:x", "b:x", "wifi" + std::string(98, ':'), "codec",
+                             "\xef\xbb\xbfoverlay_id:9"})
+                                .doubts;
+    EXPECT_THAT(textsOf(doubts),
                 ElementsAre("bt: the board's \"r\" is found only inside \"rr\"",
-                            "bt is named more than once, the last one counts",
-                            "there is no part \"camera\", the nearest name is \"internal_camera\"",
-                            "there is no part \"keybord_ic\", the nearest name is \"keyboard_ic\"",
-                            "there is no part \"b\", the nearest name is \"bt\"",
-                            "wifi: the item is longer than 101 bytes and is not compared",
-                            "\"codec\" has no colon, so it is a name without a value"));
+                            "!bt is named more than once, the last one counts",
+                            "!there is no part \"camera\", the nearest name is \"internal_camera\"",
+                            "!there is no part \"keybord_ic\", the nearest name is \"keyboard_ic\"",
+                            "!there is no part \"b\", the nearest name is \"bt\"",
+                            "!wifi: the item is longer than 101 bytes and is not compared",
+                            "\"codec\" has no colon, so it is a name without a value",
+                            "!a byte order mark in front of \"overlay_id\" makes it another name"));
+    EXPECT_EQ(doubts[1].item, 3u);
     setUp({{"bt", "r"}, {kCheckTime, "true"}, {"time", "1600000000000"}, {kTimes, ",1600000000"}});
-    EXPECT_THAT(ask({}).doubts, ElementsAre("the package's time 1600000000000 and the timestamp "
-                                            "file's 1600000000 seem to have different units, such "
-                                            "as s and ms"));
+    EXPECT_THAT(textsOf(ask({}).doubts),
+                ElementsAre("the package's time 1600000000000 and the timestamp "
+                            "file's 1600000000 seem to have different units, such "
+                            "as s and ms"));
 }
 
 TEST_F(MatchExplanation, nothing_is_advised_that_cannot_be_had) {

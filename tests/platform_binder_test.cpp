@@ -1,12 +1,15 @@
 // The binder between real processes: a daemon, this test as its client, and peers.
 #include <binder/ProcessState.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/un.h>
 
 #include <filesystem>
 #include <memory>
 #include <thread>
 
+#include "host/platform/binder/wire.h"
 #include "tests/child_process.h"
 #include "tests/echo_client.h"
 #include "tests/plain_board.h"
@@ -113,7 +116,7 @@ TEST_F(BinderTest, the_manager_looks_up_lists_and_lets_nobody_else_add) {
     EXPECT_TRUE(manager->checkService(echo::kName));
     EXPECT_FALSE(manager->checkService(String16("ech")));
     const Vector<String16> names = manager->listServices();
-    ASSERT_EQ(2u, names.size());
+    ASSERT_EQ(3u, names.size());
     EXPECT_TRUE(names[0] == echo::kName);  // the newest first
     EXPECT_EQ(0u, manager->listServices(IServiceManager::DUMP_FLAG_PRIORITY_HIGH).size());
     EXPECT_EQ(-1, manager->addService(String16("mine"), new BBinder));
@@ -141,9 +144,9 @@ TEST_F(BinderTest, objects_live_as_long_as_the_other_side_holds_them) {
     const sp<IBinder> service = echo::find();
     ASSERT_TRUE(eventually([] { return echo::Living::count() == 0; }));  // those of earlier tests
     sp<IBinder> theirs = echo::receive(service, echo::MAKE);
-    EXPECT_EQ(1, ask(service, echo::LIVING));
+    EXPECT_EQ(2, ask(service, echo::LIVING));  // and the one with a name
     theirs.clear();
-    EXPECT_TRUE(eventually([&] { return ask(service, echo::LIVING) == 0; }));
+    EXPECT_TRUE(eventually([&] { return ask(service, echo::LIVING) == 1; }));
 
     echo::keep(service, new echo::Living);
     EXPECT_EQ(1, echo::Living::count());
@@ -193,6 +196,48 @@ TEST_F(BinderTest, bursts_of_callbacks_arrive_whole_in_order_and_say_who_calls) 
     }
     EXPECT_TRUE(eventually([&] { return receiver->count == 10000; }));
     EXPECT_TRUE(receiver->isInOrder);
+}
+
+TEST_F(BinderTest, one_way_calls_are_carried_out_whatever_becomes_of_their_target_and_sender) {
+    const sp<IBinder> service = echo::find();
+    int32_t accepted = 0;
+    Parcel data;
+    data.writeInt32(0);
+    for (int i = 0; i < 2000; ++i) {
+        const sp<IBinder> living = echo::receive(service, echo::MAKE);
+        if (living->transact(1, data, nullptr, echo::kOneWay) == OK) ++accepted;
+    }
+    EXPECT_GT(accepted, 1000);
+    EXPECT_TRUE(eventually([&] { return ask(service, echo::CALLS) == accepted; }));
+    EXPECT_TRUE(eventually([&] { return ask(service, echo::LIVING) == 1; }));
+    for (int i = 0; i < 20; ++i) EXPECT_EQ(0, peer({"live", "oneway"})->wait());
+    EXPECT_TRUE(eventually([&] { return ask(service, echo::CALLS) == accepted + 20; }));
+}
+
+TEST_F(BinderTest, one_way_calls_of_an_object_run_one_after_the_other_and_name_their_user) {
+    const sp<IBinder> service = echo::find();
+    const sp<IBinder> living = defaultServiceManager()->checkService(echo::kLiving);
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 3; ++thread) {
+        threads.emplace_back([&] {
+            Parcel data;
+            data.writeInt32(1000);
+            for (int i = 0; i < 20; ++i) EXPECT_EQ(OK, living->transact(1, data, nullptr, 1));
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    ASSERT_TRUE(eventually([&] { return ask(service, echo::CALLS) == 60; }));
+    Parcel data;
+    Parcel reply;
+    service->transact(echo::CALLS, data, &reply);
+    reply.readInt32();
+    EXPECT_EQ(1, reply.readInt32());
+    if (getuid() != 0) return;
+    EXPECT_EQ(0, peer({"live", "oneway", "1000"})->wait());
+    ASSERT_TRUE(eventually([&] { return ask(service, echo::CALLS) == 61; }));
+    service->transact(echo::CALLS, data, &reply);
+    reply.setDataPosition(8);
+    EXPECT_EQ(1000, reply.readInt32());
 }
 
 TEST_F(BinderTest, a_killed_client_is_noticed_once_for_each_link) {
@@ -313,6 +358,8 @@ TEST_F(BinderTest, before_the_pool_starts_look_ups_answer_and_calls_wait) {
     start({ECHO_DAEMON, "--hold"});
     const sp<IBinder> service = echo::find();
     ASSERT_TRUE(service);
+    // What has been accepted is carried out, also when who sent it is gone by then.
+    EXPECT_EQ(0, peer({"live", "oneway"})->wait());
     std::atomic<bool> answered{false};
     std::thread early([&] {
         EXPECT_EQ(OK, call(service, echo::WHO));
@@ -322,7 +369,31 @@ TEST_F(BinderTest, before_the_pool_starts_look_ups_answer_and_calls_wait) {
     EXPECT_FALSE(answered);
     EXPECT_EQ(1, write(hold[1], "\n", 1));
     early.join();
+    EXPECT_TRUE(eventually([&] { return ask(service, echo::CALLS) == 1; }));
     dup2(before, STDIN_FILENO);
+}
+
+TEST_F(BinderTest, a_call_that_waits_for_a_thread_is_carried_out_though_its_client_is_killed) {
+    const sp<IBinder> service = echo::find();
+    const sp<IBinder> living = defaultServiceManager()->checkService(echo::kLiving);
+    const auto victim = peer({"live", "twoway"});
+    EXPECT_EQ("stopped", victim->readLine());
+    const std::string process = "/proc/" + std::to_string(victim->pid());
+    EXPECT_TRUE(eventually(
+            [&] { return readFile(process + "/stat").find(") T ") != std::string::npos; }));
+    std::vector<std::thread> busy;  // as many as the daemon has threads
+    for (int i = 0; i < 17; ++i) {
+        busy.emplace_back([&] { EXPECT_EQ(OK, call(living, 1, {500'000})); });
+    }
+    victim->kill(SIGCONT);
+    EXPECT_EQ("sent", victim->readLine());
+    const std::string syscall = "/proc/" + std::to_string(victim->pid()) + "/syscall";
+    EXPECT_TRUE(eventually(
+            [&] { return readFile(syscall).rfind(std::to_string(SYS_recvfrom) + " ", 0) == 0; }));
+    victim->kill(SIGKILL);
+    EXPECT_EQ(128 + SIGKILL, victim->wait());
+    for (std::thread& thread : busy) thread.join();
+    EXPECT_TRUE(eventually([&] { return ask(service, echo::CALLS) == 18; }));
 }
 
 TEST_F(BinderTest, garbage_ends_its_connection_and_nothing_else) {
@@ -347,11 +418,24 @@ TEST_F(BinderTest, garbage_ends_its_connection_and_nothing_else) {
     EXPECT_EQ(OK, call(service, echo::WHO));
 }
 
-TEST_F(BinderTest, a_client_with_thousands_of_connections_is_held_to_its_share) {
+// They say nothing, so they are closed before long; those beyond the user's share at once, and
+// told.
+TEST_F(BinderTest, a_user_with_many_connections_is_held_to_its_share_and_only_for_a_while) {
+    if (getuid() != 0) GTEST_SKIP() << "needs root to be another user";
+    allow(std::filesystem::perms(0755));
+    start({"/bin/sh", "-c", "ulimit -n 200; exec " ECHO_DAEMON});
     const auto other = keeper();
+    ASSERT_EQ(0, seteuid(2000));
     std::vector<int> connections;
-    for (int i = 0; i < 3000; ++i) connections.push_back(rawConnection());
+    for (int i = 0; i < 150; ++i) connections.push_back(rawConnection());
+    ASSERT_EQ(0, seteuid(0));
+    host::PacketHeader refusal = {};
+    EXPECT_EQ(sizeof(refusal), recv(connections[120], &refusal, sizeof(refusal), 0));
+    EXPECT_EQ(-EMFILE, refusal.status);
     EXPECT_EQ(self(), peer({"who"})->readLine());
+    char byte;
+    EXPECT_EQ(0, recv(connections[0], &byte, 1, 0));
+    EXPECT_EQ(self(2000), peer({"who"}, 2000)->readLine());
     for (const int fd : connections) close(fd);
     EXPECT_EQ(1, fire(1, 9));
     EXPECT_EQ("fired 9", other->readLine());

@@ -178,6 +178,10 @@ TEST(GrowingFile, lines_are_handed_over_once_complete_and_a_new_file_is_read_ane
     EXPECT_THAT(read(), IsEmpty());
     writeFile(path, "another, which is longer\n");
     EXPECT_THAT(read(), ElementsAre("another, which is longer"));
+    std::ofstream(path, std::ios::app) << "passed over\n";
+    file.skip();
+    std::ofstream(path, std::ios::app) << "behind\n";
+    EXPECT_THAT(read(), ElementsAre("behind"));
 }
 
 }  // namespace

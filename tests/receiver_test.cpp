@@ -78,6 +78,19 @@ TEST_F(Receiver, that_comes_late_goes_and_comes_back_is_heard_each_time) {
     }
 }
 
+TEST_F(Receiver, key_right_after_a_start_waits_for_a_program_that_polls) {
+    radiokey_init(433);
+    sBoard->end(SIGTERM);
+    std::vector<int32_t> heard;
+    std::thread poller([&heard] {
+        for (int polls = 0; heard.empty() && polls < 5; ++polls) heard = poll();
+    });
+    sBoard->start();
+    run("key 1 2 3");
+    poller.join();
+    EXPECT_THAT(heard, ElementsAre(1, 2, 3, -90));
+}
+
 TEST_F(Receiver, queued_keys_keep_their_order_and_each_its_signal_strength) {
     radiokey_init(433);
     run("key -2147483648 -2 2147483647 --rssi -60");
@@ -97,8 +110,10 @@ TEST_F(Receiver, key_that_nobody_hears_is_refused_with_the_reason) {
     expectRefusal("key 1 2 3", "key 1 2 3: not heard: no program listens");
     radiokey_init(433);
     radiokey_reset(-2147483647);
-    expectRefusal("key 1 2 3 --repeat 2",
-                  "not heard: the receiver is tuned to -2147483647; 0 of 2 were heard");
+    expectRefusal(
+            "key 1 2 3 --repeat 2",
+            "not heard: the receiver is tuned to -2147483647, the key was sent at 433; 0 of 2 "
+            "were heard");
     const std::string key = "key 1 2 3 --frequency -2147483647";
     run(key);
     EXPECT_THAT(poll(), ElementsAre(1, 2, 3, -90));
@@ -113,7 +128,14 @@ TEST_F(Receiver, key_that_nobody_hears_is_refused_with_the_reason) {
     EXPECT_EQ(heard, 0);
     radiokey_uninit();
     expectRefusal(key, "no program listens");
-    expectRefusal("set no_such_node 1", ", receiver, receiver_status, receiver_rssi");
+    const std::pair<const char*, const char*> kNodes[] = {
+            {"set no_such_node 1", "/data, receiver_status, receiver_rssi\n"},
+            {"fault no_such_node mute", "/data, receiver\n"},
+            {"hold no_such_node", "/data\n"},
+            {"hold receiver", "of a receiver, receiver_status and receiver_rssi can be set, "},
+            {"fault coprocessor late", ": no co-processor is fitted\n"},
+            {"set coprocessor_version 1.2.3", ": no co-processor is fitted\n"}};
+    for (const auto& [words, why] : kNodes) expectRefusal(words, why);
     expectRefusal("fault receiver no_such", "mute");
 }
 
@@ -132,7 +154,6 @@ TEST_F(Receiver, is_polled_while_others_tune_it_ask_and_switch_it_off_and_on) {
     for (const int due : {150, 300}) {
         sBoard->end(SIGTERM);
         sBoard->start();
-        radiokey_init(433);
         run("key 1 2 3 --repeat 150");
         EXPECT_TRUE(eventually([&] { return count == due; })) << count;
     }

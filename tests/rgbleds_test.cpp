@@ -33,8 +33,9 @@ struct RgbLeds : Test {
         std::string trace;
         EXPECT_EQ(board().ask({"trace"}, &trace), 0);
         const std::string records = trace.substr(std::exchange(taken, trace.size()));
-        return std::regex_replace(std::regex_replace(records, std::regex("xml_effect_trans_"), ""),
-                                  std::regex("\n"), ";");
+        return std::regex_replace(
+                std::regex_replace(records, std::regex("xml_effect_trans_|: [^\n]*(?=\\)\n)"), ""),
+                std::regex("\n"), ";");
     }
     // The entries of the log since the last call, "E TEXT;", without the service's tag.
     std::string logged() {

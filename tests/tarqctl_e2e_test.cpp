@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "host/run/lock.h"
 #include "tests/child_process.h"
 #include "tests/temporary_directory.h"
 #include "tools/tarqctl/ask/known_services.h"
@@ -154,33 +155,71 @@ TEST_F(TarqctlE2e, hardware_list_is_printed_and_time_is_taken) {
     for (const char* time : {"-1", "9223372036854775807", "-9223372036854775808"}) {
         EXPECT_EQ(tarqctl({"ota-time", time}).out, "") << time;
     }
-    EXPECT_EQ(tarqctl({"ota-time", "0", "--json"}).out, "{}\n");
+    EXPECT_EQ(tarqctl({"ota-time", "5", "--json"}).out, "{}\n");
+    EXPECT_THAT(tarqctl({"ota-time", "0"}).out,
+                HasSubstr("no package passes by its time any more"));
 }
 
 TEST_F(TarqctlE2e, package_is_compared_and_explained) {
     describeBoard("<hw Peripheral='tp'>gt9</hw><hw Peripheral='bt'>r s</hw>");
     startDaemon();
-    const Result refused = tarqctl({"match", "overlay_id:5", "tp:x"});
+    const Result refused = tarqctl({"match", "overlay_id:5", "bt:x"});
     EXPECT_EQ(refused.code, 1);
-    EXPECT_THAT(refused.out, HasSubstr("\n  write tp:x,gt9\n  add bt:r,s\n"));
-    const Result fitting = tarqctl({"match", "--strict", "tp:x,gt9", "--json", "bt:r,s"});
+    EXPECT_THAT(refused.out, HasSubstr("\n  add tp:gt9\n  write bt:x,r,s\n"));
+    const Result fitting =
+            tarqctl({"match", "--strict", "overlay_id:5", "tp:x,gt9", "--json", "bt:r,s"});
     EXPECT_EQ(fitting.code, 0);
     EXPECT_THAT(fitting.out,
-                StartsWith("{\"verdict\":\"yes\",\"sentence\":\"all 2 board parts fit"));
-    const Result piped = sh("tarqctl hwinfo | tarqctl match --file - --strict", mBoard.path());
-    EXPECT_THAT(piped.out, StartsWith("yes: all 2 board parts fit\n"));
+                StartsWith("{\"verdict\":\"yes\",\"service\":\"yes\",\"sentence\":\"all 2 board "
+                           "parts fit"));
+    const Result piped = sh("tarqctl hwinfo | tarqctl match --file - 2>&1", mBoard.path());
+    EXPECT_THAT(piped.out,
+                AllOf(StartsWith("yes: all 2 board parts fit; the overlay was not compared\n"),
+                      EndsWith("tarqctl: match: yes, but the overlay was not compared: no item is "
+                               "overlay_id, the board's is 5\n")));
     EXPECT_EQ(piped.code, 0);
     writeFile(mBoard / "list", "# comment\r\n\r\n \t\ntp:gt9\r\n#tp:x\nbt:r s");
-    EXPECT_THAT(tarqctl({"match", "--file", mBoard / "list"}).out,
-                EndsWith("gt9      fits: has \"gt9\"; the probe found nothing usable\n  bt    r s  "
-                         "  r s      "
-                         "fits: has \"r\", \"s\"\n"));
+    EXPECT_THAT(
+            tarqctl({"match", "--file", mBoard / "list"}).out,
+            HasSubstr("gt9      fits: has \"gt9\"; the probe found nothing usable\n  bt    r s  "
+                      "  r s      "
+                      "fits: has \"r\", \"s\"\n"));
     EXPECT_EQ(tarqctl({"match", "--file", "/dev/null"}).code, 1);
 
     tarqctl({"setprop", "ro.vendor.ota_enter_timestamp_check", "true"});
     writeFile(mBoard / "root/vendor/etc/hardware_timestamp.txt", ",\n,6");
     EXPECT_THAT(tarqctl({"match", "--strict", "--ota-time", "7", "tp:x"}).out,
                 HasSubstr("passed: the package's time, 7"));
+}
+
+TEST_F(TarqctlE2e, mistakes_in_a_list_are_named_with_their_line_and_strict_refuses_them) {
+    describeBoard("<hw Peripheral='tp'>gt9</hw>");
+    startDaemon();
+    const std::string list = mBoard / "list";
+    const auto check = [&](const std::string& lines, int code, const std::string& said) {
+        writeFile(list, lines);
+        const Result plain = tarqctl({"match", "--file", list});
+        const Result strict = tarqctl({"match", "--strict", "--file", list});
+        EXPECT_THAT(plain.out, HasSubstr(said));
+        EXPECT_THAT(strict.out, HasSubstr(said));
+        EXPECT_EQ(plain.code, code == 2 ? 2 : 0) << lines;
+        EXPECT_EQ(strict.code, code) << lines;
+    };
+    const std::string fits = "overlay_id:5\ntp:gt9\n";
+    check(fits, 0, "yes: 1 board part fits\n");
+    check(fits + "\nwifi:gt9 gt911\n", 0, "yes: ");
+    check(fits + "#\ntp:gt9", 1, list + ":4: tp is named more than once");
+    check(fits + "overlay-id:9", 1, list + ":3: there is no part \"overlay-id\"");
+    check(fits + "wifi:" + std::string(97, 'x'), 1, list + ":3: wifi: the item is longer than 101");
+    check("tp:gt9", 1, "the overlay was not compared: no item is overlay_id, the board's is 5\n");
+    check("\xef\xbb\xbf" + fits, 2, list + ":1: it begins with a byte order mark\nhint: sed -i ");
+    check(fits + "\xef\xbb\xbf#", 2, list + ":3: it begins with a byte order mark\n");
+    check(std::string("\xff\xfet\0p\0", 6), 2, list + ":1: it is UTF-16\nhint: iconv ");
+    writeFile(list, "\xef\xbb\xbf" + fits);
+    const std::string mended = followHint(tarqctl({"match", "--file", list}), 2, "mark").out;
+    EXPECT_EQ(readFile(list), fits) << mended;
+    EXPECT_THAT(tarqctl({"match", "tp:gt9", "\xef\xbb\xbfoverlay_id:9"}).out,
+                HasSubstr("match: a byte order mark in front of \"overlay_id\" makes it another"));
 }
 
 TEST_F(TarqctlE2e, yes_without_a_comparison_is_said_and_strict_refuses_it) {
@@ -200,6 +239,21 @@ TEST_F(TarqctlE2e, yes_without_a_comparison_is_said_and_strict_refuses_it) {
                       ": No such file or directory\n"
                       "tarqctl: match: there is no part \"foo\", the nearest name is \"tp\"\n");
     EXPECT_EQ(tarqctl({"match", "--strict", "tp:x"}).code, 1);
+}
+
+TEST_F(TarqctlE2e, log_that_cannot_be_written_is_named_beside_the_answer) {
+    if (system("unshare -m true 2>/dev/null") != 0) GTEST_SKIP() << "unshare -m is refused";
+    const std::string full = mBoard / "full";
+    const std::string said = sh("exec 2>&1; unshare -m sh -c 'mkdir $TARQ_BOARD; "
+                                "mount -t tmpfs -o size=256k none $TARQ_BOARD; cd $TARQ_BOARD; "
+                                "mkdir -p run/properties; TARQ_LOG=run/log " TARQD
+                                " 2>/dev/null & "
+                                "tarqctl wait; head -c 1M /dev/zero >fill 2>/dev/null; "
+                                "tarqctl match tp:x; kill $!'",
+                                full)
+                                     .out;
+    EXPECT_THAT(said, HasSubstr("yes: the reasons are not known, " + full +
+                                "/run/log: No space left on device\n"));
 }
 
 TEST_F(TarqctlE2e, command_output_is_printed_as_it_is_and_a_cut_is_said) {
@@ -271,9 +325,12 @@ TEST_F(TarqctlE2e, daemon_that_is_gone_stopped_or_killed_is_told_apart) {
     followHint(tarqctl({"hwinfo"}), 2, "run/binder.sock: No such file or directory\n");
     startDaemon();
     mDaemon->kill(SIGSTOP);
-    const Result stopped = tarqctl({"--timeout", "0.2", "services"});
-    mDaemon->kill(SIGCONT);
-    followHint(stopped, 2, "no answer after 0.2 s: the daemon hangs or is stopped\n");
+    const std::string process = std::to_string(mDaemon->pid());
+    const std::string why =
+            ": the daemon is stopped (process " + process + ")\nhint: kill -CONT " + process + "\n";
+    EXPECT_THAT(tarqctl({"--timeout", "0.2", "wait"}).out, EndsWith(why));
+    followHint(tarqctl({"--timeout", "0.2", "services"}), 2, "no answer after 0.2 s" + why);
+    EXPECT_EQ(tarqctl({"services"}).code, 0);
 
     const auto running = runUntilReleased();
     mDaemon->kill(SIGKILL);
@@ -284,14 +341,24 @@ TEST_F(TarqctlE2e, daemon_that_is_gone_stopped_or_killed_is_told_apart) {
                 HasSubstr("instantiate....."));
 }
 
-TEST_F(TarqctlE2e, log_is_followed_until_interrupted) {
+TEST_F(TarqctlE2e, log_is_followed_until_interrupted_or_the_board_ends) {
+    const int board = tarq::host::lockBoard({mBoard.path()});
     writeFile(mBoard / "run/log", "one\n");
-    const auto log = start({"log", "-f"});
-    EXPECT_EQ(log->readLine(), "one");
+    const auto interrupted = start({"log", "-f"}), log = start({"log", "-f"});
+    for (const auto& each : {interrupted.get(), log.get()}) EXPECT_EQ(each->readLine(), "one");
     std::ofstream(mBoard / "run/log", std::ios::app) << "two\n";
-    EXPECT_EQ(log->readLine(), "two");
-    log->kill(SIGINT);
-    EXPECT_EQ(log->wait(), 0);
+    for (const auto& each : {interrupted.get(), log.get()}) EXPECT_EQ(each->readLine(), "two");
+    interrupted->kill(SIGINT);
+    EXPECT_EQ(interrupted->wait(), 0);
+    std::ofstream(mBoard / "run/log", std::ios::app) << "the last";
+    close(board);
+    followHint(finish(*log), 2, "the last\ntarqctl: log -f: the board ended\n");
+}
+
+TEST_F(TarqctlE2e, command_without_output_says_so_on_a_terminal) {
+    startDaemon();
+    const std::string onTerminal = "script -qec 'tarqctl shell \"true;true\"' /dev/null";
+    EXPECT_THAT(sh(onTerminal, mBoard.path()).out, HasSubstr("no standard output came back"));
 }
 
 TEST_F(TarqctlE2e, output_that_nobody_takes_ends_the_tool) {

@@ -1,6 +1,8 @@
 // tarqctl led against the daemon and a LED driver that answers and fails.
 #include <gmock/gmock.h>
 
+#include <regex>
+
 #include "tests/run_tarqctl.h"
 #include "tests/test_board.h"
 #include "tools/tarqctl/commands/led_commands.h"
@@ -8,6 +10,8 @@
 using namespace testing;
 
 namespace {
+
+const std::string kHelp = "tarqctl led play --help\n1";
 
 class TarqctlLed : public Test {
   protected:
@@ -112,7 +116,11 @@ TEST_F(TarqctlLed, dry_run_is_what_playing_sends) {
                                                    ":1: attribute duration of <e> is missing\n"
                                                    "left out: a step without a text, its id is 7\n"
                                                    "left out: " +
-                                                   file + ":3: attribute s of <eff> is missing\n");
+                                                   file + ":3: attribute s of <eff> is missing\n" +
+                                                   file +
+                                                   ": the driver refuses to play it: the effect "
+                                                   "has no duration\nhint: " +
+                                                   kHelp);
     const std::string before = std::filesystem::current_path();
     std::filesystem::current_path(directory.path());
     for (const std::string word : {"x.xml", "./x.xml"}) {
@@ -123,17 +131,78 @@ TEST_F(TarqctlLed, dry_run_is_what_playing_sends) {
                           place + ":1: left out: attribute duration of <e> is missing\n" + place +
                           ":2: left out: a step without a text, its id is 7\n" + place +
                           ":3: left out: attribute s of <eff> is missing\n"
-                          "xml_effect_trans_data 0 ff\\n 5\nxml_effect_trans_state 0\n");
+                          "xml_effect_trans_data 0 ff\\n 5\nxml_effect_trans_state 0\n" +
+                          place +
+                          ": the driver refuses to play it: the effect has no duration\ntarqctl: "
+                          "led play --dry-run " +
+                          word +
+                          ": no board tells how many LEDs there are; LEDs 0 to 254 are taken to be "
+                          "there\n1");
     }
+    EXPECT_THAT(
+            tarqctl("led play x"),
+            HasSubstr("; the board has alert, breathing, progress, rainbow, wave_fast; x.xml of "
+                      "this directory is another file\nhint: tarqctl --board " +
+                      mBoard->directory() + " led play ./x.xml\n1"));
     std::filesystem::current_path(before);
     EXPECT_THAT(tarqctl("led play --json --dry-run " + file),
                 AllOf(HasSubstr("{\"leftOut\":\"attribute s of <eff> is missing\",\"line\":3}\n"),
                       HasSubstr("\"text\":\"0 ff\\n 5\",\"line\":3}\n")));
     for (const std::string word : {"nothing", "/nowhere/x.xml", "/vendor"}) {
-        EXPECT_THAT(tarqctl("led play " + word), AllOf(HasSubstr("the daemon cannot open it"),
-                                                       HasSubstr(" log\n"), EndsWith("1")));
-        EXPECT_THAT(tarqctl("led play --dry-run " + word), EndsWith("led play --help\n1"));
+        const char* why = word == "/vendor" ? "Is a directory" : "No such file or directory";
+        EXPECT_THAT(tarqctl("led play " + word), AllOf(HasSubstr(why), EndsWith("\n1")));
+        EXPECT_THAT(tarqctl("led play --dry-run " + word),
+                    AllOf(HasSubstr(why), EndsWith("led play --help\n1")));
     }
+}
+
+TEST_F(TarqctlLed, refusal_of_the_driver_is_told_with_its_reason_and_its_place_in_the_file) {
+    const std::string none = "LED 12 (hexadecimal c) is not within 0 to 11\nhint: tarqctl led ";
+    const std::pair<const char*, std::string> kLines[] = {
+            {"led color 12", "the driver refuses get_color \"c\": " + none + "color --help\n1"},
+            {"led brightness 12",
+             "the driver refuses get_brightness \"c\": " + none + "brightness --help\n1"},
+            {"led color 12 ff0000",
+             "the driver refuses set_color \"c ff0000\": " + none + "color --help\n1"},
+            {"led brightness 3 300",
+             "the driver refuses set_brightness \"3 12c\": brightness 300 (hexadecimal 12c) is not "
+             "within 0 to 255\nhint: tarqctl led brightness --help\n1"},
+            {"led set --color 0000ff --brightness 1 1 12",
+             "the driver refuses set_color \"c ff\": LED 12 (hexadecimal c) is not within 0 to 11\n"
+             "the driver refuses set_brightness \"c 1\": " +
+                     none + "set --help\n1"},
+            {"led effect 3 type=9 color=ff0000 brightness=1 cont=-1 val=1",
+             "the driver refuses standby_effect \"3 9 ff0000 1 -1 1\": type 9 is not within 0 to "
+             "3\n"
+             "hint: tarqctl led effect --help\n1"}};
+    for (const auto& [line, said] : kLines) EXPECT_EQ(tarqctl(line), said) << line;
+    const TemporaryDirectory directory;
+    const std::string file = directory / "x.xml";
+    writeFile(file,
+              "<e loop='2' interval='5' duration='9'>\n<led id='c'>\n<eff s='1'>1</eff>\n"
+              "<eff s='1'>1</eff></led></e>");
+    const std::string loop = file +
+                             ":1: the driver refuses \"loop 2\": loop 2 is not within 0 to 1\n",
+                      third = file +
+                              ":3: the driver refuses \"c 1 1\": LED 12 (hexadecimal c) is not "
+                              "within 0 to 11\n",
+                      fourth = std::regex_replace(third, std::regex(":3:"), ":4:"),
+                      end = file + ": the driver refuses to play it: the effect has no loop\n";
+    EXPECT_EQ(tarqctl("led play " + file), loop + third + fourth + end + "hint: " + kHelp);
+    EXPECT_THAT(tarqctl("led play --dry-run " + file),
+                AllOf(HasSubstr("vals loop 2\n# " + loop), HasSubstr("data c 1 1\n# " + third),
+                      HasSubstr("data c 1 1\n# " + fourth), EndsWith("state 0\n# " + end + "1")));
+}
+
+TEST_F(TarqctlLed, transfer_past_its_time_is_said_to_go_on) {
+    mBoard->command({"hold", "xml_effect_trans_vals"});
+    ChildProcess play({"sh", "-c", TARQCTL " --timeout 0.3 led play alert 2>&1"});
+    EXPECT_THAT(
+            play.readAll(),
+            AllOf(HasSubstr("; the daemon goes on with the transfer, so do not start another\n"),
+                  EndsWith(" trace -f\n")));
+    mBoard->command({"release", "xml_effect_trans_vals"});
+    EXPECT_TRUE(eventually([] { return trace().rfind("trans_state 0\n") == trace().size() - 14; }));
 }
 
 TEST(LedLog, tells_a_call_from_others_by_thread_operation_and_arguments) {
@@ -177,7 +246,7 @@ TEST_F(TarqctlLed, examples_work_and_the_trace_has_the_times_of_the_log) {
     tarqctl("led color 15 a0b0c0");
     EXPECT_THAT(tarqctl("trace --times"),
                 MatchesRegex("(.*\n)*[0-9]{2}-[0-9]{2} [0-9:]{8}\\.[0-9]{3} set_color f a0b0c0 "
-                             "\\(refused\\)\n"));
+                             "\\(refused: LED 15 .*\\)\n"));
     const std::string trace = mBoard->directory() + "/run/leds.jsonl";
     std::filesystem::rename(trace, trace + ".away");
     EXPECT_EQ(tarqctl("trace"), trace + ": No such file or directory\nhint: scripts/run\n2");

@@ -56,10 +56,10 @@ TEST_F(TarqctlRadio, status_and_strength_are_the_receivers) {
     const std::tuple<const char*, const char*, const char*, const char*> kRows[] = {
             {"status", "7", "status --json", "{\"ready\":true,\"chip_status\":7}\n"},
             {"status", "0", "status",
-             "ready, chip status 0\non a virtual board chip status 0 says that no receiver "
-             "answers\n"},
+             "ready, chip status 0, with which a virtual board says that no receiver answers\n"},
             {"status", "-1", "status",
-             "not ready: the receiver is being started or set to another frequency\n1"},
+             "not ready, chip status -1: the receiver is being started or tuned, or says so "
+             "itself\n1"},
             {"status", "1", "status --json", "{\"ready\":true,\"chip_status\":1}\n"},
             {"rssi", "-60", "rssi", "-60 dBm\n"},
             {"rssi", "-100", "rssi --json", "{\"rssi_dbm\":-100}\n"}};
@@ -79,7 +79,10 @@ TEST_F(TarqctlRadio, frequency_is_kept_for_the_next_start) {
             {"radio frequency", "433 (default)\n"},
             {"radio frequency --json", "{\"frequency\":433,\"stored\":null}\n"},
             {"radio frequency 2147483647", "2147483647, also after restarts\n"},
-            {"radio frequency -2147483648 --json", "{\"frequency\":-2147483648}\n"},
+            {"radio frequency -2147483648 --json",
+             "{\"frequency\":-2147483648}\ntarqctl: radio frequency -2147483648: the number was "
+             "handed to the receiver as it is; nobody "
+             "tells whether it can be tuned to that\n"},
             {"radio frequency --json", "{\"frequency\":-2147483648,\"stored\":\"-2147483648\"}\n"},
             {"setprop persist.radiokey.frequence abc", ""},
             {"radio frequency", "0 (what the daemon makes of \"abc\")\n"},
@@ -88,8 +91,9 @@ TEST_F(TarqctlRadio, frequency_is_kept_for_the_next_start) {
     EXPECT_EQ(key({"1", "2", "3", "--frequency", "315"}), "");
     startDaemon();
     ChildProcess watch(watching("-n 1 2>&1"));
-    EXPECT_EQ(said(watch), "watch -n 1: registered; frequency 315, chip status 1");
-    EXPECT_THAT(key({"1", "2", "3"}), HasSubstr("the receiver is tuned to 315"));
+    EXPECT_EQ(said(watch), "watch -n 1: registered; chip status 1; frequency at a start: 315");
+    EXPECT_THAT(key({"1", "2", "3"}),
+                HasSubstr("the receiver is tuned to 315, the key was sent at 433"));
     EXPECT_EQ(key({"1", "-2", "3", "--frequency", "315"}), "");
     EXPECT_EQ(said(watch), "1 -2 3 -100 dBm");
     for (const std::string line : {"frequency 2147483648", "frequency x", "watch -n 0"}) {
@@ -138,14 +142,15 @@ TEST_F(TarqctlRadio, what_was_watched_is_replayed_and_watched_again) {
 
 TEST_F(TarqctlRadio, silence_is_explained_by_the_link_that_is_silent) {
     ChildProcess watch(watching("2>&1"));
-    EXPECT_EQ(said(watch), "watch: registered; frequency 433 (default), chip status 1");
+    EXPECT_EQ(said(watch), "watch: registered; chip status 1; frequency at a start: 433 (default)");
     const std::string nothing = "watch: nothing for 3 s: ";
     const std::string ready = nothing + "the receiver is ready (chip status 1), no key has come";
     EXPECT_EQ(said(watch), ready);
     mBoard->command({"set", "receiver_status", "-1"});
-    EXPECT_THAT(said(watch), HasSubstr("started or set to another frequency (chip status -1)"));
+    EXPECT_THAT(said(watch), HasSubstr("chip status -1: the receiver is being started or tuned"));
     mBoard->command({"fault", "receiver", "absent"});
-    EXPECT_EQ(said(watch), nothing + "no receiver answers (chip status 0)");
+    EXPECT_EQ(said(watch),
+              nothing + "chip status 0, with which a virtual board says that no receiver answers");
     mBoard->command({"set", "receiver_status", "1"});
     mBoard->command({"fault", "receiver", "none"});
     EXPECT_EQ(said(watch), ready);
@@ -170,6 +175,44 @@ TEST_F(TarqctlRadio, watch_ends_with_its_output_or_with_the_daemon) {
               "tarqctl: radio watch: the daemon ended\nhint: tarqctl --board " +
                       mBoard->directory() + " log\n");
     EXPECT_EQ(watch.wait(), 2);
+}
+
+TEST_F(TarqctlRadio, watch_ends_with_its_time_whoever_is_stopped_meanwhile) {
+    ChildProcess forever(watching("--for 0.1 2>&1")), enough(watching("-n 1 --for 20 2>&1")),
+            few(watching("-n 2 --for 5 2>&1"));
+    EXPECT_THAT(forever.readAll(), EndsWith("watch --for 0.1: 0 events in 0.1 s\n"));
+    EXPECT_EQ(forever.wait(), 0);
+    for (ChildProcess* each : {&enough, &few}) EXPECT_THAT(said(*each), HasSubstr("registered"));
+    EXPECT_EQ(key({"1", "2", "3", "--rssi", "-100"}), "");
+    EXPECT_EQ(enough.wait(), 0);
+    EXPECT_EQ(said(few), "1 2 3 -100 dBm");
+    mDaemon->kill(SIGSTOP);
+    EXPECT_EQ(said(few), "watch -n 2 --for 5: 1 event in 5 s, 2 were to come");
+    EXPECT_EQ(few.wait(), 1);
+    mDaemon->kill(SIGCONT);
+}
+
+TEST_F(TarqctlRadio, watch_and_followers_end_with_the_board) {
+    TestBoard board("<receiver/><leds count='1'/><coprocessor manufacturer='1' version='1.2.3'/>",
+                    "ro.vendor.433_check_enable=true\n");
+    const ChildProcess daemon({TARQD}, {"TARQ_LOG=" + board.directory() + "/run/log"});
+    EXPECT_EQ(ChildProcess({TARQCTL, "wait"}).wait(), 0);
+    ChildProcess watch(watching("2>&1"));
+    EXPECT_THAT(said(watch), HasSubstr("registered"));
+    ChildProcess trace({"sh", "-c", "exec " TARQCTL " trace -f 2>&1"});
+    ChildProcess serial({"sh", "-c", "exec " TARQCTL " serial -f 2>&1"});
+    writeFile(board.path("/sys/class/rgbled/set_color"), "0 ff0000");
+    EXPECT_EQ(said(trace), "set_color 0 ff0000");
+    EXPECT_TRUE(eventually([&] {  // it follows
+        return readFile("/proc/" + std::to_string(serial.pid()) + "/wchan") == "hrtimer_nanosleep";
+    }));
+    board.end(SIGTERM);
+    setenv("TARQ_BOARD", mBoard->directory().c_str(), 1);
+    EXPECT_THAT(watch.readAll(), EndsWith("the board ended\nhint: scripts/run\n"));
+    EXPECT_EQ(watch.wait(), 2);
+    EXPECT_THAT(serial.readAll(), HasSubstr("skipped\ntarqctl: serial -f: the board ended\n"));
+    EXPECT_EQ(serial.wait(), 2);
+    EXPECT_THAT(trace.readAll(), HasSubstr("tarqctl: trace -f: the board ended\n"));
 }
 
 TEST(TarqctlRadioGate, without_the_property_nobody_waits_and_the_reason_is_told) {

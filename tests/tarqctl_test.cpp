@@ -57,6 +57,10 @@ TEST_F(Tarqctl, wrong_usage_names_the_fault_and_hints_at_the_help) {
     const std::pair<Words, const char*> cases[] = {
             {{}, "no command is given"},
             {{"frobnicate"}, "there is no such command, only services"},
+            {{"help", "frobnicate"}, "there is no such command, only services"},
+            {{"frobnicate", "--help"}, "there is no such command, only services"},
+            {{"servces"}, "did you mean services?\nhint: tarqctl services --help\n"},
+            {{"radio", "wtach"}, "did you mean watch?\nhint: tarqctl radio watch --help\n"},
             {{"services", "a", "b"}, "not expected: b"},
             {{"services", "--frob"}, "not expected: --frob"},
             {{"services", "--board"}, "--board"},
@@ -133,7 +137,13 @@ TEST_F(Tarqctl, help_of_every_command_has_one_shape) {
                           HasSubstr("\n  --board "),
                           EndsWith(std::string("example:\n  ") + command.example + "\n")));
         EXPECT_THAT(tarqctl({"-h"}).out, HasSubstr(command.sentence));
+        EXPECT_EQ(tarqctl({"help", command.name}).out, tarqctl({command.name, "-h"}).out);
     }
+    EXPECT_THAT(tarqctl({"help", "radio", "rssi"}, true).out,
+                AllOf(StartsWith("\x1b[1musage:\x1b[0m tarqctl [OPTIONS] radio rssi\n"),
+                      HasSubstr("\n\x1b[1mexample:\x1b[0m\n  tarqctl radio rssi\n")));
+    EXPECT_THAT(tarqctl({"--version", "--json"}).out,
+                MatchesRegex("\\{\"version\":\"[0-9.]+\"\\}\n"));
 }
 
 TEST_F(Tarqctl, board_is_the_only_one_that_the_user_runs) {

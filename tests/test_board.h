@@ -54,6 +54,8 @@ class TestBoard {
         EXPECT_EQ(status, signal == SIGTERM ? 0 : 128 + signal) << "the board does not end";
     }
 
+    void signal(int signal) const { mProcess->kill(signal); }
+
     // Why GPIO, cameras, faults and holds are not played here, for GTEST_SKIP; else "".
     const std::string& withoutFuse() const { return mWithoutFuse; }
 

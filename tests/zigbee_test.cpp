@@ -12,6 +12,7 @@
 #include "tests/captured_log.h"
 #include "tests/plain_board.h"
 #include "tools/tarqctl/view/frame_text.h"
+#include "tools/tarqctl/view/hex_text.h"
 #include "zigbee/ash.h"
 #include "zigbee/serial_port.h"
 #include "zigbee/zigbee_check_module.h"

@@ -6,6 +6,7 @@
 
 #include <stdexcept>
 
+#include "host/run/board_state.h"
 #include "host/run/faults.h"
 #include "host/run/text.h"
 
@@ -23,18 +24,35 @@ Commands::Commands(Hardware& hardware, PlainFiles& files, std::vector<std::share
     for (const auto& [path, content] : mHardware.plainContents()) mFiles.write(path, content);
 }
 
-void Commands::perform(const std::vector<std::string>& words) {
+// A part takes what is for it, so what is left for one is for none.
+static void refuseAbsentPart(const std::vector<std::string>& words) {
+    const auto isFor = [&](const char* command, const std::string& part) {
+        return words[0] == command || (words.size() > 1 && words[1].rfind(part, 0) == 0);
+    };
+    if (isFor("key", host::kReceiver)) throw std::invalid_argument("no receiver is fitted");
+    if (isFor("serial", host::kCoprocessor)) {
+        throw std::invalid_argument("no co-processor is fitted");
+    }
+}
+
+std::string Commands::perform(const std::vector<std::string>& words) {
+    if (words == std::vector<std::string>{"board"}) return state();
+    carryOut(words);
+    return "";
+}
+
+void Commands::carryOut(const std::vector<std::string>& words) {
     const std::string command = words.empty() ? "" : words[0];
     if (words == std::vector<std::string>{"trace"}) return requireTrace();
     if (command.empty()) throw std::invalid_argument("is no command");
     for (const auto& part : mParts) {
         if (part->perform(words)) return;
     }
-    if (command == "key") throw std::invalid_argument("no receiver is fitted");
-    if (command == "serial") throw std::invalid_argument("no co-processor is fitted");
+    refuseAbsentPart(words);
     const size_t count = command == "set" || command == "fault" ? 3 : 2;
     if (words.size() != count) throw std::invalid_argument("is no command");
     const std::string node = fs::path(words[1]).lexically_normal();
+    requireKnown(command, node);
     if (command == "set") {
         set(node, words[2]);
     } else if (command == "fault") {
@@ -49,14 +67,26 @@ void Commands::perform(const std::vector<std::string>& words) {
     }
 }
 
-// Its path. An unknown one is refused with all that there are.
-std::string Commands::find(const std::string& node) const {
+// A node for which no plain file can stand in is not played without FUSE.
+std::string Commands::state() const {
+    host::BoardState board = {mWithoutFuse, mHardware.states()};
+    const auto plain = mHardware.plainContents();
+    for (host::NodeState& node : board.nodes) {
+        if (!mWithoutFuse.empty() && plain.count(node.path) == 0) node.state = host::kNotPlayed;
+    }
+    for (const auto& part : mParts) part->tell(&board.nodes);
+    return host::boardStateLine(board);
+}
+
+// An unknown one is refused with all that the command can be about.
+void Commands::requireKnown(const std::string& command, const std::string& node) const {
+    if (PlainFiles::holds(node)) return;
     try {
-        return mHardware.find(node);
+        mHardware.find(node);
     } catch (const std::invalid_argument& refusal) {
         std::string why = refusal.what();
         for (const auto& part : mParts) {
-            for (const std::string& name : part->names()) why += ", " + name;
+            for (const std::string& name : part->names(command)) why += ", " + name;
         }
         throw std::invalid_argument(why);
     }
@@ -68,7 +98,7 @@ void Commands::set(const std::string& node, const std::string& value) {
         require(host::unescape(value, &content));
         return mFiles.write(node, content);
     }
-    const std::string path = find(node);
+    const std::string path = mHardware.find(node);
     if (!mWithoutFuse.empty() && mHardware.plainContents().count(path) == 0) {
         throw std::runtime_error("needs FUSE: " + mWithoutFuse);
     }
@@ -87,7 +117,6 @@ void Commands::requireTrace() {
 template <typename Change>
 void Commands::disturb(const std::string& node, const Change& change) {
     const bool isFile = PlainFiles::holds(node);
-    if (!isFile) find(node);  // an unknown one first
     if (!mWithoutFuse.empty()) throw std::runtime_error("needs FUSE: " + mWithoutFuse);
     if (isFile && !mHardware.has(node)) mHardware.add(node, "", mFiles.adopt(node));
     const std::string path = mHardware.find(node);

@@ -20,11 +20,14 @@ class Commands {
 
     // words: "set NODE VALUE", "fault NODE FAULT", "hold NODE", "release NODE", NODE being a name
     // or a path of the device; "trace", which is refused when the LEDs have none; or what is for
-    // one of the parts. Throws std::exception with the reason when it was not done.
-    void perform(const std::vector<std::string>& words);
+    // one of the parts. "board" tells the state of all of it. Returns what there is to tell, else
+    // "". Throws std::exception with the reason when it was not done.
+    std::string perform(const std::vector<std::string>& words);
 
   private:
-    std::string find(const std::string& node) const;
+    void carryOut(const std::vector<std::string>& words);
+    std::string state() const;
+    void requireKnown(const std::string& command, const std::string& node) const;
     void set(const std::string& node, const std::string& value);
     void requireTrace();
     template <typename Change>

@@ -40,7 +40,7 @@ void ControlServer::serve() const {
 void ControlServer::answer(int connection) const {
     host::Answer answer;
     try {
-        mPerform(host::receiveCommand(connection));
+        answer.text = mPerform(host::receiveCommand(connection));
         answer.isDone = true;
     } catch (const std::exception& refusal) {
         answer.reason = refusal.what();

@@ -13,9 +13,10 @@ namespace tarq::board {
 // Performs the commands one after the other, in a thread of its own, as long as it exists.
 class ControlServer {
   public:
-    // perform throws std::exception with the reason when it does not do what it was told. Throws
-    // std::runtime_error when there can be no socket in the board's directory.
-    using Perform = std::function<void(const std::vector<std::string>& words)>;
+    // perform returns what there is to tell, and throws std::exception with the reason when it does
+    // not do what it was told. Throws std::runtime_error when there can be no socket in the board's
+    // directory.
+    using Perform = std::function<std::string(const std::vector<std::string>& words)>;
     ControlServer(const host::Board& board, Perform perform);
     ~ControlServer();
     ControlServer(const ControlServer&) = delete;

@@ -4,7 +4,10 @@
 #include <CLI/CLI.hpp>
 
 #include "host/board/serve.h"
+#include "host/run/nearest.h"
 #include "host/run/standard_descriptors.h"
+
+static constexpr int kCouldNot = 2;  // play the board, or understand the command line
 
 static int run(int argc, char** argv) {
     CLI::App app{"Plays the hardware of a device on a plain Linux machine.", "virtual_board"};
@@ -21,6 +24,7 @@ static int run(int argc, char** argv) {
     serve->add_option("DIR", directory, "where it runs")->required();
     serve->add_flag("--shared", options.isShared,
                     "lets other users of this machine talk to the board's daemon");
+    app.set_version_flag("--version", "virtual_board " TARQ_VERSION, "Print the version and exit");
     serve->add_flag("--require-fuse", options.requiresFuse,
                     "does not start without FUSE, where else plain files stand for the hardware");
     try {
@@ -28,20 +32,33 @@ static int run(int argc, char** argv) {
     } catch (const CLI::CallForHelp&) {
         fputs(app.help().c_str(), stdout);
         return 0;
+    } catch (const CLI::CallForVersion& version) {
+        puts(version.what());
+        return 0;
+    } catch (const CLI::ParseError& error) {
+        const std::string word = argc > 1 && argv[1][0] != '-' ? argv[1] : "";
+        std::string why = error.what();
+        if (argc == 1) why = "no command is given; there is serve";
+        if (!word.empty() && !app.got_subcommand(serve)) {
+            why = word + ": " + tarq::host::noSuchCommand(word, {"serve"});
+        }
+        fprintf(stderr,
+                "virtual_board: %s\nhint: virtual_board --help\n"
+                "usage: virtual_board serve [--shared] BOARD DIR\n",
+                why.c_str());
+        return kCouldNot;
     }
     tarq::board::serve(folder, directory, options);
     return 0;
 }
 
-// Exit codes: 0 ended as told, 2 it could not be played or wrong usage.
+// Exit codes: 0 ended as told, else kCouldNot.
 int main(int argc, char** argv) {
     tarq::host::openStandardDescriptors();
     try {
         return run(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        fprintf(stderr, "virtual_board: %s; try virtual_board --help\n", error.what());
     } catch (const std::exception& error) {
         fprintf(stderr, "virtual_board: %s\n", error.what());
     }
-    return 2;
+    return kCouldNot;
 }

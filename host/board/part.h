@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "host/run/board_state.h"
+
 namespace tarq::board {
 
 // Nothing is wrong, or why says what is: then throws it as std::invalid_argument.
@@ -16,13 +18,16 @@ class Part {
   public:
     virtual ~Part() = default;
 
-    // What users call it, and what of it can be set: "receiver", "receiver_rssi".
-    virtual std::vector<std::string> names() const = 0;
+    // What the command can be about: "receiver_rssi" for "set", "receiver" for "fault".
+    virtual std::vector<std::string> names(const std::string& command) const = 0;
 
     // Does it when the words are for this part: a command of its own, or "set NAME VALUE" and
     // "fault NAME FAULT" with one of its names. False when they are not. Throws std::exception with
     // the reason when it was not done.
     virtual bool perform(const std::vector<std::string>& words) = 0;
+
+    // Adds how it is, or corrects what the files tell of it.
+    virtual void tell(std::vector<host::NodeState>* nodes) const = 0;
 };
 
 }  // namespace tarq::board

@@ -100,7 +100,7 @@ void serve(const fs::path& folder, const fs::path& path, const ServeOptions& opt
     if (mounted) directory.linkHardware();
     Commands commands(hardware, files, openParts(fitted, board, mounted.has_value()), withoutFuse);
     const ControlServer control(
-            board, [&](const std::vector<std::string>& words) { commands.perform(words); });
+            board, [&](const std::vector<std::string>& words) { return commands.perform(words); });
     puts("ready");
     fflush(stdout);
     int received = 0;

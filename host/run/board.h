@@ -30,6 +30,8 @@ struct Board {
     std::string savedProperties() const { return device("/data/property"); }
     // What the daemon logs, when it was started with this path in TARQ_LOG.
     std::string log() const { return directory + "/run/log"; }
+    // Locked by the daemon (flock), for as long as it runs.
+    std::string daemonLock() const { return directory + "/run/daemon.lock"; }
     // Where the daemon listens, and where the board does.
     std::string binderSocket() const { return directory + "/run/binder.sock"; }
     std::string controlSocket() const { return directory + "/run/board.sock"; }

@@ -35,7 +35,7 @@ Answer askBoard(const Board& board, const std::vector<std::string>& words) {
         answer.error = ECONNRESET;
     } else {
         answer.isDone = result[0] == '+';
-        answer.reason = result.substr(1);
+        (answer.isDone ? answer.text : answer.reason) = result.substr(1);
     }
     close(fd);
     return answer;
@@ -52,7 +52,7 @@ std::vector<std::string> receiveCommand(int fd) {
 }
 
 void sendAnswer(int fd, const Answer& answer) {
-    sendPacket(fd, (answer.isDone ? "+" : "-") + answer.reason);
+    sendPacket(fd, answer.isDone ? "+" + answer.text : "-" + answer.reason);
 }
 
 }  // namespace tarq::host

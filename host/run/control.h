@@ -1,6 +1,6 @@
 // How a command reaches a running board: the socket run/board.sock, which only its owner may use.
 // A connection is one command: the user's side sends a packet with its words, each ended by a zero
-// byte, and the board one with the answer, "+", or "-" and the reason.
+// byte, and the board one with the answer, "+" and what it tells, or "-" and the reason.
 #pragma once
 
 #include <string>
@@ -15,10 +15,11 @@ struct Answer {
     int error = 0;        // an errno when the board could not be asked, ECONNRESET when it ended
     bool isDone = false;  // else it was refused
     std::string reason = {};  // of the refusal
+    std::string text = {};    // of what was done, where that tells something
 };
 
-// Has a board do it: {"set", "gpio42", "1"}. Returns when it is done, or will not be. EMSGSIZE for
-// more than a packet holds.
+// Has a board do it: {"set", "gpio42", "1"}; {"board"} tells its state, see board_state.h. Returns
+// when it is done, or will not be. EMSGSIZE for more than a packet holds.
 Answer askBoard(const Board& board, const std::vector<std::string>& words);
 
 // ---- the board's side of a connection ----

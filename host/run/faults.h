@@ -92,6 +92,14 @@ std::string namesOf(const FaultName<Fault> (&table)[N]) {
     return names;
 }
 
+template <typename Fault, size_t N>
+const char* nameOf(const FaultName<Fault> (&table)[N], Fault fault) {
+    for (const FaultName<Fault>& row : table) {
+        if (row.fault == fault) return row.name;
+    }
+    return "none";
+}
+
 // "" when the fault is known, else what is wrong.
 template <typename Fault, size_t N>
 std::string findFault(const FaultName<Fault> (&table)[N], const std::string& name, Fault* fault) {

@@ -65,6 +65,11 @@ int GrowingFile::read(const TakeLine& take) {
     }
 }
 
+void GrowingFile::skip() {
+    if (reopenIfReplaced([](const std::string&) {}) == 0) lseek(mFd, 0, SEEK_END);
+    mPartial.clear();
+}
+
 void GrowingFile::finish(const TakeLine& take) {
     if (!mPartial.empty()) take(std::exchange(mPartial, {}));
 }

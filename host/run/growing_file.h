@@ -17,6 +17,9 @@ class GrowingFile {
     GrowingFile(const GrowingFile&) = delete;
     GrowingFile& operator=(const GrowingFile&) = delete;
 
+    // Passes over what is there now, without reading it. Within a line, the rest of that line is
+    // then handed over as one.
+    void skip();
     // Hands over the lines, without their newline, that were completed since the last call. Returns
     // 0, or an errno if there is no such file now and none was open before.
     int read(const TakeLine& take);

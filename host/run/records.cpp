@@ -42,7 +42,10 @@ std::string firstLedLine(size_t leds) {
 
 std::string ledLine(const LedRecord& record) {
     Json line = {{"ms", record.ms}, {"attribute", record.attribute}, {"text", record.text}};
-    if (record.isRefused) line["refused"] = true;
+    if (!record.whyRefused.empty()) {
+        line["refused"] = true;
+        line["why"] = record.whyRefused;
+    }
     return line.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
@@ -53,7 +56,7 @@ bool parseLedLine(const std::string& line, LedLine* parsed) {
         parsed->leds = json.value("leds", size_t{0});
         if (parsed->leds != 0) return true;
         parsed->record = {json.at("ms").get<int64_t>(), json.at("attribute").get<std::string>(),
-                          json.at("text").get<std::string>(), json.value("refused", false)};
+                          json.at("text").get<std::string>(), json.value("why", "")};
         return true;
     } catch (const Json::exception&) {
         return false;

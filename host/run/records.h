@@ -5,10 +5,12 @@
 //
 //     {"leds":12}
 //     {"ms":81234,"attribute":"set_color","text":"3 ff8000"}
-//     {"ms":81235,"attribute":"set_color","text":"63 ff8000","refused":true}
+//     {"ms":81235,"attribute":"set_color","text":"ff8000","refused":true,
+//      "why":"the colour is missing"}
 //
-// The first line tells how many LEDs there are. Each other one is a record in the order in which
-// the driver got them. Bytes that are no UTF-8 are replaced; only a refused record has any.
+// The first line tells how many LEDs there are. Each other one is a record, on one line, in the
+// order in which the driver got them. Bytes that are no UTF-8 are replaced; only a refused one has
+// any.
 //
 // What goes over the serial line, one line for each chunk as it was read or written:
 //
@@ -32,7 +34,7 @@ struct LedRecord {
     int64_t ms = 0;
     std::string attribute = {};
     std::string text = {};
-    bool isRefused = false;
+    std::string whyRefused = {};  // "" when the driver took it
 };
 
 // Lines of the file, without the newline.

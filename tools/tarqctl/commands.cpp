@@ -15,8 +15,8 @@ Run declareServices(CLI::App& app), declareWait(CLI::App& app), declareLog(CLI::
     declareShell(CLI::App& app), declareGetprop(CLI::App& app), declareSetprop(CLI::App& app),
     declareSet(CLI::App& app), declareFault(CLI::App& app), declareHold(CLI::App& app),
     declareRelease(CLI::App& app), declareKey(CLI::App& app), declareLeds(CLI::App& app),
-    declareTrace(CLI::App& app), declareSerial(CLI::App& app), declareAsh(CLI::App& app),
-    declareUp(CLI::App& app);
+    declareBoard(CLI::App& app), declareTrace(CLI::App& app), declareSerial(CLI::App& app),
+    declareAsh(CLI::App& app), declareUp(CLI::App& app);
 // clang-format on
 
 static constexpr char kDevice[] = "the device";
@@ -50,6 +50,8 @@ const std::vector<Command>& commands() {
              declareSetprop},
             {kBoard, "up", "Starts a board and the daemon, and runs a command beside them.",
              "tarqctl up --board panel_by_gpio tarqctl hwinfo", declareUp},
+            {kBoard, "board", "Tells what the board plays: its nodes, their state and faults.",
+             "tarqctl board", declareBoard},
             {kBoard, "set", "Changes what is fitted, or a file below /vendor or /data.",
              "tarqctl set touch_panel 'type:FT\\nid:3\\n'", declareSet},
             {kBoard, "fault", "Makes a node go wrong, or with none right again.",

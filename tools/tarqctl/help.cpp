@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "tools/tarqctl/user_input.h"
+
 namespace tarq::tools {
 
 static constexpr int kNames = 14;  // the width of the names' column
@@ -15,6 +17,12 @@ using Rows = std::vector<std::pair<std::string, std::string>>;
 
 static bool isPositional(const CLI::Option* option) {
     return option->get_positional();
+}
+
+static std::vector<const CLI::Option*> shownPositionals(const CLI::App& app) {
+    return app.get_options([](const CLI::Option* option) {
+        return isPositional(option) && option->get_group() != kHidden;
+    });
 }
 
 static std::string usageOf(const CLI::Option& positional) {
@@ -28,7 +36,7 @@ std::string usageOf(const CLI::App& app) {
     for (const CLI::App* a = &app; a->get_parent() != nullptr; a = a->get_parent()) {
         words = " " + a->get_name() + words;
     }
-    for (const CLI::Option* option : app.get_options(isPositional)) {
+    for (const CLI::Option* option : shownPositionals(app)) {
         words += " " + usageOf(*option);
     }
     if (!app.get_subcommands({}).empty()) words += " COMMAND";
@@ -38,7 +46,7 @@ std::string usageOf(const CLI::App& app) {
 // What a command is given, in order.
 static Rows positionals(const CLI::App& app) {
     Rows rows;
-    for (const CLI::Option* option : app.get_options(isPositional)) {
+    for (const CLI::Option* option : shownPositionals(app)) {
         rows.emplace_back(option->get_name(), option->get_description());
     }
     return rows;
@@ -49,9 +57,10 @@ static Rows options(const CLI::App& app) {
     Rows rows;
     for (const CLI::App* a = &app; a != nullptr; a = a->get_parent()) {
         for (const CLI::Option* option : a->get_options()) {
-            // Its own of that name stands for it.
+            // Its own of that name stands for it, and the version is the tool's.
             const bool isHidden =
-                    a != &app && app.get_option_no_throw(option->get_name()) != nullptr;
+                    a != &app && (option == a->get_version_ptr() ||
+                                  app.get_option_no_throw(option->get_name()) != nullptr);
             if (isPositional(option) || isHidden) continue;
             const std::string type = option->get_type_name();
             rows.emplace_back(option->get_name(false, true) + (type.empty() ? "" : " " + type),
@@ -91,6 +100,18 @@ static void print(std::ostream& out, const std::string& title, const Rows& rows)
     }
 }
 
+// A title is what stands at the beginning of a line and has a colon behind it.
+static std::string withBoldTitles(const std::string& help) {
+    std::istringstream lines(help);
+    std::string text;
+    for (std::string line; std::getline(lines, line);) {
+        const size_t colon = line.find(':');
+        const bool isTitle = colon != std::string::npos && line[0] != ' ';
+        text += isTitle ? "\x1b[1m" + line.insert(colon + 1, "\x1b[0m") + "\n" : line + "\n";
+    }
+    return text;
+}
+
 std::string HelpFormatter::make_help(const CLI::App* app, std::string /*name*/,
                                      CLI::AppFormatMode /*mode*/) const {
     std::ostringstream out;
@@ -99,7 +120,7 @@ std::string HelpFormatter::make_help(const CLI::App* app, std::string /*name*/,
     print(out, "arguments", positionals(*app));
     print(out, "options", options(*app));
     out << "\nexample:\n  " << app->get_footer() << "\n";
-    return out.str();
+    return mColoured ? withBoldTitles(out.str()) : out.str();
 }
 
 }  // namespace tarq::tools

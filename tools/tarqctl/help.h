@@ -11,8 +11,14 @@ std::string usageOf(const CLI::App& app);
 
 class HelpFormatter : public CLI::FormatterBase {
   public:
+    // coloured: titles are bold.
+    explicit HelpFormatter(bool coloured) : mColoured(coloured) {}
+
     std::string make_help(const CLI::App* app, std::string name,
                           CLI::AppFormatMode mode) const override;
+
+  private:
+    const bool mColoured;
 };
 
 }  // namespace tarq::tools

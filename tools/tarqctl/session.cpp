@@ -27,6 +27,11 @@ std::string Session::next(const std::string& command) const {
     return "tarqctl --board " + shellQuoted(board.directory) + " " + command;
 }
 
+std::string painted(const Session& session, const std::string& verdict, bool isYes) {
+    if (!session.coloured) return verdict;
+    return (isYes ? "\x1b[32m" : "\x1b[31m") + verdict + "\x1b[0m";
+}
+
 std::string shellQuoted(const std::string& word) {
     static const char kPlain[] =
             "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-@:.,/+=%";

@@ -55,6 +55,9 @@ struct Session {
     std::string next(const std::string& command) const;
 };
 
+// A yes in green or a no in red where out wants colours, else as it is.
+std::string painted(const Session& session, const std::string& verdict, bool isYes);
+
 // The word as it is typed in a shell: as it is, or between single quotes.
 std::string shellQuoted(const std::string& word);
 

@@ -7,21 +7,16 @@
 #include <algorithm>
 #include <ostream>
 
+#include "host/run/nearest.h"
 #include "tools/tarqctl/command_line.h"
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/help.h"
+#include "tools/tarqctl/print_json.h"
+#include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
 
 namespace {
-
-// Written so that "nan" fails, which is neither less nor greater.
-std::string checkTimeout(const std::string& text) {
-    double value = 0;
-    const bool isNumber = CLI::detail::lexical_cast(text, value);
-    if (isNumber && value >= 0.001 && value <= kMaxTimeout) return "";
-    return "\"" + text + "\" is no number of seconds from 0.001 to 86400";
-}
 
 void declareGlobals(CLI::App& app, Session& session, double* timeout) {
     app.add_option("--board", session.board.directory,
@@ -29,14 +24,13 @@ void declareGlobals(CLI::App& app, Session& session, double* timeout) {
             ->type_name("DIR")
             ->envname("TARQ_BOARD");
     app.add_flag("--json", session.json, "print JSON, errors too");
-    app.add_option("--timeout", *timeout, "how long the daemon may take, in seconds; 10")
-            ->type_name("S")
-            ->check(checkTimeout);
+    addSeconds(app, "--timeout", "how long the daemon may take, in seconds; 10", timeout);
 }
 
 Run declare(CLI::App& app, Session& session, double* timeout) {
-    app.formatter(std::make_shared<HelpFormatter>());
+    app.formatter(std::make_shared<HelpFormatter>(session.coloured));
     app.set_help_flag("-h,--help", "this text");
+    app.set_version_flag("--version", TARQ_VERSION, "print the version");
     app.footer("tarqctl services");
     // Global options are understood behind the command as well.
     app.fallthrough();
@@ -44,43 +38,58 @@ Run declare(CLI::App& app, Session& session, double* timeout) {
     return declareOneOf(commands(), app);
 }
 
-std::string commandNames(const CLI::App& app) {
-    std::string names;
-    for (const CLI::App* command : app.get_subcommands({})) names += " " + command->get_name();
-    return names;
-}
+// The commands on the command line as far as there are such.
+struct Named {
+    const CLI::App* app;
+    std::string path = "tarqctl";
+    std::string unknown = {};  // the word that is none, "" when there is no such word
+};
 
-const CLI::App* commandBelow(const CLI::App& app, const std::string& name) {
-    for (const CLI::App* command : app.get_subcommands({})) {
-        if (command->get_name() == name) return command;
+Named namedOn(const CLI::App& all, const CommandLine& line) {
+    Named named = {&all};
+    for (const std::string& word : line.words) {
+        const auto below = named.app->get_subcommands(
+                [&word](const CLI::App* command) { return command->get_name() == word; });
+        if (below.empty()) {
+            const bool isNone = word[0] != '-' && !named.app->get_subcommands({}).empty();
+            if (isNone) named.unknown = word;
+            break;
+        }
+        named.app = below.front();
+        named.path += " " + word;
     }
-    return nullptr;
+    return named;
 }
 
 // The parser's word on the command's arguments is kept. It knows no good one for a command that is
 // missing or misspelt.
-Failure wrongUsage(const CLI::App& all, const CommandLine& line, const Session& session,
-                   const CLI::ParseError& error) {
-    const CLI::App* app = &all;
-    std::string path = "tarqctl";
-    auto word = line.words.begin();
-    for (; word != line.words.end() && !app->get_subcommands({}).empty(); ++word) {
-        const CLI::App* below = commandBelow(*app, *word);
-        if (below == nullptr) break;
-        app = below;
-        path += " " + *word;
+Failure wrongUsage(const Named& named, const Session& session, const CLI::ParseError& error) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : named.app->get_subcommands({})) {
+        names.push_back(command->get_name());
     }
     std::string why = error.what();
-    if (const std::string names = commandNames(*app); names.empty()) {
-        // one of its arguments
-    } else if (word != line.words.end() && (*word)[0] != '-') {
-        why = "there is no such command, only" + names;
-    } else if (error.get_name() == "RequiredError") {
-        why = "no command is given; there are" + names;
+    std::string meant;
+    if (!named.unknown.empty()) {
+        why = host::noSuchCommand(named.unknown, names);
+        meant = host::nearestName(named.unknown, names);
+    } else if (!names.empty() && error.get_name() == "RequiredError") {
+        why = "no command is given; there are " + joined(names);
     }
-    Failure failure = session.failure("usage", why, path + " --help");
-    failure.usage = usageOf(*app);
+    Failure failure = session.failure("usage", why,
+                                      named.path + (meant.empty() ? "" : " " + meant) + " --help");
+    failure.usage = usageOf(*named.app);
     return failure;
+}
+
+// "help led color" is "led color --help".
+CommandLine understood(const CLI::App& app, const std::vector<std::string>& arguments) {
+    CommandLine line = splitCommandLine(app, arguments);
+    if (line.words.empty() || line.words[0] != "help") return line;
+    std::vector<std::string> asked(line.words.begin() + 1, line.words.end());
+    asked.emplace_back("--help");
+    if (line.json) asked.emplace_back("--json");
+    return splitCommandLine(app, asked);
 }
 
 std::string quoted(const std::vector<std::string>& words) {
@@ -90,20 +99,26 @@ std::string quoted(const std::vector<std::string>& words) {
 }
 
 int runCommand(const std::vector<std::string>& arguments, Session& session) {
-    CLI::App app{"Talks to the device daemon of a virtual board, and to the board."};
+    CLI::App app{
+            "Talks to the device daemon of a virtual board, and to the board.\n"
+            "tarqctl help COMMAND explains a command."};
     double timeout = session.timeout.count();
     const Run run = declare(app, session, &timeout);
-    const CommandLine line = splitCommandLine(app, arguments);
+    const CommandLine line = understood(app, arguments);
     session.json = line.json;  // until the parser has come to it: its errors are printed so too
     session.commandWords = line.commandWords;
     session.line = line.words.empty() ? "command line" : quoted(line.words);
     try {
         app.parse(std::vector<std::string>(line.arguments.rbegin(), line.arguments.rend()));
-    } catch (const CLI::CallForHelp&) {
+    } catch (const CLI::CallForHelp& help) {
+        const Named named = namedOn(app, line);
+        if (!named.unknown.empty()) throw wrongUsage(named, session, help);
         session.out << app.help() << std::flush;
         return kDone;
+    } catch (const CLI::CallForVersion&) {
+        return printResult(session, {{"version", TARQ_VERSION}}, "tarqctl " TARQ_VERSION);
     } catch (const CLI::ParseError& error) {
-        throw wrongUsage(app, line, session, error);
+        throw wrongUsage(namedOn(app, line), session, error);
     }
     session.timeout = std::chrono::duration<double>(timeout);
     return run(session);

@@ -68,17 +68,44 @@ CLI::Option* addNumbers(CLI::App& app, const std::string& name, const std::strin
             description);
 }
 
-void readLines(const Session& session, const std::string& file,
-               const std::function<void(const std::string&)>& take) {
+// Written so that "nan" fails, which is neither less nor greater.
+static std::string checkSeconds(const std::string& text) {
+    double value = 0;
+    const bool isNumber = CLI::detail::lexical_cast(text, value);
+    if (isNumber && value >= 0.001 && value <= kMaxTimeout) return "";
+    return "\"" + text + "\" is no number of seconds from 0.001 to 86400";
+}
+
+CLI::Option* addSeconds(CLI::App& app, const std::string& name, const std::string& description,
+                        double* value) {
+    return app.add_option(name, *value, description)->type_name("S")->check(checkSeconds);
+}
+
+static void readFrom(const Session& session, const std::string& file,
+                     const std::function<void(std::istream&)>& read) {
     std::ifstream opened;
     errno = 0;
     if (file != "-") opened.open(file, std::ios::binary);
     std::istream& in = file == "-" ? session.in : opened;
-    bool isRead = file == "-" || opened.is_open();
-    for (std::string line; isRead && std::getline(in, line);) take(line);
+    const bool isRead = file == "-" || opened.is_open();
+    if (isRead) read(in);
     if (isRead && !in.bad()) return;
     throw session.failure("cannot_read", file + ": " + strerror(errno != 0 ? errno : EIO),
                           "tarqctl " + session.line.substr(0, session.line.find(' ')) + " --help");
+}
+
+void readLines(const Session& session, const std::string& file,
+               const std::function<void(const std::string&)>& take) {
+    readFrom(session, file, [&take](std::istream& in) {
+        for (std::string line; std::getline(in, line);) take(line);
+    });
+}
+
+void readCharacters(const Session& session, const std::string& file,
+                    const std::function<void(char)>& take) {
+    readFrom(session, file, [&take](std::istream& in) {
+        for (char c; in.get(c);) take(c);
+    });
 }
 
 }  // namespace tarq::tools

@@ -43,9 +43,19 @@ CLI::Option* addNumber(CLI::App& app, const std::string& name, const std::string
 CLI::Option* addNumbers(CLI::App& app, const std::string& name, const std::string& description,
                         std::vector<int32_t>* values);
 
+// Declares an option of so many seconds, from 0.001 to a day.
+CLI::Option* addSeconds(CLI::App& app, const std::string& name, const std::string& description,
+                        double* value);
+
+// What is declared in this group is read, but told to nobody.
+constexpr char kHidden[] = "";
+
 // Hands over the lines of the file, or of standard input for "-", without their newlines. Throws a
 // Failure if it cannot be read.
 void readLines(const Session& session, const std::string& file,
                const std::function<void(const std::string&)>& take);
+// The same for its characters, as they come.
+void readCharacters(const Session& session, const std::string& file,
+                    const std::function<void(char)>& take);
 
 }  // namespace tarq::tools

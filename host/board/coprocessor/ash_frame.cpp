@@ -60,7 +60,7 @@ bool isCutInChecksum(const Bytes& bytes) {
 
 std::string damageOf(const Frame& frame, const Bytes& bytes, const Kind* kind) {
     if (!frame.isChecksumGood && isCutInChecksum(bytes)) {
-        return "cut by a flag in its checksum that is not escaped";
+        return "may be cut by a flag in its checksum that is not escaped";
     }
     if (bytes.size() <= kChecksumSize) return "too short for a frame";
     const size_t place = bytes.size() - kChecksumSize;

@@ -22,6 +22,7 @@ class Coprocessor {
     void setManufacturer(const std::string& hex);
     void setVersion(const std::string& text);
     void setFault(host::CoprocessorFault fault) { mFault = fault; }
+    host::CoprocessorFault fault() const { return mFault; }
 
     // One write to the line, that long after the question.
     struct Sending {

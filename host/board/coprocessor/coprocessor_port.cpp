@@ -18,6 +18,7 @@ class PortNode : public Node {
     explicit PortNode(std::shared_ptr<CoprocessorPort> port) : Node(0777), mPort(std::move(port)) {}
     unsigned life() const override { return link().empty() ? 0 : 1; }
     std::string link() const override { return mPort->terminal(); }
+    bool isPart() const override { return true; }
 
   private:
     const std::shared_ptr<CoprocessorPort> mPort;
@@ -39,8 +40,9 @@ void CoprocessorPort::open(const std::filesystem::path& record, const std::files
     setPresent(true);
 }
 
-// "coprocessor" itself is a node.
-std::vector<std::string> CoprocessorPort::names() const {
+std::vector<std::string> CoprocessorPort::names(const std::string& command) const {
+    if (command == "fault") return {host::kCoprocessor};
+    if (command != "set") return {};
     return {"coprocessor_manufacturer", "coprocessor_version"};
 }
 
@@ -66,6 +68,15 @@ bool CoprocessorPort::perform(const std::vector<std::string>& words) {
                 "and coprocessor can have a fault");
     }
     return true;
+}
+
+void CoprocessorPort::tell(std::vector<host::NodeState>* nodes) const {
+    const std::lock_guard lock(mMutex);
+    for (host::NodeState& node : *nodes) {
+        if (node.path != kNode) continue;
+        node.state = mTerminal.empty() ? host::kNotThere : host::kThere;
+        node.fault = host::nameOf(host::kCoprocessorFaults, mCoprocessor.fault());
+    }
 }
 
 std::string CoprocessorPort::terminal() const {

@@ -31,9 +31,11 @@ class CoprocessorPort : public Part {
     // link is to be a link to the terminal; else it is empty. Throws std::system_error.
     void open(const std::filesystem::path& record, const std::filesystem::path& link);
 
-    std::vector<std::string> names() const override;
+    std::vector<std::string> names(const std::string& command) const override;
     // Also with the port's path. "serial" asks whether there is one.
     bool perform(const std::vector<std::string>& words) override;
+    // Also without FUSE the port is there: by a link.
+    void tell(std::vector<host::NodeState>* nodes) const override;
 
     // Of the terminal: "/dev/pts/5"; "" while there is none.
     std::string terminal() const;

@@ -75,7 +75,7 @@ std::string Hardware::find(const std::string& nameOrPath) {
     std::string why = "there is no such node; there are:";
     std::set<std::string> namedPaths;
     for (const auto& [name, path] : mNames) {
-        why += " " + name;
+        if (!mEntries[path]->node->isPart()) why += " " + name;
         namedPaths.insert(path);
     }
     for (const auto& [path, entry] : mEntries) {
@@ -111,6 +111,18 @@ std::map<std::string, std::string> Hardware::plainContents() {
         if (entry->node->isPlain()) entry->node->read(&contents[path]);
     }
     return contents;
+}
+
+std::vector<host::NodeState> Hardware::states() {
+    const std::lock_guard lock(mMutex);
+    std::map<std::string, std::string> names;  // by path
+    for (const auto& [name, path] : mNames) names[path] = name;
+    std::vector<host::NodeState> states;
+    for (const auto& [path, entry] : mEntries) {
+        states.push_back({names[path], path, entry->isThere() ? host::kThere : host::kNotThere,
+                          host::nameOf(host::kNodeFaults, entry->fault), entry->held});
+    }
+    return states;
 }
 
 void Hardware::end() {

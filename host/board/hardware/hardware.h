@@ -9,8 +9,10 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "host/board/hardware/node.h"
+#include "host/run/board_state.h"
 #include "host/run/faults.h"
 
 namespace tarq::board {
@@ -49,6 +51,9 @@ class Hardware {
 
     // By path, what plain files can stand in for.
     std::map<std::string, std::string> plainContents();
+
+    // Of all nodes, by path.
+    std::vector<host::NodeState> states();
 
     // All calls that wait return, and none waits any more.
     void end();

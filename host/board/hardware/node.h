@@ -28,6 +28,9 @@ class Node {
     // Where it leads; "" for a file that is no symbolic link.
     virtual std::string link() const { return ""; }
 
+    // True for one whose Part performs all commands about it.
+    virtual bool isPart() const { return false; }
+
     // In bytes, as stat tells it. A driver makes its text when it is read, so it claims a page.
     virtual off_t size() const { return 4096; }
 

@@ -13,8 +13,8 @@
 
 namespace tarq::board {
 
-static constexpr uint32_t kMaxColour = 0xffffff;
 static constexpr uint32_t kMaxBrightness = 0xff;
+static constexpr char kNoTransfer[] = "no transfer has begun";
 
 static uint32_t dimmed(uint32_t colour, uint32_t brightness) {
     uint32_t result = 0;
@@ -26,17 +26,18 @@ static uint32_t dimmed(uint32_t colour, uint32_t brightness) {
 
 // ---- what is written and read ----
 
-bool LedDriver::write(const std::string& attribute, const std::string& record, int64_t now) {
+std::string LedDriver::write(const std::string& attribute, const std::string& record, int64_t now) {
     Fields fields(record);
-    if (attribute == "set_color") return set(fields, &Led::colour, kMaxColour);
-    if (attribute == "set_brightness") return set(fields, &Led::brightness, kMaxBrightness);
+    if (attribute == "set_color") return setColour(fields);
+    if (attribute == "set_brightness") return setBrightness(fields);
     if (attribute == "get_color") return select(fields, &mColourOf);
     if (attribute == "get_brightness") return select(fields, &mBrightnessOf);
     if (attribute == "standby_effect") return setStandby(fields, now);
     if (attribute == "xml_effect_trans_state") return setState(fields, now);
-    if (attribute == "xml_effect_trans_vals") return mTransfer && mTransfer->setParameter(fields);
-    if (attribute == "xml_effect_trans_data") return mTransfer && mTransfer->addStep(fields);
-    return false;
+    const bool isStep = attribute == "xml_effect_trans_data";
+    if (!isStep && attribute != "xml_effect_trans_vals") return "there is no such attribute";
+    if (!mTransfer) return kNoTransfer;
+    return isStep ? mTransfer->addStep(fields) : mTransfer->setParameter(fields);
 }
 
 bool LedDriver::read(const std::string& attribute, std::string* text) const {
@@ -50,51 +51,63 @@ bool LedDriver::read(const std::string& attribute, std::string* text) const {
 }
 
 size_t LedDriver::led(Fields& fields) const {
-    return fields.hex(static_cast<uint32_t>(mLeds.size() - 1));
+    return fields.hex("LED", 0, static_cast<uint32_t>(mLeds.size() - 1));
 }
 
-bool LedDriver::set(Fields& fields, uint32_t Led::*value, uint32_t max) {
+std::string LedDriver::setColour(Fields& fields) {
     const size_t id = led(fields);
-    const uint32_t given = fields.hex(max);
-    if (!fields.areGood()) return false;
-    mLeds[id].*value = given;
-    return true;
+    const uint32_t colour = fields.colour();
+    std::string wrong = fields.wrong();
+    if (wrong.empty()) mLeds[id].colour = colour;
+    return wrong;
 }
 
-bool LedDriver::select(Fields& fields, size_t* selected) const {
+std::string LedDriver::setBrightness(Fields& fields) {
     const size_t id = led(fields);
-    if (!fields.areGood()) return false;
-    *selected = id;
-    return true;
+    const uint32_t brightness = fields.hex("brightness", 0, kMaxBrightness);
+    std::string wrong = fields.wrong();
+    if (wrong.empty()) mLeds[id].brightness = brightness;
+    return wrong;
 }
 
-bool LedDriver::setStandby(Fields& fields, int64_t now) {
+std::string LedDriver::select(Fields& fields, size_t* selected) const {
+    const size_t id = led(fields);
+    std::string wrong = fields.wrong();
+    if (wrong.empty()) *selected = id;
+    return wrong;
+}
+
+std::string LedDriver::setStandby(Fields& fields, int64_t now) {
     const size_t id = led(fields);
     Standby standby;
-    standby.type = fields.hex(Standby::kBreathe);
-    standby.colour = fields.hex(kMaxColour);
-    standby.brightness = fields.hex(kMaxBrightness);
-    standby.periods = fields.decimal(INT32_MIN, INT32_MAX);
-    standby.period = int64_t{100} * fields.hex(UINT32_MAX);
+    standby.type = fields.hex("type", 0, Standby::kBreathe);
+    standby.colour = fields.colour();
+    standby.brightness = fields.hex("brightness", 0, kMaxBrightness);
+    standby.periods = fields.decimal("cont", INT32_MIN, INT32_MAX);
+    standby.period = int64_t{100} * fields.hex("val", 1, UINT32_MAX);
     standby.start = now;
-    if (!fields.areGood() || standby.period == 0) return false;
-    mLeds[id].standby = standby;
-    return true;
+    std::string wrong = fields.wrong();
+    if (wrong.empty()) mLeds[id].standby = standby;
+    return wrong;
 }
 
-bool LedDriver::setState(Fields& fields, int64_t now) {
-    const uint32_t state = fields.hex(2);
-    if (!fields.areGood()) return false;
-    if (state == 0) {
-        if (!mTransfer || !mTransfer->isComplete()) return false;
-        mEffect = std::exchange(mTransfer, std::nullopt);
-        mEffectStart = now;
-    } else if (state == 1) {
-        mTransfer.emplace(mLeds.size());
-    } else {
-        mEffect.reset();
-    }
-    return true;
+std::string LedDriver::setState(Fields& fields, int64_t now) {
+    const uint32_t state = fields.hex("state", 0, 2);
+    std::string wrong = fields.wrong();
+    if (!wrong.empty()) return wrong;
+    if (state == 0) return endTransfer(now);
+    if (state == 1) mTransfer.emplace(mLeds.size());
+    if (state == 2) mEffect.reset();
+    return "";
+}
+
+std::string LedDriver::endTransfer(int64_t now) {
+    if (!mTransfer) return kNoTransfer;
+    const std::string missing = mTransfer->missing();
+    if (!missing.empty()) return "the effect has no " + missing;
+    mEffect = std::exchange(mTransfer, std::nullopt);
+    mEffectStart = now;
+    return "";
 }
 
 // ---- what is shown ----

@@ -38,8 +38,8 @@ class LedDriver {
     // count: 1 to 255.
     explicit LedDriver(size_t count) : mLeds(count) {}
 
-    // False when the record is refused.
-    bool write(const std::string& attribute, const std::string& record, int64_t now);
+    // Why the record is refused, for people; "" when it is taken.
+    std::string write(const std::string& attribute, const std::string& record, int64_t now);
     // False for an attribute that has nothing to read.
     bool read(const std::string& attribute, std::string* text) const;
 
@@ -66,10 +66,13 @@ class LedDriver {
     };
 
     size_t led(Fields& fields) const;
-    bool set(Fields& fields, uint32_t Led::*value, uint32_t max);
-    bool select(Fields& fields, size_t* selected) const;
-    bool setStandby(Fields& fields, int64_t now);
-    bool setState(Fields& fields, int64_t now);
+    // Why not, or "".
+    std::string setColour(Fields& fields);
+    std::string setBrightness(Fields& fields);
+    std::string select(Fields& fields, size_t* selected) const;
+    std::string setStandby(Fields& fields, int64_t now);
+    std::string setState(Fields& fields, int64_t now);
+    std::string endTransfer(int64_t now);
     uint32_t shown(size_t led, int64_t now) const;
 
     std::vector<Led> mLeds;

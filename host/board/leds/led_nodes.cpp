@@ -24,9 +24,9 @@ class LedAttribute : public Node {
     }
     int write(const std::string& record) override {
         const int64_t ms = host::nowMs();
-        const bool taken = mLeds->driver.write(mName, record, ms);
-        mLeds->trace->add({ms, mName, record, !taken});
-        return taken ? 0 : -EINVAL;
+        const std::string why = mLeds->driver.write(mName, record, ms);
+        mLeds->trace->add({ms, mName, record, why});
+        return why.empty() ? 0 : -EINVAL;
     }
     bool isPlain() const override { return true; }
 

@@ -12,10 +12,12 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <system_error>
+#include <thread>
 
 #include "host/run/receiver_wire.h"
 #include "host/run/socket.h"
@@ -27,6 +29,9 @@ namespace fs = std::filesystem;
 using Words = std::vector<std::string>;
 
 static constexpr timeval kPatience = {1, 0};  // with a program that takes nothing
+
+// A program that runs already sees ten times a second that the board has been switched on.
+static constexpr std::chrono::milliseconds kUntilFound{500};
 
 static int32_t numberFrom(const std::string& text) {
     int32_t number = 0;
@@ -47,8 +52,9 @@ void Receiver::open(const host::Board& board) {
     throw std::runtime_error(mBoard.directory + ": " + host::socketError(-mSocket));
 }
 
-Words Receiver::names() const {
-    return {"receiver", "receiver_status", "receiver_rssi"};
+Words Receiver::names(const std::string& command) const {
+    if (command == "fault") return {host::kReceiver};
+    return command == "set" ? Words{"receiver_status", "receiver_rssi"} : Words{};
 }
 
 bool Receiver::perform(const Words& words) {
@@ -58,22 +64,27 @@ bool Receiver::perform(const Words& words) {
         receive(key);
         return true;
     }
-    const Words own = names();
-    if (words.size() != 3 || std::find(own.begin(), own.end(), words[1]) == own.end()) return false;
+    if (words.size() < 2 || words[1].rfind(host::kReceiver, 0) != 0) return false;
     const std::string what = words[0] + " " + words[1];
-    if (what == "fault receiver") {
+    if (what == "fault receiver" && words.size() == 3) {
         require(host::findFault(host::kReceiverFaults, words[2], &mFault));
-    } else if (what == "set receiver_status") {
+    } else if (what == "set receiver_status" && words.size() == 3) {
         mStatus = numberFrom(words[2]);
-    } else if (what == "set receiver_rssi") {
+    } else if (what == "set receiver_rssi" && words.size() == 3) {
         mRssiDBm = numberFrom(words[2]);
     } else {
         throw std::invalid_argument(
-                "can only be set: receiver_status, receiver_rssi; or have a "
-                "fault: receiver");
+                "of a receiver, receiver_status and receiver_rssi can be set, and receiver can "
+                "have a fault");
     }
     tellState();
     return true;
+}
+
+void Receiver::tell(std::vector<host::NodeState>* nodes) const {
+    const bool isAbsent = mFault == host::ReceiverFault::kAbsent;
+    nodes->push_back({host::kReceiver, "", isAbsent ? host::kNotThere : host::kThere,
+                      host::nameOf(host::kReceiverFaults, mFault)});
 }
 
 // An absent one has the state of none.
@@ -95,26 +106,46 @@ void Receiver::receive(const std::vector<int32_t>& key) {
     if (mFault == host::ReceiverFault::kMute) refuse("the receiver is muted");
     const int32_t rssiDBm = key.size() > 4 ? key[4] : mRssiDBm;
     const host::Reception reception = {key[0], key[1], key[2], rssiDBm};
-    const int program = host::connectTo(mBoard.directory + host::tunedSocket(key[3]), SOCK_DGRAM);
+    const int program = connectToListener(key[3]);
     setsockopt(program, SOL_SOCKET, SO_SNDTIMEO, &kPatience, sizeof(kPatience));
     const bool isTaken = send(program, &reception, sizeof(reception), 0) == sizeof(reception);
-    const bool isLate = errno == EAGAIN;
+    const bool isLate = !isTaken && errno == EAGAIN;
     close(program);
-    if (!isTaken) refuse(isLate ? "nobody takes what it receives" : whoListens());
+    if (isLate) refuse("nobody takes what it receives");
+    if (!isTaken) refuse(whyNobodyListens(key[3]));
     mRssiDBm = rssiDBm;
     tellState();
 }
 
-std::string Receiver::whoListens() const {
+// A descriptor, or -1 where nobody listens at the frequency. Where nobody listens at any, one that
+// is about to is waited for.
+int Receiver::connectToListener(int32_t frequency) const {
+    const auto end = std::chrono::steady_clock::now() + kUntilFound;
+    for (;;) {
+        const int fd = host::connectTo(mBoard.directory + host::tunedSocket(frequency), SOCK_DGRAM);
+        const bool isOver = tunedFrequency() || std::chrono::steady_clock::now() > end;
+        if (fd >= 0 || isOver) return std::max(fd, -1);
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+}
+
+std::optional<int32_t> Receiver::tunedFrequency() const {
     for (const fs::directory_entry& entry :
          fs::directory_iterator(mBoard.directory + host::kRadio)) {
         uint32_t frequency = 0;
         const std::string name = entry.path().filename();
         if (sscanf(name.c_str(), "%8x", &frequency) == 1 && host::isSocketOpen(entry.path())) {
-            return "the receiver is tuned to " + std::to_string(static_cast<int32_t>(frequency));
+            return static_cast<int32_t>(frequency);
         }
     }
-    return "no program listens";
+    return std::nullopt;
+}
+
+std::string Receiver::whyNobodyListens(int32_t frequency) const {
+    const std::optional<int32_t> tuned = tunedFrequency();
+    if (!tuned) return "no program listens";
+    return "the receiver is tuned to " + std::to_string(*tuned) + ", the key was sent at " +
+           std::to_string(frequency);
 }
 
 }  // namespace tarq::board

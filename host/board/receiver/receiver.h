@@ -4,6 +4,8 @@
 
 #include <stdint.h>
 
+#include <optional>
+
 #include "host/board/part.h"
 #include "host/run/board.h"
 #include "host/run/faults.h"
@@ -22,15 +24,19 @@ class Receiver : public Part {
     // Switches it on. Throws std::exception.
     void open(const host::Board& board);
 
-    std::vector<std::string> names() const override;
+    std::vector<std::string> names(const std::string& command) const override;
     // Also "key VALUE1 VALUE2 VALUE3 FREQUENCY [RSSI]", one reception, which is refused when no
-    // program hears it. Waits up to a second for a program that takes none.
+    // program hears it. Waits half a second for a program that listens, and a second for one that
+    // takes none.
     bool perform(const std::vector<std::string>& words) override;
+    void tell(std::vector<host::NodeState>* nodes) const override;
 
   private:
     void tellState() const;
     void receive(const std::vector<int32_t>& key);
-    std::string whoListens() const;
+    int connectToListener(int32_t frequency) const;
+    std::optional<int32_t> tunedFrequency() const;
+    std::string whyNobodyListens(int32_t frequency) const;
 
     host::Board mBoard;
     int mSocket = -1;

@@ -6,6 +6,7 @@
 
 #include <utility>
 
+#include "host/platform/binder/notices.h"
 #include "host/platform/binder/session.h"
 
 namespace android {
@@ -61,13 +62,14 @@ status_t BpBinder::transact(uint32_t code, const Parcel& data, Parcel* reply, ui
 }
 
 status_t BpBinder::linkToDeath(const sp<DeathRecipient>& recipient, void* cookie, uint32_t flags) {
+    if (!host::startNotices()) return NO_MEMORY;
     {
         std::lock_guard<std::mutex> guard(mLock);
         if (mObituarySent) return DEAD_OBJECT;
         mLinks.push_back({recipient, cookie, flags});
     }
     // The session's end tells only the proxies that it finds.
-    if (mSession->ended()) host::Session::sendObituaries({this});
+    if (mSession->ended()) host::sendObituaries({this});
     return OK;
 }
 

@@ -4,10 +4,12 @@
 // session at worst, and this process an object that stays too long.
 #include "host/platform/binder/session.h"
 
+#include <errno.h>
+
 #include <utility>
 
+#include "host/platform/binder/notices.h"
 #include "host/platform/binder/parcel_access.h"
-#include "host/platform/utils/start_thread.h"
 
 namespace android::host {
 
@@ -82,6 +84,33 @@ status_t Session::importParcel(const Packet& packet, Parcel* out) {
     return status;
 }
 
+// The objects are counted before the packet is sent, as the peer may release them at once.
+status_t Session::transactOneWay(uint64_t target, uint32_t code, const Parcel& data,
+                                 uint32_t flags) {
+    if (data.dataSize() > kMaxTransaction) return FAILED_TRANSACTION;
+    if (ended()) return DEAD_OBJECT;
+    std::vector<PacketObject> objects;
+    const status_t status = exportObjects(data, &objects);
+    if (status != OK) return status;
+    PacketHeader header = {};
+    header.kind = PacketKind::kCall;
+    header.target = target;
+    header.code = code;
+    header.flags = flags;
+    const int sent = post(header, objects, data);
+    if (sent == 0) return OK;
+    takeBack(objects);
+    return sent == -EPIPE || sent == -ECONNRESET ? DEAD_OBJECT : FAILED_TRANSACTION;
+}
+
+bool Session::sendRelease(uint64_t id, uint64_t count) {
+    PacketHeader header = {};
+    header.kind = PacketKind::kRelease;
+    header.target = id;
+    header.count = count;
+    return post(header, {}, Parcel()) == 0;
+}
+
 sp<BBinder> Session::find(uint64_t id) {
     std::lock_guard<std::mutex> guard(mLock);
     const auto entry = mExported.find(id);
@@ -121,16 +150,13 @@ void Session::proxyGone(BpBinder* proxy) {
     mImported[proxy->id()].received += received;
 }
 
-// Once mEnded is set under the lock nothing more is counted as sent. What the peer held here goes
-// without the lock, and the proxies are kept until they have been told.
+// Once mEnded is set under the lock nothing more is counted as sent. The proxies are kept until
+// they have been told.
 void Session::end() {
-    std::unordered_map<uint64_t, Exported> exported;
     std::vector<sp<BpBinder>> proxies;
     {
         std::lock_guard<std::mutex> guard(mLock);
         if (mEnded.exchange(true, std::memory_order_acq_rel)) return;
-        exported.swap(mExported);
-        mExportedIds.clear();
         for (const auto& [id, entry] : mImported) {
             sp<BpBinder> proxy = entry.proxy.promote();
             if (proxy != nullptr) proxies.push_back(std::move(proxy));
@@ -139,11 +165,11 @@ void Session::end() {
     if (!proxies.empty()) sendObituaries(std::move(proxies));
 }
 
-void Session::sendObituaries(std::vector<sp<BpBinder>> proxies) {
-    const auto send = [proxies = std::move(proxies)] {
-        for (const sp<BpBinder>& proxy : proxies) proxy->sendObituary();
-    };
-    if (!startThread(send)) send();
+void Session::dropExported() {
+    std::unordered_map<uint64_t, Exported> exported;  // let go of without the lock
+    std::lock_guard<std::mutex> guard(mLock);
+    exported.swap(mExported);
+    mExportedIds.clear();
 }
 
 }  // namespace android::host

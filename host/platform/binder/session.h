@@ -23,7 +23,7 @@ namespace android::host {
 //
 // Any thread may call any method. No method runs what others wrote with mLock held: what may be the
 // last reference to an object is dropped after it. Destructors of such objects then run on the
-// thread that calls the method, and so may obituaries, see sendObituaries.
+// thread that calls the method.
 class Session : public std::enable_shared_from_this<Session> {
   public:
     virtual ~Session() = default;
@@ -51,6 +51,10 @@ class Session : public std::enable_shared_from_this<Session> {
     // This process's own object by its number; null if the peer has no reference to it.
     sp<BBinder> find(uint64_t id);
 
+    // Sends a one-way call behind what was sent before. FAILED_TRANSACTION where the peer has no
+    // room for it now.
+    status_t transactOneWay(uint64_t target, uint32_t code, const Parcel& data, uint32_t flags);
+
     // The peer has let go of so many transfers. False if it claims more than it was sent: it lies,
     // and its connection is to be closed.
     bool peerReleased(uint64_t id, uint64_t count);
@@ -59,18 +63,17 @@ class Session : public std::enable_shared_from_this<Session> {
     // the proxy, on the thread that dropped it.
     void proxyGone(BpBinder* proxy);
 
-    // The peer is gone: proxies are told, its references to this process's objects are dropped.
-    // Only the first call does anything.
+    // The peer is gone: proxies are told. Only the first call does anything.
     void end();
-
-    // Sends the obituaries of proxies of an ended session on a thread of its own, as recipients may
-    // take locks that the caller holds. Without a thread they are sent on this one, as never would
-    // be worse.
-    static void sendObituaries(std::vector<sp<BpBinder>> proxies);
+    // No call of the peer is left that could name this process's objects: its references to them
+    // are dropped. For a session that has ended.
+    void dropExported();
 
   protected:
-    // False if the peer cannot be told now.
-    virtual bool sendRelease(uint64_t id, uint64_t count) = 0;
+    // Sends a one-way call or a release, each behind those before: 0 or -errno, -EAGAIN where the
+    // peer has no room. data may be empty.
+    virtual int post(const PacketHeader& header, const std::vector<PacketObject>& objects,
+                     const Parcel& data) = 0;
 
   private:
     // How many of a peer's objects may be known here at once: a client that sends one after the
@@ -89,6 +92,7 @@ class Session : public std::enable_shared_from_this<Session> {
     };
 
     uint64_t countSent(const sp<BBinder>& object);
+    bool sendRelease(uint64_t id, uint64_t count);
     // What an object of a packet is here: this process's own, or a proxy, whose transfer is
     // counted.
     sp<IBinder> takeReceived(const PacketObject& object);

@@ -7,6 +7,7 @@
 #include <string.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
+#include <unistd.h>
 
 #include <memory>
 
@@ -51,13 +52,39 @@ static bool parse(const uint8_t* bytes, size_t size, Packet* packet) {
     return objectsFit(*packet);
 }
 
+// Space for the one ancillary message that a packet has.
+union Credentials {
+    cmsghdr header;
+    char bytes[CMSG_SPACE(sizeof(ucred))];
+};
+
+// recv(), which also tells who sent.
+static ssize_t receiveFrom(int fd, uint8_t* buffer, int flags, uid_t* sender) {
+    iovec part = {buffer, kMaxPacket};
+    Credentials control = {};
+    msghdr message = {};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    message.msg_control = &control;
+    message.msg_controllen = sizeof(control);
+    const ssize_t size = recvmsg(fd, &message, flags | MSG_CMSG_CLOEXEC);
+    const cmsghdr* told = CMSG_FIRSTHDR(&message);
+    if (size > 0 && told != nullptr && told->cmsg_type == SCM_CREDENTIALS) {
+        ucred credentials;
+        memcpy(&credentials, CMSG_DATA(told), sizeof(credentials));
+        *sender = credentials.uid;
+    }
+    return size;
+}
+
 // An error of the socket is told as its end: there is nothing else to do with it.
-Received receivePacket(int fd, int flags, Packet* packet) {
+Received receivePacket(int fd, int flags, Packet* packet, uid_t* sender) {
     uint8_t* const buffer = receiveBuffer();
     ssize_t size;
     do {
         // With MSG_TRUNC the result is the packet's own size, also where the buffer was too small.
-        size = recv(fd, buffer, kMaxPacket, flags | MSG_TRUNC);
+        size = sender != nullptr ? receiveFrom(fd, buffer, flags | MSG_TRUNC, sender)
+                                 : recv(fd, buffer, kMaxPacket, flags | MSG_TRUNC);
     } while (size < 0 && errno == EINTR);
     if (size < 0) {
         return errno == EAGAIN || errno == EWOULDBLOCK ? Received::kNothing : Received::kClosed;
@@ -69,10 +96,18 @@ Received receivePacket(int fd, int flags, Packet* packet) {
 }
 
 // MSG_NOSIGNAL: a peer that is gone must not end this process.
-static int sendAll(int fd, int flags, const iovec* parts, size_t count) {
+static int sendAll(int fd, int flags, const iovec* parts, size_t count, bool asUser = false) {
     msghdr message = {};
     message.msg_iov = const_cast<iovec*>(parts);
     message.msg_iovlen = count;
+    Credentials control = {};
+    if (asUser) {  // the kernel refuses what this process could not be
+        const ucred own = {getpid(), geteuid(), getegid()};
+        control.header = {CMSG_LEN(sizeof(own)), SOL_SOCKET, SCM_CREDENTIALS};
+        memcpy(CMSG_DATA(&control.header), &own, sizeof(own));
+        message.msg_control = &control;
+        message.msg_controllen = sizeof(control);
+    }
     ssize_t sent;
     do {
         sent = sendmsg(fd, &message, flags | MSG_NOSIGNAL);
@@ -86,7 +121,7 @@ int sendPacket(int fd, int flags, const PacketHeader& header) {
 }
 
 int sendPacket(int fd, int flags, PacketHeader header, const std::vector<PacketObject>& objects,
-               const uint8_t* data, size_t dataSize) {
+               const uint8_t* data, size_t dataSize, bool asUser) {
     header.objectCount = static_cast<uint32_t>(objects.size());
     header.dataSize = static_cast<uint32_t>(dataSize);
     const iovec parts[] = {
@@ -94,7 +129,7 @@ int sendPacket(int fd, int flags, PacketHeader header, const std::vector<PacketO
             {const_cast<PacketObject*>(objects.data()), objects.size() * sizeof(PacketObject)},
             {const_cast<uint8_t*>(data), dataSize},
     };
-    return sendAll(fd, flags, parts, 3);
+    return sendAll(fd, flags, parts, 3, asUser);
 }
 
 }  // namespace android::host

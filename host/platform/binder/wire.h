@@ -2,16 +2,22 @@
 // board. Both ends run on one machine, so numbers are in its own byte order.
 //
 //   connection   who sends what, in this order
-//   event        client OPEN, daemon WELCOME; then the daemon sends CALL (one-way) and RELEASE, the
-//                client RELEASE. The session ends with this connection.
-//   call         client JOIN, daemon WELCOME; then CALL and, unless it is one-way, its REPLY. Each
-//                thread of the client that calls has one of its own.
+//   event        client OPEN, daemon WELCOME; then both send CALL (one-way) and RELEASE. So a
+//   one-way
+//                call is there before the release of its target. The session ends with this
+//                connection.
+//   call         client JOIN, daemon WELCOME; then CALL and its REPLY. Each thread of the client
+//   that
+//                calls has one of its own.
 //   registry     as call, but for object 0 alone, the service manager: look-ups never wait behind
 //                calls.
+//
+// A connection that the daemon does not take is told so by a WELCOME with a negative status.
 #pragma once
 
 #include <stddef.h>
 #include <stdint.h>
+#include <sys/types.h>
 
 #include <vector>
 
@@ -28,7 +34,7 @@ constexpr size_t kMaxObjects = 256;
 enum class PacketKind : uint32_t {
     kOpen,     // no fields
     kJoin,     // session, token; code: Lane
-    kWelcome,  // session, token
+    kWelcome,  // session, token; or status alone, -EMFILE: the user has its share of connections
     kCall,     // target, code, flags, objects, data
     kReply,    // status; objects and data unless it is negative
     kRelease,  // target, count
@@ -38,12 +44,12 @@ enum class PacketKind : uint32_t {
 enum class Lane : uint32_t { kCall, kRegistry };
 
 // Opens every packet; the objects and the data follow it. The sender's process and user do not
-// stand here: the kernel tells them of each connection.
+// stand here: the kernel tells them of each connection, and the user of each one-way call.
 struct PacketHeader {
     PacketKind kind;
     uint32_t code;
     uint32_t flags;  // IBinder's: FLAG_ONEWAY
-    int32_t status;  // a status_t
+    int32_t status;  // a status_t; in WELCOME 0 or -errno
     union {
         uint64_t target;  // the object's number at the receiver
         uint64_t session;
@@ -86,15 +92,17 @@ enum class Received {
 };
 
 // Takes the next packet. flags: MSG_DONTWAIT or 0. A packet is handed over only if its lengths,
-// kind and offsets fit, so that nobody has to look at them again. Goes on after a signal.
-Received receivePacket(int fd, int flags, Packet* packet);
+// kind and offsets fit, so that nobody has to look at them again. Goes on after a signal. sender:
+// where wanted, the kernel's word on the user who sent it, on a socket with SO_PASSCRED.
+Received receivePacket(int fd, int flags, Packet* packet, uid_t* sender = nullptr);
 
 // Sends a packet of a header alone. 0 or -errno: -EAGAIN with MSG_DONTWAIT where the socket has no
 // room, -EPIPE where the peer has closed; never a signal. A packet is sent whole or not at all.
 int sendPacket(int fd, int flags, const PacketHeader& header);
 
-// The same with objects and data. Fills in the header's sizes; data holds dataSize bytes.
+// The same with objects and data. Fills in the header's sizes; data holds dataSize bytes. asUser:
+// the packet carries the thread's effective user, which need not be the connection's.
 int sendPacket(int fd, int flags, PacketHeader header, const std::vector<PacketObject>& objects,
-               const uint8_t* data, size_t dataSize);
+               const uint8_t* data, size_t dataSize, bool asUser = false);
 
 }  // namespace android::host

@@ -35,7 +35,8 @@ struct Style {
 };
 
 std::mutex sinkMutex;
-std::atomic<bool> hasSink{false};  // lets a process without a sink, such as the daemon, log unlocked
+std::atomic<bool> hasSink{
+        false};  // lets a process without a sink, such as the daemon, log unlocked
 
 // It is never destroyed, as threads log while the process ends.
 tarq::host::LogSink& sink() {

@@ -50,18 +50,33 @@ void openBoard(Session& session) {
     host::setProcessBoard(session.board);
 }
 
-std::string askBoard(const Session& session, const std::vector<std::string>& words) {
-    host::Answer answer;
-    {
-        const TimeLimit limit(session,
-                              [&] { return noAnswer(session, "the board hangs or is stopped"); });
-        answer = host::askBoard(session.board, words);
+static host::Answer answerTo(const Session& session, const std::vector<std::string>& words) {
+    const TimeLimit limit(session,
+                          [&] { return noAnswer(session, "the board hangs"); });
+    return host::askBoard(session.board, words);
+}
+
+// A killed board leaves its socket, which refuses.
+static std::string cannotAsk(const Session& session, int error) {
+    if (error == ECONNREFUSED || error == ECONNRESET) {
+        return "the board in " + session.board.directory + " has ended";
     }
+    if (error == ENOENT) return "no board runs in " + session.board.directory;
+    return "no board can be asked in " + session.board.directory + ": " + host::socketError(error);
+}
+
+std::string askBoard(const Session& session, const std::vector<std::string>& words) {
+    const host::Answer answer = answerTo(session, words);
     if (answer.error == 0) return answer.isDone ? "" : answer.reason;
-    throw session.failure("no_board",
-                          "no board can be asked in " + session.board.directory + ": " +
-                                  host::socketError(answer.error),
-                          howToStart(answer.error));
+    throw session.failure("no_board", cannotAsk(session, answer.error), howToStart(answer.error));
+}
+
+std::string askState(const Session& session, host::BoardState* state, std::string* hint) {
+    const host::Answer answer = answerTo(session, {"board"});
+    *hint = howToStart(answer.error);
+    if (answer.error != 0) return cannotAsk(session, answer.error);
+    if (host::parseBoardState(answer.text, state)) return "";
+    return "the board in " + session.board.directory + " is another version's: " + answer.reason;
 }
 
 }  // namespace tarq::tools

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "host/run/board_state.h"
 #include "tools/tarqctl/session.h"
 
 namespace tarq::tools {
@@ -19,5 +20,9 @@ void openBoard(Session& session);
 // Has the opened board do it, within --timeout: {"set", "gpio42", "1"}. Returns why it refused, or
 // "". Throws a Failure when it could not be asked.
 std::string askBoard(const Session& session, const std::vector<std::string>& words);
+
+// The board's state. Why it could not be asked, with what to type then in the hint; "" when it
+// could. Throws a Failure when the board hangs.
+std::string askState(const Session& session, host::BoardState* state, std::string* hint);
 
 }  // namespace tarq::tools

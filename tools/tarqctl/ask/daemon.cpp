@@ -33,9 +33,10 @@ Failure notListening(const Session& session, int error) {
             hasLog ? session.next("log") : howToStart(error));
 }
 
-Failure daemonTooSlow(const Session& session, const std::string& likelyCause) {
+Failure daemonTooSlow(const Session& session, const std::string& likelyCause,
+                      const Unfinished& unfinished) {
     const std::string check = startupCheck();
-    return noAnswer(session, check.empty() ? likelyCause : check);
+    return noAnswer(session, check.empty() ? likelyCause : check, unfinished);
 }
 
 static const Session& opened(Session& session) {
@@ -43,9 +44,9 @@ static const Session& opened(Session& session) {
     return session;
 }
 
-Daemon::Daemon(Session& session, const std::string& likelyCause)
+Daemon::Daemon(Session& session, const std::string& likelyCause, const Unfinished& unfinished)
     : mSession(opened(session)),
-      mLimit(session, [&session, likelyCause] { return daemonTooSlow(session, likelyCause); }) {
+      mLimit(session, [=, &session] { return daemonTooSlow(session, likelyCause, unfinished); }) {
     // Without this look defaultServiceManager() would wait for a daemon for ever.
     if (const int error = connectToDaemon(session)) throw notListening(session, error);
 }

@@ -19,14 +19,15 @@ Failure notListening(const Session& session, int error);
 
 // As noAnswer(), but while the daemon has not come so far that it answers anybody that is the
 // cause.
-Failure daemonTooSlow(const Session& session, const std::string& likelyCause);
+Failure daemonTooSlow(const Session& session, const std::string& likelyCause,
+                      const Unfinished& unfinished = {});
 
 // The daemon of the session's board, for as long as it is asked: within --timeout.
 class Daemon {
   public:
     // Opens the board. Throws a Failure at once when nobody listens there. likelyCause completes
     // the sentence "no answer after 10 s: …".
-    Daemon(Session& session, const std::string& likelyCause);
+    Daemon(Session& session, const std::string& likelyCause, const Unfinished& unfinished = {});
 
     // Null if nothing is registered under the name.
     static android::sp<android::IBinder> find(const android::String16& name);

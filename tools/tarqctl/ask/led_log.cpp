@@ -52,7 +52,7 @@ bool isTroubled(const LedCall& call) {
 }  // namespace
 
 LedLog::LedLog(const std::string& path) : mFile(path) {
-    mFile.read([](const std::string&) {});
+    mFile.skip();
 }
 
 std::optional<LedCall> LedLog::find(const std::string& operation, const Arguments& arguments) {

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <sstream>
 
+#include "tools/tarqctl/ask/stopped.h"
+
 namespace tarq::tools {
 
 using std::chrono::steady_clock;
@@ -46,13 +48,19 @@ TimeLimit::TimeLimit(const Session& session, std::function<Failure()> failure)
     : mTimer(session.timeout,
              [&session, failure = std::move(failure)] { endWith(session, failure()); }) {}
 
-Failure noAnswer(const Session& session, const std::string& likelyCause) {
+Failure noAnswer(const Session& session, const std::string& likelyCause,
+                 const Unfinished& unfinished) {
+    const bool goesOn = !unfinished.what.empty();
+    const std::string rest = goesOn ? "; " + unfinished.what : "";
+    const std::string silence = "no answer after " + seconds(session.timeout) + ": ";
+    if (const std::optional<Stopped> stopped = findStopped(session.board)) {
+        return session.failure("timeout", silence + stopped->why + rest, stopped->hint);
+    }
     std::ostringstream longer;
     longer << "--timeout " << std::clamp(session.timeout.count() * 6, 60.0, kMaxTimeout) << " "
            << session.line;
-    return session.failure("timeout",
-                           "no answer after " + seconds(session.timeout) + ": " + likelyCause,
-                           session.next(longer.str()));
+    return session.failure("timeout", silence + likelyCause + rest,
+                           session.next(goesOn ? unfinished.command : longer.str()));
 }
 
 std::string seconds(std::chrono::duration<double> time) {

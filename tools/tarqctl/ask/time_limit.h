@@ -42,8 +42,14 @@ class TimeLimit {
 };
 
 // What it means when --timeout is over: "no answer after 10 s: LIKELY CAUSE", and the same command
-// with more time to try next.
-Failure noAnswer(const Session& session, const std::string& likelyCause);
+// with more time to try next; unless something goes on that is not to be begun once more. A process
+// that is stopped is the cause, and what lets it go on comes next.
+struct Unfinished {
+    std::string what;     // "the transfer goes on"
+    std::string command;  // to try next: "trace -f"
+};
+Failure noAnswer(const Session& session, const std::string& likelyCause,
+                 const Unfinished& unfinished = {});
 
 // "10 s"
 std::string seconds(std::chrono::duration<double> time);

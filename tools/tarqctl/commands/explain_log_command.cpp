@@ -1,59 +1,132 @@
 // explain-log [FILE]: the same explanations for a log that was saved on any board. It may have been
-// cut anywhere, and have lost lines on its way here.
+// packed, quoted, or cut anywhere, and have lost lines on its way here.
+#include <errno.h>
+#include <string.h>
+
 #include <CLI/App.hpp>
+#include <algorithm>
+#include <fstream>
 #include <ostream>
+#include <utility>
 
 #include "host/run/text.h"
+#include "tools/tarqctl/ask/saved_log.h"
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/match/explanation.h"
 #include "tools/tarqctl/match/log.h"
-#include "tools/tarqctl/user_input.h"
+#include "tools/tarqctl/match/log_source.h"
 
 namespace tarq::tools {
 
 namespace {
 
-void print(const Session& session, const MatchRequest& request, const Explanation& explanation) {
+// One text of the file, or one member of an archive.
+struct Log {
+    explicit Log(std::string name) : member(std::move(name)) {}
+
+    const std::string member;
+    MatchLog requests;
+    SavedLog lines{[this](const LogLine& line) { requests.add(line); }};
+    bool isUnderstood = false;
+};
+using Logs = std::vector<std::unique_ptr<Log>>;
+
+Json orNull(const std::string& text) {
+    return text.empty() ? Json(nullptr) : Json(text);
+}
+
+Json orNull(int id) {
+    return id == 0 ? Json(nullptr) : Json(id);
+}
+
+// What the log's format tells of it: "05-01 10:00:00.123  pid 512  tid 530  in FS/log.txt".
+std::string titleOf(const std::string& member, const MatchRequest& request) {
+    std::string title = request.time;
+    const auto add = [&title](const std::string& text) {
+        title += (title.empty() ? "" : "  ") + text;
+    };
+    if (request.pid != 0) add("pid " + std::to_string(request.pid));
+    if (request.tid != 0) add("tid " + std::to_string(request.tid));
+    if (!member.empty()) add("in " + host::escaped(member));
+    return title.empty() ? "a request" : title;
+}
+
+void print(const Session& session, const std::string& member, const MatchRequest& request,
+           const Explanation& explanation) {
     if (session.json) {
-        Json json = {{"time", request.time}, {"pid", request.pid}, {"tid", request.tid}};
+        Json json = {{"time", orNull(request.time)},
+                     {"pid", orNull(request.pid)},
+                     {"tid", orNull(request.tid)}};
+        if (!member.empty()) json["member"] = member;
         json.update(asJson(explanation));
         printJson(session.out, json);
         return;
     }
-    std::string text = request.time + "  pid " + std::to_string(request.pid) + "  tid " +
-                       std::to_string(request.tid) + "\n" + asText(explanation);
-    for (const std::string& doubt : explanation.doubts)
-        text += "note: " + host::escaped(doubt) + "\n";
-    for (const std::string& missing : explanation.notCompared)
+    std::string text = titleOf(member, request) + "\n" + asText(explanation);
+    for (const Doubt& doubt : explanation.doubts) {
+        text += "note: " + host::escaped(doubt.text) + "\n";
+    }
+    for (const std::string& missing : explanation.notCompared) {
         text += "note: " + host::escaped(missing) + "\n";
+    }
     session.out << text << std::flush;
 }
 
-int explainLog(Session& session, const std::string& file) {
-    MatchLog log;
-    bool isEmpty = true;
-    bool isUnderstood = false;
-    bool hasCr = false;  // at the end of every line, after another system, so the first one tells
-    readLines(session, file, [&](std::string line) {
-        const bool endsInCr = !line.empty() && line.back() == '\r';
-        if (!isUnderstood) hasCr = endsInCr;
-        if (hasCr && endsInCr) line.pop_back();
-        if (log.add(line)) isUnderstood = true;
-        isEmpty = false;
-    });
-    if (!isEmpty && !isUnderstood) {
-        throw session.failure("not_threadtime",
-                              (file == "-" ? "standard input" : file) +
-                                      ": no line is one of `logcat -v threadtime`",
+// Reads all that is in the file; what it seems to be.
+std::string read(const Session& session, const std::string& file, Logs* logs) {
+    std::ifstream opened;
+    errno = 0;
+    if (file != "-") opened.open(file, std::ios::binary);
+    LogSink sink;
+    sink.begin = [&](const std::string& member) { logs->push_back(std::make_unique<Log>(member)); };
+    sink.take = [&](const std::string& line) {
+        if (logs->back()->lines.add(line)) logs->back()->isUnderstood = true;
+    };
+    try {
+        if (file != "-" && !opened.is_open()) throw std::runtime_error(strerror(errno));
+        return readLog(file == "-" ? session.in : opened, sink);
+    } catch (const std::runtime_error& error) {
+        throw session.failure("cannot_read", file + ": " + error.what(),
                               "tarqctl explain-log --help");
     }
-    const std::vector<MatchRequest> requests = log.all();
-    if (requests.empty()) session.notice("no match request is in it");
-    for (size_t i = 0; i < requests.size(); ++i) {
-        if (i > 0 && !session.json) session.out << "\n";
-        print(session, requests[i], explain(requests[i]));
+}
+
+// Why nothing can be told.
+std::string whyNothing(const Logs& logs, const std::string& kind) {
+    const auto any = [&logs](const auto& is) {
+        return std::any_of(logs.begin(), logs.end(), [&](const auto& log) { return is(*log); });
+    };
+    if (any([](const Log& log) { return log.lines.lacksTags(); })) {
+        return "it is a log without tags, such as `logcat -v thread` writes it";
     }
-    return kDone;
+    if (any([](const Log& log) { return log.isUnderstood; })) {
+        return "it is a log, but no match request is in it";
+    }
+    return kind == "empty" ? "it is empty" : "no line of any logcat format; it is " + kind;
+}
+
+int explainLog(Session& session, const std::string& file) {
+    Logs logs;
+    const std::string kind = read(session, file, &logs);
+    bool isFirst = true;
+    bool anyNo = false;
+    bool anyUnknown = false;
+    for (const auto& log : logs) {
+        for (const MatchRequest& request : log->requests.all()) {
+            if (!std::exchange(isFirst, false) && !session.json) session.out << "\n";
+            const Explanation explanation = explain(request);
+            print(session, log->member, request, explanation);
+            anyNo = anyNo || explanation.verdict == "no";
+            anyUnknown = anyUnknown || explanation.verdict == "unknown";
+        }
+    }
+    if (isFirst) {
+        throw session.failure(
+                "no_request",
+                (file == "-" ? "standard input" : file) + ": " + whyNothing(logs, kind),
+                "tarqctl explain-log --help");
+    }
+    return anyNo ? kServiceSaidNo : anyUnknown ? kCouldNotAsk : kDone;
 }
 
 }  // namespace
@@ -61,8 +134,11 @@ int explainLog(Session& session, const std::string& file) {
 Run declareExplainLog(CLI::App& app) {
     const auto file = std::make_shared<std::string>("-");
     app.add_option("FILE", *file,
-                   "written by `logcat -v threadtime`; standard input when it is - or\n"
-                   "left out");
+                   "a log as logcat writes it, in any of its formats (threadtime tells\n"
+                   "most), in UTF-8 or UTF-16, quoted in a mail, packed with gzip; or a\n"
+                   "bug report, a zip archive. Standard input when it is - or left out.\n"
+                   "Exits with 0 when all packages fit, 1 when one did not, and 2 when of\n"
+                   "one or all it cannot be told");
     return [file](Session& session) { return explainLog(session, *file); };
 }
 

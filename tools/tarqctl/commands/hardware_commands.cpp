@@ -39,8 +39,10 @@ Run declareSet(CLI::App& app) {
              {"VALUE",
               "text with \\n \\r \\t \\\\ \\xHH for the touch panel and for files; cells in\n"
               "hexadecimal; 0 or 1 for a GPIO line; a camera's sensor; a decimal\n"
-              "number for the receiver. Put -- before NODE for one that begins\n"
-              "with a dash"}});
+              "number for receiver_status and receiver_rssi; for a co-processor\n"
+              "coprocessor_manufacturer, one to four hexadecimal digits, and\n"
+              "coprocessor_version, such as 6.10.3. Put -- before NODE for one that\n"
+              "begins with a dash"}});
 }
 
 Run declareFault(CLI::App& app) {

@@ -1,7 +1,8 @@
-// led color|brightness|set|effect|stop: one call each. The units are the LED driver's. The
-// service's answer does not tell everything: an attribute that could not be opened is only in its
-// log, so each call is looked up there by its operation and arguments before it is called done.
+// led color|brightness|set|effect|stop: one call each. The units are the LED driver's. Each tells
+// what the log prints of its call, and what the driver is sent, by which its outcome is found.
 #include "tools/tarqctl/commands/led_commands.h"
+
+#include <unistd.h>
 
 #include <CLI/App.hpp>
 #include <algorithm>
@@ -9,7 +10,7 @@
 #include <ostream>
 
 #include "host/run/text.h"
-#include "tools/tarqctl/ask/daemon.h"
+#include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/command_line.h"
 #include "tools/tarqctl/print_json.h"
 #include "tools/tarqctl/user_input.h"
@@ -19,26 +20,6 @@ namespace tarq::tools {
 using android::binder::Status;
 using com::tarq::rgbleds::IRgbLedsService;
 using Words = std::vector<std::string>;
-
-std::optional<LedCall> askLeds(Session& session, const std::string& operation,
-                               const std::function<Status(IRgbLedsService&, LedAnswer*)>& call) {
-    LedAnswer answer;
-    std::optional<LedCall> logged;
-    {
-        const Daemon daemon(session,
-                            "the LED driver is slow, or the daemon is still starting, or hangs");
-        const auto leds = daemon.service<IRgbLedsService>();
-        LedLog log(session.board.log());
-        daemon.expectOk(call(*leds, &answer));
-        logged = log.find(operation, answer.arguments);
-    }
-    const bool opened = !logged || logged->notOpened.empty();
-    if (answer.done && opened) return logged;
-    throw session.failure("attribute",
-                          opened ? "the service said no, and its log does not tell why"
-                                 : "the daemon cannot open " + joined(logged->notOpened),
-                          session.next("log"), kServiceSaidNo);
-}
 
 namespace {
 
@@ -56,19 +37,24 @@ Words texts(std::initializer_list<int32_t> numbers) {
     return words;
 }
 
-std::string hex(int32_t number, const char* format) {
+std::string hex(int32_t number, const char* format = "%x") {
     char digits[9];
     snprintf(digits, sizeof(digits), format, static_cast<unsigned>(number));
     return digits;
 }
 
 CLI::Option* addId(CLI::App& app, Numbers& numbers) {
-    return addNumber(app, "ID", "of the LED, decimal", host::parseInt32, &numbers.id)->required();
+    return addNumber(app, "ID",
+                     "of the LED, decimal, from 0 on; below 0 the driver gets 32\nbits: -1 is "
+                     "ffffffff",
+                     host::parseInt32, &numbers.id)
+            ->required();
 }
 
 int setColour(Session& session, const Numbers& n) {
     askLeds(session, "setRgbColor", [&n](IRgbLedsService& leds, LedAnswer* answer) {
         answer->arguments = texts({n.id, n.colour});
+        answer->records = {"set_color " + hex(n.id) + " " + hex(n.colour)};
         return leds.setRgbColor(n.id, n.colour, &answer->done);
     });
     return printDone(session);
@@ -77,19 +63,31 @@ int setColour(Session& session, const Numbers& n) {
 int setBrightness(Session& session, const Numbers& n) {
     askLeds(session, "setRgbBrightness", [&n](IRgbLedsService& leds, LedAnswer* answer) {
         answer->arguments = texts({n.id, n.brightness});
+        answer->records = {"set_brightness " + hex(n.id) + " " + hex(n.brightness)};
         return leds.setRgbBrightness(n.id, n.brightness, &answer->done);
     });
     return printDone(session);
 }
 
-int32_t read(Session& session, const std::string& operation, int32_t id,
-             Status (IRgbLedsService::*get)(int32_t, int32_t*)) {
+// Without a driver the daemon reads from the attribute what it has just written there.
+void requireDriver(const Session& session) {
+    if (access(session.board.ledRecords().c_str(), F_OK) == 0) return;
+    throw session.failure(
+            "no_record",
+            "the board has no LED driver that could tell: " + askBoard(session, {"trace"}),
+            howToStart(0));
+}
+
+int32_t read(Session& session, const std::string& operation, const std::string& attribute,
+             int32_t id, Status (IRgbLedsService::*get)(int32_t, int32_t*)) {
     int32_t value = 0;
     askLeds(session, operation, [&](IRgbLedsService& leds, LedAnswer* answer) {
         Status status = (leds.*get)(id, &value);
-        answer->arguments = {std::to_string(id), hex(value, "%x")};
+        answer->arguments = {std::to_string(id), hex(value)};
+        answer->records = {attribute + " " + hex(id)};
         return status;
     });
+    requireDriver(session);
     return value;
 }
 
@@ -97,11 +95,15 @@ Run declareColour(CLI::App& app) {
     const auto n = std::make_shared<Numbers>();
     addId(app, *n);
     const CLI::Option* given =
-            addNumber(app, "RRGGBB", "six hexadecimal digits; left out: print the colour",
+            addNumber(app, "RRGGBB",
+                      "six hexadecimal digits; left out: print the colour set last.\n"
+                      "An effect file that plays, as one does from the start on,\n"
+                      "hides it: tarqctl led stop",
                       parseColour, &n->colour);
     return [n, given](Session& session) {
         if (given->count() > 0) return setColour(session, *n);
-        const int32_t value = read(session, "getRgbColor", n->id, &IRgbLedsService::getRgbColor);
+        const int32_t value =
+                read(session, "getRgbColor", "get_color", n->id, &IRgbLedsService::getRgbColor);
         const std::string colour = hex(value, "%06x");
         return printResult(session, {{"color", colour}}, colour);
     };
@@ -110,12 +112,14 @@ Run declareColour(CLI::App& app) {
 Run declareBrightness(CLI::App& app) {
     const auto n = std::make_shared<Numbers>();
     addId(app, *n);
-    const CLI::Option* given = addNumber(app, "N", "decimal; left out: print the brightness",
-                                         host::parseInt32, &n->brightness);
+    const CLI::Option* given = addNumber(
+            app, "N",
+            "decimal, 0 to 255 on a virtual board; left out: print the\nbrightness set last",
+            host::parseInt32, &n->brightness);
     return [n, given](Session& session) {
         if (given->count() > 0) return setBrightness(session, *n);
-        const int32_t value =
-                read(session, "getRgbBrightness", n->id, &IRgbLedsService::getRgbBrightness);
+        const int32_t value = read(session, "getRgbBrightness", "get_brightness", n->id,
+                                   &IRgbLedsService::getRgbBrightness);
         return printResult(session, {{"brightness", value}}, std::to_string(value));
     };
 }
@@ -132,6 +136,10 @@ Run declareSet(CLI::App& app) {
     return [n](Session& session) {
         askLeds(session, "setLedList", [&n](IRgbLedsService& leds, LedAnswer* answer) {
             answer->arguments = texts({n->ids.back(), n->colour, n->brightness});
+            for (const int32_t id : n->ids) {
+                answer->records.push_back("set_color " + hex(id) + " " + hex(n->colour));
+                answer->records.push_back("set_brightness " + hex(id) + " " + hex(n->brightness));
+            }
             return leds.setLedList(n->ids, n->colour, n->brightness, &answer->done);
         });
         return printDone(session);
@@ -167,12 +175,19 @@ Run declareEffect(CLI::App& app) {
     app.add_option_function<Words>(
                "NAME=VALUE", [n](const Words& words) { parseEffect(words, &n->effect); },
                "type, color, brightness, cont and val, all of them; the colour\n"
-               "in six hexadecimal digits, the others decimal")
+               "in six hexadecimal digits, the others decimal. They mean what\n"
+               "the driver makes of them; to the one of a virtual board:\n"
+               "type 0 ends it, 1 is steady, 2 blinks, 3 breathes;\n"
+               "brightness 0 to 255; it lasts for cont periods, with 0 or less\n"
+               "for ever; val is the period in units of 100 ms, from 1 on")
             ->required();
     return [n](Session& session) {
         askLeds(session, "setRgbEffect", [&n](IRgbLedsService& leds, LedAnswer* answer) {
             const auto& [type, colour, brightness, cont, val] = n->effect;
             answer->arguments = texts({n->id, type, colour, brightness, cont, val});
+            answer->records = {"standby_effect " + hex(n->id) + " " + hex(type) + " " +
+                               hex(colour) + " " + hex(brightness) + " " + std::to_string(cont) +
+                               " " + hex(val)};
             int32_t result = 0;
             Status status = leds.setRgbEffect(n->id, type, colour, brightness, cont, val, &result);
             answer->done = result != 0;

@@ -1,24 +1,27 @@
-// led play NAME|PATH: the daemon reads the file. What it makes of it is told by its log; or, in a
-// dry run, by its own reader.
+// led play NAME|PATH: the daemon reads the file. What it makes of it is told by its log, and what
+// the driver says to that by the board; or, in a dry run, by the daemon's own reader and a driver
+// by the same rules.
 #include <CLI/App.hpp>
+#include <algorithm>
 #include <filesystem>
 #include <ostream>
+#include <set>
 
+#include "common/device_file.h"
 #include "host/run/text.h"
-#include "rgbleds/led_attributes.h"
 #include "tools/tarqctl/ask/board.h"
+#include "tools/tarqctl/ask/led_refusals.h"
 #include "tools/tarqctl/commands/led_commands.h"
 #include "tools/tarqctl/print_json.h"
 #include "tools/tarqctl/user_input.h"
-#include "tools/tarqctl/view/draw_effect.h"
+#include "tools/tarqctl/view/effect_transfer.h"
 
 namespace tarq::tools {
 
 namespace fs = std::filesystem;
 
-static Failure notLoaded(const Session& session, const std::string& why, const std::string& hint) {
-    return session.failure("not_loaded", why, hint, kServiceSaidNo);
-}
+static constexpr char kFolder[] = "/vendor/etc/leds/";
+static constexpr char kHelp[] = "tarqctl led play --help";
 
 // The path for the daemon, which has another directory. A name with ".xml" may be a file here.
 static std::string fileOf(const std::string& word) {
@@ -27,65 +30,130 @@ static std::string fileOf(const std::string& word) {
     if (word.find('/') != std::string::npos || (hasEnding && fs::is_regular_file(word, ignored))) {
         return fs::absolute(word);
     }
-    return "/vendor/etc/leds/" + word + (hasEnding ? "" : ".xml");
+    return kFolder + word + (hasEnding ? "" : ".xml");
 }
 
-static int play(Session& session, const std::string& file) {
+// For a name that is none: the names that there are, and files of that name here.
+static Failure noSuchEffect(const Session& session, const std::string& word, std::string why) {
+    std::set<std::string> names;
+    std::error_code unreadable;  // the same as empty
+    for (const auto& entry : fs::directory_iterator(deviceFile(kFolder), unreadable)) {
+        if (entry.path().extension() == ".xml") names.insert(entry.path().stem());
+    }
+    why += names.empty() ? "; the board has no effects there" : "; the board has";
+    for (const std::string& name : names) {
+        why += (name == *names.begin() ? " " : ", ") + host::escaped(name);
+    }
+    std::string hint =
+            names.empty() ? kHelp : session.next("led play " + shellQuoted(*names.begin()));
+    for (const std::string& here : {word, word + ".xml"}) {
+        if (!fs::is_regular_file(here, unreadable)) continue;
+        why += "; " + host::escaped(here) + " of this directory is another file";
+        hint = session.next("led play " + shellQuoted("./" + here));
+    }
+    return session.failure("not_loaded", why, hint, kServiceSaidNo);
+}
+
+static Failure notLoaded(const Session& session, const std::string& word, const std::string& file) {
+    const std::string why = whyUnreadable(file);
+    if (why.empty()) {
+        return session.failure(
+                "not_loaded", host::escaped(file) + ": the daemon cannot read it, only tarqctl can",
+                "ls -l " + shellQuoted(deviceFile(file)), kServiceSaidNo);
+    }
+    std::error_code error;
+    const bool isMissing = !fs::exists(deviceFile(file), error) && !error;
+    if (isMissing && word.find('/') == std::string::npos) return noSuchEffect(session, word, why);
+    return session.failure("not_loaded", why, kHelp, kServiceSaidNo);
+}
+
+// With the places in the file, as far as it can be read here.
+static std::vector<std::string> placed(const Session& session, const std::string& file,
+                                       const std::vector<host::LedRecord>& refused) {
+    EffectTransfer sent = {file, {}, std::nullopt};
+    if (whyUnreadable(file).empty()) sent = transferEffect(session, file, kMostLeds, kHelp);
+    std::vector<std::string> lines;
+    auto from = sent.records.begin();
+    for (const host::LedRecord& record : refused) {
+        EffectRecord shown = {record.attribute, record.text, 0, record.whyRefused};
+        const auto at = std::find_if(from, sent.records.end(), [&](const EffectRecord& one) {
+            return one.attribute == record.attribute && one.text == record.text;
+        });
+        if (at != sent.records.end()) {
+            shown.line = at->line;
+            from = at + 1;
+        }
+        lines.push_back(sent.trouble(shown));
+    }
+    return lines;
+}
+
+static int play(Session& session, const std::string& word, const std::string& file) {
+    openBoard(session);
+    LedRefusals refusals(session.board.ledRecords());
     const std::optional<LedCall> call =
-            askLeds(session, "loadXmlFile", [&file](auto& leds, LedAnswer* answer) {
-                int32_t meaningless = 0;
-                answer->arguments = {file};
-                return leds.loadXmlFile(android::String16(file.c_str()), &meaningless);
-            });
+            askLeds(session, "loadXmlFile",
+                    [&file](auto& leds, LedAnswer* answer) {
+                        int32_t meaningless = 0;
+                        answer->arguments = {file};
+                        return leds.loadXmlFile(android::String16(file.c_str()), &meaningless);
+                    },
+                    {"the daemon goes on with the transfer, so do not start another", "trace -f"});
     if (!call) {
         throw session.failure("not_known", "the log does not tell whether it was loaded",
                               session.next("services"));
     }
-    if (call->fileUnreadable) {
-        throw notLoaded(session, file + ": the daemon cannot open it, or it is no XML",
-                        session.next("log"));
-    }
-    for (const std::string& what : call->leftOut)
+    if (call->fileUnreadable) throw notLoaded(session, word, file);
+    for (const std::string& what : call->leftOut) {
         session.notice("left out: " + host::escaped(what));
+    }
+    const auto isTransfer = [](const host::LedRecord& record) {
+        return record.attribute.rfind("xml_effect_trans_", 0) == 0;
+    };
+    throwIfAny(session, placed(session, file, refusals.find(isTransfer)), kHelp);
     return printDone(session);
 }
 
-// As the trace of the driver has it.
-static void printRecord(const Session& session, const std::string& attribute,
-                        const std::string& text, int line) {
-    const std::string name = attribute.substr(attribute.rfind('/') + 1);
-    if (!session.json) {
-        session.out << name + " " + host::escaped(text) + "\n";
-    } else if (line == 0) {
-        printJson(session.out, {{"attribute", name}, {"text", text}});
+static void printJson(const Session& session, const EffectRecord& record) {
+    Json json;
+    if (record.attribute.empty()) {
+        json["leftOut"] = record.text;
     } else {
-        printJson(session.out, {{"attribute", name}, {"text", text}, {"line", line}});
+        json["attribute"] = record.attribute;
+        json["text"] = record.text;
     }
+    if (record.line != 0) json["line"] = record.line;
+    if (!record.whyRefused.empty()) {
+        json["refused"] = true;
+        json["why"] = record.whyRefused;
+    }
+    printJson(session.out, json);
 }
 
-static void printLeftOut(const Session& session, const std::string& file, const EffectItem& item) {
-    if (session.json) {
-        printJson(session.out, {{"leftOut", leftOutText(item)}, {"line", item.line}});
-    } else {
-        session.out << "# " + host::escaped(file) + ":" + std::to_string(item.line) +
-                               ": left out: " + host::escaped(leftOutText(item)) + "\n";
+// The records as the trace of the driver has them; between them, as comments, what is left out and
+// what is refused.
+static int playDry(Session& session, const std::string& file) {
+    const std::optional<size_t> leds = findLeds(session, file);
+    const EffectTransfer transfer = transferEffect(session, file, leds.value_or(kMostLeds), kHelp);
+    if (!leds) {
+        session.notice("no board tells how many LEDs there are; LEDs 0 to " +
+                       std::to_string(kMostLeds - 1) + " are taken to be there");
     }
-}
-
-static int playDry(const Session& session, const std::string& file) {
-    const std::vector<EffectItem> items = effectItems(session, file, "tarqctl led play --help");
-    printRecord(session, kTransferState, "1", 0);
-    for (const EffectItem& item : items) {
-        if (isSent(item)) {
-            const bool isStep = item.kind == EffectItem::kStep;
-            printRecord(session, isStep ? kTransferData : kTransferValues, item.text, item.line);
-        } else {
-            printLeftOut(session, file, item);
+    bool isTaken = true;
+    for (const EffectRecord& record : transfer.records) {
+        isTaken &= record.whyRefused.empty();
+        if (session.json) {
+            printJson(session, record);
+            continue;
         }
+        if (!record.attribute.empty()) {
+            session.out << record.attribute + " " + host::escaped(record.text) + "\n";
+        }
+        const std::string trouble = transfer.trouble(record);
+        if (!trouble.empty()) session.out << "# " + trouble + "\n";
     }
-    printRecord(session, kTransferState, "0", 0);
     session.out << std::flush;
-    return kDone;
+    return isTaken ? kDone : kServiceSaidNo;
 }
 
 Run declareLedPlay(CLI::App& app) {
@@ -97,15 +165,12 @@ Run declareLedPlay(CLI::App& app) {
             ->required()
             ->check(checkUtf8);
     app.add_flag("--dry-run", *dry,
-                 "print what the daemon would send to the driver, and what\n"
-                 "it would leave out; needs no daemon");
+                 "print what the daemon would send to the driver, what it\n"
+                 "would leave out and what the driver would refuse, which is\n"
+                 "exit code 1; needs no daemon, and for a file from here no board");
     return [word, dry](Session& session) {
         const std::string file = fileOf(*word);
-        if (!*dry) return play(session, file);
-        // A file from here is looked at without a board.
-        std::error_code ignored;
-        if (!fs::is_regular_file(file, ignored)) openBoard(session);
-        return playDry(session, file);
+        return *dry ? playDry(session, file) : play(session, *word, file);
     };
 }
 

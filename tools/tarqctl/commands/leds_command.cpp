@@ -1,6 +1,6 @@
 // leds: the LEDs of the board as they are seen, live or as a picture of an effect. What the records
 // of the trace mean is the driver's business, so the tool feeds a driver of its own with them and
-// looks at that every 20 ms; a change is shown.
+// looks at that every 20 ms; a change is shown, until Ctrl-C or the end of the board.
 #include <unistd.h>
 
 #include <CLI/App.hpp>
@@ -8,7 +8,9 @@
 #include <ostream>
 #include <thread>
 
+#include "host/run/lock.h"
 #include "host/run/records.h"
+#include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/interrupt.h"
 #include "tools/tarqctl/commands.h"
@@ -29,21 +31,25 @@ class Screen {
     Screen& operator=(const Screen&) = delete;
 
     // Once more when the terminal's size has changed.
-    void show(const Colours& colours) {
+    void show(const std::vector<std::string>& title, const Colours& colours) {
         winsize size = {};
         ioctl(STDOUT_FILENO, TIOCGWINSZ, &size);
         if (size.ws_col == 0 || size.ws_row == 0) size = {24, 80, 0, 0};
         const bool isResized = size.ws_col != mSize.ws_col || size.ws_row != mSize.ws_row ||
                                colours.size() != mColours.size();
         if (isResized) mOut << "\x1b[2J";
-        if (isResized || colours != mColours) mOut << blocks(colours, size) << std::flush;
+        if (isResized || colours != mColours || title != mTitle) {
+            mOut << blocks(title, colours, size) << std::flush;
+        }
         mSize = size;
+        mTitle = title;
         mColours = colours;
     }
 
   private:
     std::ostream& mOut;
     winsize mSize = {};
+    std::vector<std::string> mTitle;
     Colours mColours;
 };
 
@@ -62,25 +68,37 @@ void printColours(const Session& session, int64_t ms, const Colours& colours) {
 }
 
 // As blocks on a terminal; without one, or with --json or NO_COLOR, a line for each change.
-int watch(const Session& session) {
+void watch(const Session& session) {
     LedReplay leds(session);
     std::atomic<bool> isOver{false};
     const Interrupt interrupt([&isOver] { isOver = true; });
     std::optional<Screen> screen;
     if (session.coloured && !session.json) screen.emplace(session.out);
+    const std::string board = "LEDs of " + host::escaped(session.board.directory);
     Colours before;
     while (!isOver && session.out.good()) {
+        if (!host::isRunning(session.board)) {
+            screen.reset();
+            throw session.failure("no_board", "the board ended", howToStart(0));
+        }
         leds.update();
         const int64_t ms = host::nowMs();
         const Colours colours = leds.driver().shown(ms);
         if (screen) {
-            screen->show(colours);
+            screen->show({board, whatPlays(leds.driver().effect()) + "; Ctrl-C ends this view"},
+                         colours);
         } else if (colours != before) {
             printColours(session, ms, colours);
         }
         before = colours;
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
+}
+
+int showOnce(const Session& session) {
+    const LedReplay leds(session);
+    const int64_t ms = host::nowMs();
+    printColours(session, ms, leds.driver().shown(ms));
     return kDone;
 }
 
@@ -89,21 +107,29 @@ int watch(const Session& session) {
 Run declareLeds(CLI::App& app) {
     const auto effect = std::make_shared<std::string>();
     const auto gif = std::make_shared<std::string>();
+    const auto once = std::make_shared<bool>(false);
     CLI::Option* option =
             app.add_option("--gif", *gif,
                            "draw the effect that is played into this file, as a moving\n"
-                           "GIF, instead of showing the LEDs until Ctrl-C")
+                           "GIF, instead of showing the LEDs until Ctrl-C or the\n"
+                           "board's end, which is exit code 2")
                     ->type_name("FILE");
     app.add_option("--effect", *effect,
                    "draw this one: a file of the device, such as\n"
-                   "/vendor/etc/leds/wave_fast.xml, or any other")
+                   "/vendor/etc/leds/wave_fast.xml, or any other, which needs\n"
+                   "no board")
             ->type_name("FILE")
             ->needs(option);
-    return [effect, gif](Session& session) -> int {
+    app.add_flag("--once", *once, "print the colours that they have now, a line")->excludes(option);
+    return [effect, gif, once](Session& session) -> int {
+        if (!gif->empty()) {
+            drawEffect(session, *effect, *gif);
+            return printDone(session);
+        }
         openBoard(session);
-        if (gif->empty()) return watch(session);
-        drawEffect(session, *effect, *gif);
-        return printDone(session);
+        if (*once) return showOnce(session);
+        watch(session);
+        return kDone;
     };
 }
 

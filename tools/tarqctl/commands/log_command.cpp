@@ -37,7 +37,9 @@ static void print(const Session& session, const std::string& line) {
 
 Run declareLog(CLI::App& app) {
     const auto following = std::make_shared<bool>(false);
-    app.add_flag("-f", *following, "go on with what is added, until Ctrl-C");
+    app.add_flag("-f", *following,
+                 "go on with what is added, until Ctrl-C or the board's end,\n"
+                 "which is exit code 2");
     return [following](Session& session) -> int {
         openBoard(session);
         const std::string path = session.board.log();
@@ -45,7 +47,7 @@ Run declareLog(CLI::App& app) {
         if (const int error = printFile(session, path, *following, take)) {
             throw session.failure("no_log", path + ": " + strerror(error), howToStart(error));
         }
-        return kDone;
+        return printed(session, *following);
     };
 }
 

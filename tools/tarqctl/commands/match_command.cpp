@@ -2,7 +2,9 @@
 // are in the log that it wrote meanwhile, on whichever thread, beside the requests of others. Ours
 // is one with our items that came out as ours did.
 #include <com/tarq/hardwareInfo/IHardwareInfoService.h>
+#include <errno.h>
 #include <string.h>
+#include <sys/statvfs.h>
 
 #include <CLI/App.hpp>
 #include <algorithm>
@@ -12,8 +14,10 @@
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/commands.h"
+#include "tools/tarqctl/match/asked_hardware.h"
 #include "tools/tarqctl/match/explanation.h"
 #include "tools/tarqctl/match/log.h"
+#include "tools/tarqctl/match/package_list.h"
 #include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
@@ -34,26 +38,13 @@ struct Answer {
     bool fits = false;
     bool isExplained = false;
     Explanation explanation;
+    SilentProbes silent;
 };
 
-// One item a line. A file may come from another system: the end of a line may have a CR.
-Items itemsIn(const Session& session, const std::string& file) {
-    Items items;
-    int number = 0;
-    readLines(session, file, [&](std::string line) {
-        ++number;
-        if (!line.empty() && line.back() == '\r') line.pop_back();
-        const bool isBlank = line.find_first_not_of(" \t") == std::string::npos;
-        if (isBlank || line[0] == '#') return;
-        std::string why = checkUtf8(line);
-        if (line.find('\0') != std::string::npos) why = "it has a NUL in it";
-        if (!why.empty()) {
-            throw session.failure("bad_item", file + ":" + std::to_string(number) + ": " + why,
-                                  "tarqctl match --help");
-        }
-        items.push_back(line);
-    });
-    return items;
+// A log that cannot be written is told by the room that is left: who writes it cannot say so there.
+bool isFull(const std::string& path) {
+    struct statvfs system = {};
+    return statvfs(path.c_str(), &system) == 0 && system.f_bavail == 0;
 }
 
 // Without reasons.
@@ -72,6 +63,25 @@ Explanation verdictAlone(const Daemon& daemon, const Items& items, const std::st
     return explanation;
 }
 
+// From what the daemon logged meanwhile, else without reasons.
+void explainAnswer(const Daemon& daemon, const std::string& path, host::GrowingFile& log,
+                   const Items& items, Answer* answer) {
+    MatchLog requests;
+    const int error = log.read([&requests](const std::string& line) { requests.add(line); });
+    std::string why = path + ": " + (error != 0 ? strerror(error) : "it has no such request");
+    for (const MatchRequest& request : requests.with(items)) {
+        answer->explanation = explain(request);
+        answer->silent = silentProbes(request);
+        answer->isExplained = request.outcome == (answer->fits ? Outcome::kYes : Outcome::kNo);
+        if (answer->isExplained) return;
+        if (answer->explanation.verdict == "unknown") why = answer->explanation.sentence;
+    }
+    if (error == 0 && isFull(path)) why = path + ": " + strerror(ENOSPC);
+    answer->explanation = verdictAlone(daemon, items, why);
+    answer->silent = {};  // any may be
+    if (!answer->fits) answer->silent = {{"tp", "lcd", "internal_camera"}, true};
+}
+
 // The call returns when all that it logs has been written.
 Answer ask(Session& session, const Items& items, const std::string& otaTime) {
     const Daemon daemon(session, "it asks the hardware, or the daemon is still starting, or hangs");
@@ -82,23 +92,30 @@ Answer ask(Session& session, const Items& items, const std::string& otaTime) {
     }
     const std::string path = session.board.log();
     host::GrowingFile log(path);
-    log.read([](const std::string&) {});
+    log.skip();
     Answer answer;
     std::vector<android::String16> list;
     for (const std::string& item : items) list.emplace_back(item.data(), item.size());
     daemon.expectOk(service->isMatchHardwareInfo(list, &answer.fits));
-    MatchLog requests;
-    const int error = log.read([&requests](const std::string& line) { requests.add(line); });
-    std::string why = path + ": " + (error != 0 ? strerror(error) : "it has no such request");
-    for (const MatchRequest& request : requests.with(items)) {
-        answer.explanation = explain(request);
-        answer.isExplained = request.outcome == (answer.fits ? Outcome::kYes : Outcome::kNo);
-        if (answer.isExplained) return answer;
-        if (answer.explanation.verdict == "unknown") why = answer.explanation.sentence;
-    }
-    answer.explanation = verdictAlone(daemon, items, why);
+    explainAnswer(daemon, path, log, items, &answer);
     answer.explanation.verdict = answer.fits ? "yes" : "no";
+    answer.explanation.service = answer.explanation.verdict;
     return answer;
+}
+
+// What is not part of the verdict. Without the items, which may be many. False when there is
+// something for which a strict reader refuses a yes.
+bool printNotes(const Session& session, const Answer& answer) {
+    const std::string prefix = "tarqctl: match: ";
+    bool isClean = answer.isExplained && answer.explanation.notCompared.empty();
+    for (const Doubt& doubt : answer.explanation.doubts) {
+        session.err << prefix + host::escaped(doubt.text) + "\n" << std::flush;
+        if (doubt.isMistake) isClean = false;
+    }
+    for (const std::string& text : answer.explanation.notCompared) {
+        session.err << prefix + "yes, but " + host::escaped(text) + "\n" << std::flush;
+    }
+    return isClean;
 }
 
 int match(Session& session, const Options& options) {
@@ -107,24 +124,27 @@ int match(Session& session, const Options& options) {
         throw session.failure("usage", "give the items of the package, or --file",
                               "tarqctl match --help");
     }
-    const Items items = hasFile ? itemsIn(session, options.file) : options.items;
-    const Answer answer = ask(session, items, options.otaTime);
-    const Explanation& explanation = answer.explanation;
+    const PackageList list =
+            hasFile ? readList(session, options.file) : PackageList{options.items, {}};
+    Answer answer = ask(session, list.items, options.otaTime);
+    Explanation& explanation = answer.explanation;
+    std::string hint;
+    const std::string why = whyNotAsked(session, answer.silent.parts, &hint);
+    if (!why.empty()) withhold(answer.silent, why, &explanation);
+    for (Doubt& doubt : explanation.doubts) {
+        if (doubt.item) doubt.text = list.placeOf(*doubt.item) + doubt.text;
+    }
     if (session.json) {
         printJson(session.out, asJson(explanation));
     } else {
         session.out << asText(explanation) << std::flush;
     }
-    // Without the items, which may be many.
-    const std::string prefix = "tarqctl: match: ";
-    for (const std::string& doubt : explanation.doubts) {
-        session.err << prefix + host::escaped(doubt) + "\n" << std::flush;
-    }
-    for (const std::string& text : explanation.notCompared) {
-        session.err << prefix + "yes, but " + host::escaped(text) + "\n" << std::flush;
-    }
-    const bool compared = answer.isExplained && explanation.notCompared.empty();
-    return answer.fits && (compared || !options.strict) ? kDone : kServiceSaidNo;
+    const bool isClean = printNotes(session, answer);
+    if (!why.empty()) session.err << "hint: " + hint + "\n" << std::flush;
+    if (explanation.verdict == "unknown") return kCouldNotAsk;
+    if (!answer.fits || isClean || !options.strict) return answer.fits ? kDone : kServiceSaidNo;
+    session.err << "tarqctl: match: --strict takes no such yes\n" << std::flush;
+    return kServiceSaidNo;
 }
 
 }  // namespace
@@ -150,7 +170,10 @@ Run declareMatch(CLI::App& app) {
                 int64_t ignored = 0;
                 return parseOtaTime(text, &ignored);
             });
-    app.add_flag("--strict", options->strict, "exit 1 for a yes without a comparison, too");
+    app.add_flag("--strict", options->strict,
+                 "exit 1 also for a yes of which anything was not compared, the overlay\n"
+                 "too, or whose list has unknown or doubled names or items over their\n"
+                 "limit");
     return [options](Session& session) { return match(session, *options); };
 }
 

@@ -18,13 +18,18 @@ static int send(Session& session, int64_t timestamp) {
         const Daemon daemon(session, "the daemon is still starting, or hangs");
         daemon.expectOk(daemon.service<IHardwareInfoService>()->setOtaTimestamp(timestamp));
     }
+    if (timestamp == 0) {
+        session.notice("0 is no time to the daemon: no package passes by its time any more");
+    }
     return printDone(session);
 }
 
 Run declareOtaTime(CLI::App& app) {
     const auto text = std::make_shared<std::string>();
     int64_t ignored = 0;
-    app.add_option("N", *text, "in the unit of the board's timestamp file; 0 lets no package pass")
+    app.add_option("N", *text,
+                   "in the unit of the board's timestamp file. With 0 no package\n"
+                   "passes by its time; the other ways to pass stay")
             ->required()
             ->check([ignored](const std::string& n) mutable { return parseOtaTime(n, &ignored); });
     return [text](Session& session) {

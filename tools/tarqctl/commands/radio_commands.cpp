@@ -38,6 +38,15 @@ std::string asText(const StoredFrequency& frequency) {
     return number + " (what the daemon makes of \"" + host::escaped(frequency.text) + "\")";
 }
 
+std::string meaningOfStatus(int32_t status) {
+    const std::string number = "chip status " + std::to_string(status);
+    if (status == kChipNotReady) {
+        return number + ": the receiver is being started or tuned, or says so itself";
+    }
+    if (status != kChipAbsent) return number;
+    return number + ", with which a virtual board says that no receiver answers";
+}
+
 namespace {
 
 // Makes one call of the service.
@@ -52,12 +61,8 @@ Run declareStatus(CLI::App& /*app*/) {
         ask(session, [&](IRadioKeyService& radio) { return radio.getChipStatus(&status); });
         const bool isReady = status != kChipNotReady;
         printResult(session, {{"ready", isReady}, {"chip_status", status}},
-                    isReady ? "ready, chip status " + std::to_string(status)
-                            : "not ready: the receiver is being started or set to another "
-                              "frequency");
-        if (status == kChipAbsent) {
-            session.notice("on a virtual board chip status 0 says that no receiver answers");
-        }
+                    painted(session, isReady ? "ready" : "not ready", isReady) + ", " +
+                            meaningOfStatus(status));
         return isReady ? kDone : kServiceSaidNo;
     };
 }
@@ -84,11 +89,17 @@ Run declareFrequency(CLI::App& app) {
                       "decimal, in the receiver's own unit; it is kept for later starts too.\n"
                       "Left out: print what is kept, which needs no daemon",
                       host::parseInt32, number.get());
-    return [number, given](Session& session) {
+    return [number, given](Session& session) -> int {
         if (given->count() == 0) return printStored(session);
         ask(session, [&](IRadioKeyService& radio) { return radio.setRadiokeyFrequency(*number); });
-        return printResult(session, {{"frequency", *number}},
-                           std::to_string(*number) + ", also after restarts");
+        printResult(session, {{"frequency", *number}},
+                    std::to_string(*number) + ", also after restarts");
+        if (*number <= 0) {
+            session.notice(
+                    "the number was handed to the receiver as it is; nobody tells whether it "
+                    "can be tuned to that");
+        }
+        return kDone;
     };
 }
 
@@ -101,9 +112,10 @@ const std::vector<Command>& radioCommands() {
             {kSubcommands, "rssi", "Prints the signal strength.", "tarqctl radio rssi",
              declareRssi},
             {kSubcommands, "frequency",
-             "Tunes the receiver, or prints what it is tuned to at a start.",
+             "Tunes the receiver, or prints to what it will be tuned at a start.",
              "tarqctl radio frequency 433", declareFrequency},
-            {kSubcommands, "watch", "Prints every key that is received, until Ctrl-C.",
+            {kSubcommands, "watch",
+             "Prints every key that is received, until Ctrl-C or the daemon's or board's end.",
              "tarqctl radio watch", declareRadioWatch},
     };
     return table;

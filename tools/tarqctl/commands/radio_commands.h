@@ -15,13 +15,15 @@ Run declareRadioWatch(CLI::App& app);
 // The service, or a Failure that tells why there is none.
 android::sp<com::tarq::radiokey::IRadioKeyService> radioOf(const Daemon& daemon);
 
-constexpr char kRadioIsSlow[] =
-        "the receiver is slow, or the daemon is still starting, or hangs or is stopped";
+constexpr char kRadioIsSlow[] = "the receiver is slow, or the daemon is still starting, or hangs";
 
 // What the service answers while the receiver is being started or set to another frequency. Every
 // other number is the receiver's own; 0 is the one of a virtual board without a receiver.
 constexpr int32_t kChipNotReady = -1;
 constexpr int32_t kChipAbsent = 0;
+// "chip status 0, with which a virtual board says that no receiver answers". What is not known of a
+// number is not said.
+std::string meaningOfStatus(int32_t status);
 
 // What a start of the daemon makes of the stored text.
 struct StoredFrequency {

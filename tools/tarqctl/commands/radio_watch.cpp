@@ -1,7 +1,7 @@
-// radio watch: every key that is received, and why there may be none. Keys, the daemon's end and
-// Ctrl-C come on threads of their own and meet in one Watch; the main thread looks at it every
-// second, and after three seconds of silence asks the service which link of the chain is the silent
-// one.
+// radio watch: every key that is received, and why there may be none. Keys, the daemon's end, the
+// end of the time and Ctrl-C come on threads of their own and meet in one Watch; the main thread
+// looks at it every second, whether the board still runs as well, and after three seconds of
+// silence asks the service which link of the chain is the silent one.
 #include <binder/ProcessState.h>
 #include <com/tarq/radiokey/BnRadioKeyCallback.h>
 #include <errno.h>
@@ -12,6 +12,8 @@
 #include <optional>
 #include <ostream>
 
+#include "host/run/lock.h"
+#include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/interrupt.h"
 #include "tools/tarqctl/commands/radio_commands.h"
 #include "tools/tarqctl/print_json.h"
@@ -36,7 +38,7 @@ constexpr std::chrono::seconds kBetweenLooks{1};
 // registration cannot be withdrawn: what comes after the end is passed over.
 class Watch {
   public:
-    enum class End { kNone, kEnough, kDaemonEnded };
+    enum class End { kNone, kEnough, kTimeIsUp, kDaemonEnded, kBoardEnded };
 
     Watch(const Session& session, int32_t limit) : mSession(session), mLimit(limit) {}
 
@@ -68,11 +70,13 @@ class Watch {
         if (mEvents == mLimit || !mSession.out.good()) end(End::kEnough);
     }
 
-    // The first call counts.
-    void end(End how) {
+    // The first call counts; true for that one.
+    bool end(End how) {
         const std::lock_guard<std::mutex> lock(mLock);
-        if (mEnd == End::kNone) mEnd = how;
+        const bool isFirst = mEnd == End::kNone;
+        if (isFirst) mEnd = how;
         mChanged.notify_one();
+        return isFirst;
     }
 
     // A while long, at most.
@@ -83,15 +87,16 @@ class Watch {
     }
 
     bool hasEvents() const { return mEvents > 0; }
+    bool lacksEvents() const { return mEvents < mLimit; }
     // Whether nothing has come for a while.
     bool isSilent() {
         const std::lock_guard<std::mutex> lock(mLock);
         return steady_clock::now() - mLastEvent >= kSilence;
     }
 
-    void sayCount() const {
+    void sayCount(const std::string& more = "") const {
         const int64_t events = mEvents;
-        mSession.notice(std::to_string(events) + (events == 1 ? " event" : " events"));
+        mSession.notice(std::to_string(events) + (events == 1 ? " event" : " events") + more);
     }
 
   private:
@@ -145,12 +150,8 @@ sp<IRadioKeyService> registerWatch(Session& session, const std::shared_ptr<Watch
 
 // Which link of the chain is the silent one, by the chip's status.
 std::string silentLink(int32_t status) {
-    const std::string number = " (chip status " + std::to_string(status) + ")";
-    if (status == kChipNotReady) {
-        return "the receiver is being started or set to another frequency" + number;
-    }
-    if (status == kChipAbsent) return "no receiver answers" + number;
-    return "the receiver is ready" + number + ", no key has come";
+    if (status == kChipNotReady || status == kChipAbsent) return meaningOfStatus(status);
+    return "the receiver is ready (" + meaningOfStatus(status) + "), no key has come";
 }
 
 // Nothing where the daemon has ended, which is told otherwise.
@@ -174,9 +175,43 @@ void explainSilence(const Session& session, IRadioKeyService& radio, Watch& watc
     *told = link;
 }
 
-int watchKeys(Session& session, int32_t limit) {
-    const auto watch = std::make_shared<Watch>(session, limit);
-    // _exit: another thread may be in the middle of a call, or of a line that nobody takes.
+// Where there is neither, it goes on until Ctrl-C.
+struct Limits {
+    int32_t keys = 0;
+    double seconds = 0;
+};
+
+// _exit: another thread may be in the middle of a call, or of a line that nobody takes.
+void endInTime(const Watch& watch, const Limits& limits) {
+    const bool isShort = watch.lacksEvents();
+    watch.sayCount(" in " + seconds(std::chrono::duration<double>(limits.seconds)) +
+                   (isShort ? ", " + std::to_string(limits.keys) + " were to come" : ""));
+    _exit(isShort ? kServiceSaidNo : kDone);
+}
+
+Watch::End waitForEnd(const Session& session, IRadioKeyService& radio, Watch& watch) {
+    std::string told;
+    for (;;) {
+        if (const Watch::End end = watch.waitForEnd(); end != Watch::End::kNone) return end;
+        if (!host::isRunning(session.board)) {
+            watch.end(Watch::End::kBoardEnded);
+        } else {
+            explainSilence(session, radio, watch, &told);
+        }
+    }
+}
+
+[[noreturn]] void failWith(const Session& session, Watch::End end) {
+    if (end == Watch::End::kBoardEnded) {
+        throw session.failure("no_board", "the board ended", howToStart(0));
+    }
+    Failure failure = notListening(session, ECONNREFUSED);
+    failure.why = "the daemon ended";
+    throw failure;
+}
+
+int watchKeys(Session& session, const Limits& limits) {
+    const auto watch = std::make_shared<Watch>(session, limits.keys);
     const Interrupt interrupt([watch] {
         watch->sayCount();
         _exit(kDone);
@@ -186,27 +221,32 @@ int watchKeys(Session& session, int32_t limit) {
     watch->start([&] {
         int32_t status = 0;
         radio = registerWatch(session, watch, daemonEnd, &status);
-        session.notice("registered; frequency " + asText(storedFrequency()) + ", chip status " +
-                       std::to_string(status));
+        session.notice("registered; " + meaningOfStatus(status) +
+                       "; frequency at a start: " + asText(storedFrequency()));
     });
-    std::string told;
-    Watch::End end = Watch::End::kNone;
-    while ((end = watch->waitForEnd()) == Watch::End::kNone) {
-        explainSilence(session, *radio, *watch, &told);
+    std::optional<Timer> time;
+    if (limits.seconds > 0) {
+        time.emplace(std::chrono::duration<double>(limits.seconds), [watch, limits] {
+            if (watch->end(Watch::End::kTimeIsUp)) endInTime(*watch, limits);
+        });
     }
+    const Watch::End end = waitForEnd(session, *radio, *watch);
+    time.reset();  // does not return where the time was up first
     watch->sayCount();
     if (end == Watch::End::kEnough) return kDone;
-    Failure failure = notListening(session, ECONNREFUSED);
-    failure.why = "the daemon ended";
-    throw failure;
+    failWith(session, end);
 }
 
 }  // namespace
 
 Run declareRadioWatch(CLI::App& app) {
-    const auto limit = std::make_shared<int32_t>(0);
-    addNumber(app, "-n", "end after N keys", parseCount, limit.get())->type_name("N");
-    return [limit](Session& session) { return watchKeys(session, *limit); };
+    const auto limits = std::make_shared<Limits>();
+    addNumber(app, "-n", "end after N keys", parseCount, &limits->keys)->type_name("N");
+    addSeconds(app, "--for",
+               "end after so many seconds; with -n, exit code 1 when fewer keys\n"
+               "have come by then",
+               &limits->seconds);
+    return [limits](Session& session) { return watchKeys(session, *limits); };
 }
 
 }  // namespace tarq::tools

@@ -27,7 +27,9 @@ void print(const std::vector<FoundService>& services, const Session& session) {
         Json entry = {{"name", service.name}, {"present", service.present}};
         if (!service.present) entry["reason"] = service.reason;
         list.push_back(entry);
-        text += service.name + (service.present ? " present" : " absent: " + service.reason) + "\n";
+        text += service.name + " " +
+                painted(session, service.present ? "present" : "absent", service.present) +
+                (service.present ? "" : ": " + service.reason) + "\n";
     }
     if (session.json) {
         printJson(session.out, {{"services", list}});
@@ -37,7 +39,7 @@ void print(const std::vector<FoundService>& services, const Session& session) {
 }
 
 std::vector<FoundService> ask(Session& session, const std::string& name) {
-    const Daemon daemon(session, "the daemon hangs or is stopped");
+    const Daemon daemon(session, "the daemon hangs");
     return name.empty() ? findKnownServices() : find(name);
 }
 

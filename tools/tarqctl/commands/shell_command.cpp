@@ -28,9 +28,10 @@ constexpr uid_t kSystemUid = 1000;
 
 constexpr char kWords[] =
         "all words that follow, options too, joined by a space. The command\n"
-        "sees the host's real files. At most 1023 bytes of its output come\n"
-        "back; when they do not end with a whole character, none. Only root\n"
-        "and system (uid 1000) may.";
+        "sees the host's real files. At most 1023 bytes of its standard\n"
+        "output come back; when they do not end with a whole character, none.\n"
+        "Its exit status and its standard error are lost: to see them, give\n"
+        "'(CMDLINE) 2>&1; echo $?'. Only root and system (uid 1000) may.";
 
 // The daemon goes by the effective uid, and has one status for whatever keeps it from running a
 // command. A failure of another kind is left to the caller.
@@ -80,6 +81,11 @@ Run declareShell(CLI::App& app) {
         // Longer ones happen: a byte that is no UTF-8 may come back as two.
         if (output.size() >= kMaxOutput) {
             session.notice("no more than 1023 bytes of the output come back: it may be cut");
+        }
+        if (output.empty() && isatty(STDOUT_FILENO) == 1) {
+            session.notice(
+                    "no standard output came back; how the command ended is not told, and its "
+                    "standard error is lost");
         }
         if (session.json) {
             printJson(session.out, {{"output", output}});

@@ -15,6 +15,10 @@ struct Options {
     bool hasTimes = false;
 };
 
+static std::string refusalOf(const host::LedRecord& record) {
+    return record.whyRefused.empty() ? "" : " (refused: " + host::escaped(record.whyRefused) + ")";
+}
+
 static void print(const Session& session, bool hasTimes, const std::string& line) {
     host::LedLine parsed;
     if (session.json) {
@@ -22,15 +26,16 @@ static void print(const Session& session, bool hasTimes, const std::string& line
     } else if (host::parseLedLine(line, &parsed) && parsed.leds == 0) {
         const host::LedRecord& record = parsed.record;
         session.out << (hasTimes ? host::logTime(record.ms) + " " : "") + record.attribute + " " +
-                               host::escaped(record.text) +
-                               (record.isRefused ? " (refused)\n" : "\n")
+                               host::escaped(record.text) + refusalOf(record) + "\n"
                     << std::flush;
     }
 }
 
 Run declareTrace(CLI::App& app) {
     const auto options = std::make_shared<Options>();
-    app.add_flag("-f", options->follows, "go on with what is added, until Ctrl-C");
+    app.add_flag("-f", options->follows,
+                 "go on with what is added, until Ctrl-C or the board's end,\n"
+                 "which is exit code 2");
     app.add_flag("--times", options->hasTimes,
                  "with the times of the log; without, two runs of the same\n"
                  "can be compared");
@@ -38,7 +43,7 @@ Run declareTrace(CLI::App& app) {
         openBoard(session);
         printRecord(session, session.board.ledRecords(), "trace", options->follows,
                     [&](const std::string& line) { print(session, options->hasTimes, line); });
-        return kDone;
+        return printed(session, options->follows);
     };
 }
 

@@ -9,6 +9,7 @@
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/ask/known_services.h"
+#include "tools/tarqctl/ask/stopped.h"
 #include "tools/tarqctl/command_line.h"
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/print_json.h"
@@ -38,6 +39,9 @@ Failure notThereYet(const Session& session, Progress& progress) {
     std::string why = isComplete ? "not serving after " : "not registered after ";
     why += seconds(session.timeout);
     if (!isComplete) why += ": " + joined(progress.missing);
+    if (const std::optional<Stopped> stopped = findStopped(session.board)) {
+        return session.failure("timeout", why + ": " + stopped->why, stopped->hint);
+    }
     if (!check.empty()) why += ": " + check;
     return session.failure("timeout", why, session.next("services"));
 }

@@ -1,36 +1,22 @@
 // Warnings about a package's list: what the daemon takes without a word though it is probably not
 // meant. Names that the board does not know are held against those it does.
+#include <string.h>
+
 #include <algorithm>
 #include <map>
-#include <numeric>
-#include <utility>
 
 #include "hardware_info/text.h"
+#include "host/run/nearest.h"
 #include "tools/tarqctl/match/explanation.h"
 
 namespace tarq::tools {
 
 namespace {
 
-// Letters to be changed, added or taken away.
-size_t distance(const std::string& a, const std::string& b) {
-    std::vector<size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), size_t{0});
-    for (size_t i = 0; i < a.size(); ++i) {
-        size_t diagonal = std::exchange(row[0], i + 1);
-        for (size_t j = 0; j < b.size(); ++j) {
-            const size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({changed, row[j] + 1, row[j + 1] + 1});
-        }
-    }
-    return row.back();
-}
-
 // A name that is part of the other is as near as can be: "camera" means one of the cameras.
 size_t apart(const std::string& name, const std::string& known) {
     const bool contained = name.size() > 1 && known.find(name) != std::string::npos;
-    return contained ? 0 : distance(name, known);
+    return contained ? 0 : host::distance(name, known);
 }
 
 std::string nearest(const std::string& name, const std::vector<std::string>& names) {
@@ -41,7 +27,7 @@ std::string nearest(const std::string& name, const std::vector<std::string>& nam
 }
 
 // A word of the board that is only part of a word of the package.
-void addInnerWords(const Item& part, const Item& item, std::vector<std::string>* doubts) {
+void addInnerWords(const Item& part, const Item& item, size_t index, std::vector<Doubt>* doubts) {
     const std::vector<std::string> words = tokensOf(item.value);
     for (const std::string& word : tokensOf(part.value)) {
         if (std::count(words.begin(), words.end(), word) > 0) continue;
@@ -49,47 +35,63 @@ void addInnerWords(const Item& part, const Item& item, std::vector<std::string>*
             return other.find(word) != std::string::npos;
         });
         if (inside == words.end()) continue;
-        doubts->push_back(part.name + ": the board's \"" + word + "\" is found only inside \"" +
-                          *inside + "\"");
+        doubts->push_back({part.name + ": the board's \"" + word + "\" is found only inside \"" +
+                                   *inside + "\"",
+                           index});
     }
 }
 
 // In what form an item is, whatever it is about.
-void addFlaws(const std::string& text, std::vector<std::string>* doubts) {
-    if (text.size() > kMaxItemLength) {
-        doubts->push_back(itemFrom(text).name.substr(0, kMaxItemLength) +
-                          ": the item is longer than " + std::to_string(kMaxItemLength) +
-                          " bytes and is not compared");
+void addFlaws(const std::string& text, size_t index, std::vector<Doubt>* doubts) {
+    const Item item = itemFrom(text);
+    const bool isOverlay = item.name == kOverlayId;
+    if (isOverlay ? item.value.size() > kMaxOverlayValueLength : text.size() > kMaxItemLength) {
+        const std::string limit =
+                isOverlay ? "its value is longer than " + std::to_string(kMaxOverlayValueLength)
+                          : "the item is longer than " + std::to_string(kMaxItemLength);
+        doubts->push_back(
+                {item.name.substr(0, kMaxItemLength) + ": " + limit + " bytes and is not compared",
+                 index, true});
     }
     if (text.find(':') == std::string::npos) {
-        doubts->push_back("\"" + text.substr(0, kMaxItemLength) +
-                          "\" has no colon, so it is a name without a value");
+        doubts->push_back({"\"" + text.substr(0, kMaxItemLength) +
+                                   "\" has no colon, so it is a name without a value",
+                           index});
     }
+}
+
+// A mark cannot be seen, so it is told apart from the name.
+std::string unknownName(const std::string& name, const std::vector<std::string>& names) {
+    const bool hasMark = name.rfind(kByteOrderMark, 0) == 0;
+    const std::string seen = hasMark ? name.substr(strlen(kByteOrderMark)) : name;
+    const std::string quoted = "\"" + seen.substr(0, kMaxItemLength) + "\"";
+    if (hasMark) return "a byte order mark in front of " + quoted + " makes it another name";
+    return "there is no part " + quoted + ", the nearest name is \"" + nearest(name, names) + "\"";
 }
 
 }  // namespace
 
-std::vector<std::string> doubtsAbout(const std::vector<std::string>& items,
-                                     const std::vector<Item>& board) {
-    std::vector<std::string> doubts;
+std::vector<Doubt> doubtsAbout(const std::vector<std::string>& items,
+                               const std::vector<Item>& board) {
+    std::vector<Doubt> doubts;
     std::vector<std::string> names = {kOverlayId};
     for (const Item& part : board) names.push_back(part.name);
     std::map<std::string, int> seen;
-    for (const std::string& text : items) {
-        const Item item = itemFrom(text);
-        addFlaws(text, &doubts);
+    for (size_t i = 0; i < items.size(); ++i) {
+        const Item item = itemFrom(items[i]);
+        addFlaws(items[i], i, &doubts);
         if (++seen[item.name] == 2) {
-            doubts.push_back(item.name + " is named more than once, " +
-                             (item.name == kOverlayId ? "and each has to list the board's"
-                                                      : "the last one counts"));
+            doubts.push_back({item.name + " is named more than once, " +
+                                      (item.name == kOverlayId ? "and each has to list the board's"
+                                                               : "the last one counts"),
+                              i, true});
         }
         const auto part = std::find_if(board.begin(), board.end(),
                                        [&item](const Item& p) { return p.name == item.name; });
         if (part != board.end()) {
-            if (part->value != "null") addInnerWords(*part, item, &doubts);
+            if (part->value != "null") addInnerWords(*part, item, i, &doubts);
         } else if (!board.empty() && item.name != kOverlayId) {
-            doubts.push_back("there is no part \"" + item.name.substr(0, kMaxItemLength) +
-                             "\", the nearest name is \"" + nearest(item.name, names) + "\"");
+            doubts.push_back({unknownName(item.name, names), i, true});
         }
     }
     return doubts;

@@ -64,12 +64,28 @@ std::string partsClause(const MatchRequest& request) {
     return std::to_string(unfit) + " of " + parts + (unfit > 1 ? " do" : " does") + " not fit";
 }
 
+// Whether a list says nothing of the overlay id that the board has.
+bool lacksOverlay(const MatchRequest& request) {
+    return request.overlayId != "-1" && findingOf(request, kOverlayId) == nullptr;
+}
+
 std::string sentenceFor(const MatchRequest& request) {
     if (!request.skippedBecause.empty()) {
         return "nothing was compared: " + request.skippedBecause;
     }
     if (request.outcome == Outcome::kCutOff) {
         return "the request was cut off at the end of the log";
+    }
+    if (request.outcome == Outcome::kBegunBefore) {
+        return "the request began before the log does, or its first line is missing";
+    }
+    if (request.outcome == Outcome::kPruned) {
+        return "the device has dropped " + request.dropped +
+               " before the end of the request was seen (chatty)";
+    }
+    if (request.outcome == Outcome::kMixed) {
+        return "lines are missing, or another request got in between, which only a log with thread "
+               "ids can tell apart (logcat -v threadtime)";
     }
     if (request.outcome == Outcome::kBroken) {
         return "lines of the request are missing, or are not what this tool knows";
@@ -81,7 +97,9 @@ std::string sentenceFor(const MatchRequest& request) {
         return "the package is not for overlay id " + request.overlayId +
                ", which ends the check at once";
     }
+    const bool isOpen = request.outcome == Outcome::kYes && lacksOverlay(request);
     return partsClause(request) + wordsFor(request.fallback).clause +
+           (isOpen ? "; the overlay was not compared" : "") +
            (request.disturbed ? "; another request at the same time got in between, ask again"
                               : "");
 }
@@ -93,6 +111,9 @@ std::vector<std::string> notCompared(const MatchRequest& request) {
     const ItemFinding* overlay = findingOf(request, kOverlayId);
     if (overlay != nullptr && !overlay->overlayFits) {
         texts.emplace_back("overlay ids were not compared: the board has none");
+    } else if (lacksOverlay(request)) {
+        texts.push_back("the overlay was not compared: no item is " + std::string(kOverlayId) +
+                        ", the board's is " + request.overlayId);
     }
     if (partCount(request) == 0) {
         texts.emplace_back("no part was compared: the board lists none");
@@ -128,12 +149,32 @@ Explanation explain(const MatchRequest& request) {
     for (const ItemFinding& finding : request.items) items.push_back(finding.text);
     explanation.doubts = doubtsAbout(items, request.board);
     if (haveDifferentUnits(fallback)) {
-        explanation.doubts.push_back("the package's time " + std::to_string(fallback.packageTime) +
-                                     " and the timestamp file's " +
-                                     std::to_string(fallback.earliestTime) +
-                                     " seem to have different units, such as s and ms");
+        explanation.doubts.push_back({"the package's time " + std::to_string(fallback.packageTime) +
+                                      " and the timestamp file's " +
+                                      std::to_string(fallback.earliestTime) +
+                                      " seem to have different units, such as s and ms"});
     }
     return explanation;
+}
+
+void withhold(const SilentProbes& silent, const std::string& why, Explanation* explanation) {
+    std::string names;
+    for (const std::string& part : silent.parts) names += (names.empty() ? "" : ", ") + part;
+    const std::string cause = "could not ask what is fitted as " + names + ": " + why;
+    if (silent.decide) {
+        const std::string& service = explanation->service.value_or("");
+        explanation->sentence =
+                cause + "; the service says " + service + ": " + explanation->sentence;
+        explanation->verdict = "unknown";
+    } else {
+        explanation->sentence += "; " + cause + ", so that counts as no";
+    }
+    for (ExplainedRow& row : explanation->rows) {
+        const bool isSilent = std::count(silent.parts.begin(), silent.parts.end(), row.name) > 0;
+        if (!isSilent || row.verdict != Verdict::kMisfit) continue;
+        row.verdict = Verdict::kUnknown;
+        row.better.clear();
+    }
 }
 
 }  // namespace tarq::tools

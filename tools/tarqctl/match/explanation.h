@@ -10,7 +10,7 @@
 
 namespace tarq::tools {
 
-enum class Verdict { kFits, kMisfit, kIgnored, kNotExamined };
+enum class Verdict { kFits, kMisfit, kIgnored, kNotExamined, kUnknown };
 
 // One part, overlay id or other item.
 struct ExplainedRow {
@@ -22,14 +22,25 @@ struct ExplainedRow {
     std::vector<std::string> better = {};  // items of which each would fit
 };
 
+// U+FEFF in UTF-8: editors and shells of other systems begin files with it.
+constexpr char kByteOrderMark[] = "\xef\xbb\xbf";
+
+// What is probably not meant.
+struct Doubt {
+    std::string text;
+    std::optional<size_t> item = {};  // which one of the list it is about
+    bool isMistake = false;           // hardly ever meant: a strict reader refuses the list for it
+};
+
 struct Explanation {
-    std::string verdict;   // yes, no or unknown
-    std::string sentence;  // what led to it
+    std::string verdict;                 // yes, no or unknown
+    std::optional<std::string> service;  // yes or no, as the service said it, if it was asked
+    std::string sentence;                // what led to it
     std::vector<ExplainedRow> rows;
     std::string fallback;                  // empty when it was not asked
     std::optional<int64_t> requiredTime;   // of a package that would pass by it, at least
     std::vector<std::string> notCompared;  // what a yes does not rest on, though one might think so
-    std::vector<std::string> doubts;       // what is probably not meant
+    std::vector<Doubt> doubts;
 };
 
 Explanation explain(const MatchRequest& request);
@@ -37,9 +48,12 @@ Explanation explain(const MatchRequest& request);
 // The overlay ids, the board's parts in its order, then what else the package names.
 std::vector<ExplainedRow> explainedRows(const MatchRequest& request);
 
-// What is probably not meant, from the list and the board's parts alone.
-std::vector<std::string> doubtsAbout(const std::vector<std::string>& items,
-                                     const std::vector<Item>& board);
+// From the list and the board's parts alone.
+std::vector<Doubt> doubtsAbout(const std::vector<std::string>& items,
+                               const std::vector<Item>& board);
+
+// Takes back what rests on silent probes whose hardware could not be asked: why.
+void withhold(const SilentProbes& silent, const std::string& why, Explanation* explanation);
 
 // For people: the verdict, the table, and what would make it fit.
 std::string asText(const Explanation& explanation);

@@ -252,6 +252,40 @@ const ItemFinding* findingOf(const MatchRequest& request, const std::string& nam
     return last == request.items.rend() ? nullptr : &*last;
 }
 
+// The kind of part that a section of the timestamp file names, and the hardware did not tell.
+static std::string silentSection(const FallbackFinding& fallback) {
+    if (!fallback.end || fallback.end->fact != Fact::kTimestampFileWrong) return "";
+    for (const auto& [section, part] :
+         {std::pair("TP ", "tp"), {"LCD ", "lcd"}, {"INTERNAL_CAMERA ", "internal_camera"}}) {
+        const bool isIt = !fallback.end->arguments.empty() &&
+                          fallback.end->arguments[0].rfind(section, 0) == 0;
+        if (isIt) return part;
+    }
+    return "";
+}
+
+// A no takes a part that does not fit and a fallback that refuses; a yes may come of a fallback
+// that asks which camera there is, of which the log does not tell whether it answered.
+SilentProbes silentProbes(const MatchRequest& request) {
+    SilentProbes silent;
+    if (!request.itemsDone) return silent;
+    const FallbackFinding& fallback = request.fallback;
+    const std::vector<const Item*> unfit = misfits(request);
+    for (const Item* part : unfit) {
+        const ItemFinding* finding = findingOf(request, part->name);
+        const bool isSilent = finding != nullptr && finding->probe && !finding->probe->answered;
+        if (isSilent) silent.parts.push_back(part->name);
+    }
+    const bool passed = request.outcome == Outcome::kYes;
+    silent.decide = !passed && !unfit.empty() && silent.parts.size() == unfit.size();
+    const std::string asked = passed && fallback.end ? "internal_camera" : silentSection(fallback);
+    if (!asked.empty()) {
+        silent.parts.push_back(asked);
+        silent.decide = true;
+    }
+    return silent;
+}
+
 std::vector<const Item*> misfits(const MatchRequest& request) {
     std::vector<const Item*> parts;
     for (const Item& part : request.board) {

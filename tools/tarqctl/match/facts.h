@@ -54,15 +54,19 @@ enum class Outcome {
     kYes,
     kNo,
     kCutOff,        // the thread's log ends in the middle
+    kBegunBefore,   // the thread's log begins in the middle
+    kPruned,        // the device has dropped lines in the middle
     kBroken,        // lines are missing, or contradict each other: nothing is known for certain
     kNotExplained,  // the list itself looks like a log
+    kMixed,         // one of the two, in a log that does not tell threads apart
 };
 
 struct MatchRequest {
-    std::string time;  // of its first line
+    std::string time;  // of its first line; this and the next two may not be told
     int pid = 0;
     int tid = 0;
     Outcome outcome = Outcome::kCutOff;
+    std::string dropped = {};         // "12 lines", for kPruned
     std::string skippedBecause = {};  // not empty: nothing was compared, nor even listed
     bool listIsKnown = false;         // from its sender: none of its items can be missing
     // The next three are empty unless both the list and the board were told whole.
@@ -88,6 +92,14 @@ const Item* partOf(const MatchRequest& request, const std::string& name);
 
 // What the last item of that name came to; null when there is none.
 const ItemFinding* findingOf(const MatchRequest& request, const std::string& name);
+
+// What was made of probes that told nothing. It is a guess unless the hardware was there to be
+// asked.
+struct SilentProbes {
+    std::vector<std::string> parts = {};
+    bool decide = false;  // without them the answer may be another one
+};
+SilentProbes silentProbes(const MatchRequest& request);
 
 // The parts that the board has, whatever the package names, which do not fit.
 std::vector<const Item*> misfits(const MatchRequest& request);

@@ -4,10 +4,11 @@
 // sender who asks.
 #include "tools/tarqctl/match/log.h"
 
+#include <string.h>
+
 #include <algorithm>
 
 #include "hardware_info/peripheral_table.h"
-#include "tools/tarqctl/ask/log_line.h"
 #include "tools/tarqctl/ask/log_pattern.h"
 
 namespace tarq::tools {
@@ -147,16 +148,70 @@ bool tellsOfBoardInList(const Line& line) {
     return item && item->fact == Fact::kBoardBegins;
 }
 
+// A line that only a request has, behind its beginning.
+bool isInsideRequest(const Line& line) {
+    return line.fact && line.fact->fact > Fact::kListFollows &&
+           line.fact->fact != Fact::kBoardBegins && line.fact->fact != Fact::kBoardsOverlayId &&
+           line.fact->fact != Fact::kBoardEnds &&
+           !(line.fact->fact >= Fact::kProbeFailed && line.fact->fact <= Fact::kPanelPassedOver);
+}
+
+// What the device says where it has dropped lines of a thread, in that thread's name: "uid=1000
+// expire 12 lines", or "identical 3 lines". Nothing for another text.
+std::string droppedBy(const LogLine& line) {
+    if (line.tag != "chatty") return "";
+    for (const char* verb : {" expire ", " identical "}) {
+        const size_t begin = line.text.rfind(verb);
+        if (begin != std::string::npos) return line.text.substr(begin + strlen(verb));
+    }
+    return "";
+}
+
+// A thread's log ends before a gap. What was read to the end is not proved, but for a no, which has
+// a last line of its own.
+void endAtGap(const std::string& dropped, MatchRequest* request) {
+    if (request->outcome != Outcome::kYes && request->outcome != Outcome::kCutOff) return;
+    if (!request->skippedBecause.empty()) return;
+    request->outcome = Outcome::kPruned;
+    request->dropped = dropped;
+}
+
+bool isMixedUp(const MatchRequest& request) {
+    return request.outcome == Outcome::kBroken || request.outcome == Outcome::kNotExplained ||
+           request.disturbed;
+}
+
+// Where threads are not told apart, what one request leaves over stands in the next one. So none
+// beside one that is not right is certain.
+void doubtMixed(std::map<size_t, MatchRequest>* requests) {
+    std::vector<MatchRequest*> inOrder;
+    for (auto& [number, request] : *requests) inOrder.push_back(&request);
+    std::vector<bool> mixedUp;
+    for (const MatchRequest* request : inOrder) mixedUp.push_back(isMixedUp(*request));
+    for (size_t i = 0; i < inOrder.size(); ++i) {
+        const bool isBeside =
+                (i > 0 && mixedUp[i - 1]) || (i + 1 < inOrder.size() && mixedUp[i + 1]);
+        if (!mixedUp[i] && !isBeside) continue;
+        MatchRequest mixed = unknown(Outcome::kMixed);
+        mixed.time = inOrder[i]->time;
+        *inOrder[i] = mixed;
+    }
+}
+
 }  // namespace
 
-bool MatchLog::add(const std::string& line) {
-    std::optional<LogLine> parsed = parseLogLine(line);
-    if (!parsed) return false;
+void MatchLog::add(const LogLine& line) {
     const size_t number = mLines++;
-    if (parsed->tag != kMatchLogTag) return true;
-    mThreads[{parsed->pid, parsed->tid}].push_back(
-            {number, parsed->time, parsed->text, factIn(parsed->text)});
-    return true;
+    const std::string dropped = droppedBy(line);
+    if (dropped.empty() && line.tag != kMatchLogTag) return;
+    std::vector<Stretch>& stretches = mThreads[{line.pid, line.tid}];
+    if (stretches.empty() || !dropped.empty()) stretches.push_back({dropped});
+    if (!dropped.empty()) return;
+    stretches.back().lines.push_back({number, line.time, line.text, factIn(line.text)});
+}
+
+void MatchLog::add(const std::string& line) {
+    if (const std::optional<LogLine> parsed = parseLogLine(line)) add(*parsed);
 }
 
 std::vector<MatchRequest> MatchLog::all() const {
@@ -172,25 +227,65 @@ std::vector<MatchRequest> MatchLog::with(const Texts& items) const {
     return compared.empty() ? requests : compared;
 }
 
-std::vector<MatchRequest> MatchLog::read(const Texts* items) const {
-    std::map<size_t, MatchRequest> requests;  // by the number of the first line
-    for (const auto& [thread, lines] : mThreads) {
-        const auto told = std::find_if(lines.rbegin(), lines.rend(), tellsOfBoardInList);
-        const auto doubtful = items != nullptr ? 0 : static_cast<size_t>(lines.rend() - told);
-        for (size_t i = 0; i < lines.size();) {
-            const size_t start = i;
-            const std::optional<Span> span = spanAt(lines, start, items);
-            i = span ? span->end : start + 1;
-            if (!span) continue;
-            MatchRequest& request = requests[lines[start].number];
-            request = start < doubtful ? unknown(Outcome::kNotExplained)
-                                       : readSpan(lines, *span, items);
-            request.time = lines[start].time;
-            std::tie(request.pid, request.tid) = thread;
+void MatchLog::readStretch(const Lines& lines, const Texts* items, bool isDoubtful,
+                           Requests* requests) {
+    const auto told = std::find_if(lines.rbegin(), lines.rend(), tellsOfBoardInList);
+    const auto doubtful = items != nullptr ? 0 : static_cast<size_t>(lines.rend() - told);
+    for (size_t i = 0; i < lines.size();) {
+        const size_t start = i;
+        const std::optional<Span> span = spanAt(lines, start, items);
+        i = span ? span->end : start + 1;
+        if (!span) continue;
+        MatchRequest& request = (*requests)[lines[start].number];
+        request = isDoubtful || start < doubtful ? unknown(Outcome::kNotExplained)
+                                                 : readSpan(lines, *span, items);
+        request.time = lines[start].time;
+    }
+}
+
+// What a thread tells of a request whose beginning is not there is one that nothing is known of,
+// unless it can be the rest of the one before.
+MatchLog::Requests MatchLog::readThread(const std::vector<Stretch>& stretches, const Texts* items) {
+    Requests all;
+    bool isOpen = false;
+    for (size_t i = 0; i < stretches.size(); ++i) {
+        const Lines& lines = stretches[i].lines;
+        const bool isDoubtful =
+                items == nullptr &&
+                std::any_of(stretches.begin() + static_cast<ptrdiff_t>(i) + 1, stretches.end(),
+                            [](const Stretch& later) {
+                                return std::any_of(later.lines.begin(), later.lines.end(),
+                                                   tellsOfBoardInList);
+                            });
+        Requests requests;
+        readStretch(lines, items, isDoubtful, &requests);
+        const size_t first = next(lines, 0, beginsRequest);
+        const size_t inside = next(lines, 0, isInsideRequest);
+        if (items == nullptr && !isOpen && inside < first) {
+            MatchRequest& request = requests[lines[inside].number];
+            request = unknown(Outcome::kBegunBefore);
+            request.time = lines[inside].time;
         }
+        if (!requests.empty()) {
+            MatchRequest& last = requests.rbegin()->second;
+            if (i + 1 < stretches.size()) endAtGap(stretches[i + 1].dropped, &last);
+            isOpen = last.outcome == Outcome::kPruned;
+        }
+        all.merge(requests);
+    }
+    return all;
+}
+
+std::vector<MatchRequest> MatchLog::read(const Texts* items) const {
+    Requests all;
+    for (const auto& [thread, stretches] : mThreads) {
+        Requests requests = readThread(stretches, items);
+        if (thread.second == 0) doubtMixed(&requests);
+        for (auto& [number, request] : requests) std::tie(request.pid, request.tid) = thread;
+        all.merge(requests);
     }
     std::vector<MatchRequest> inOrder;
-    for (auto& [number, request] : requests) inOrder.push_back(std::move(request));
+    for (auto& [number, request] : all) inOrder.push_back(std::move(request));
     return inOrder;
 }
 

@@ -4,15 +4,18 @@
 #include <map>
 #include <utility>
 
+#include "tools/tarqctl/ask/log_line.h"
 #include "tools/tarqctl/match/facts.h"
 
 namespace tarq::tools {
 
-// Takes the lines of a log, of any number of daemons and threads, from any place on.
+// Takes the lines of a log, of any number of daemons and threads, from any place on. Lines with
+// other tags are not kept.
 class MatchLog {
   public:
-    // False if the line is no threadtime line. Those with other tags are not kept.
-    bool add(const std::string& line);
+    void add(const LogLine& line);
+    // A line of the daemon's own log. Another one is passed over.
+    void add(const std::string& line);
 
     // In the order of their beginnings. Each echoed line is taken for an item: one with a newline
     // in it cannot be told from two.
@@ -31,10 +34,21 @@ class MatchLog {
     using Lines = std::vector<Line>;
 
   private:
+    // What a thread has logged without a gap that is known of.
+    struct Stretch {
+        std::string dropped = {};  // what is missing in front of it: "12 lines"
+        Lines lines = {};
+    };
+    using Requests = std::map<size_t, MatchRequest>;  // by the number of the first line
+
     std::vector<MatchRequest> read(const std::vector<std::string>* items) const;
+    static Requests readThread(const std::vector<Stretch>& stretches,
+                               const std::vector<std::string>* items);
+    static void readStretch(const Lines& lines, const std::vector<std::string>* items,
+                            bool isDoubtful, Requests* requests);
 
     size_t mLines = 0;
-    std::map<std::pair<int, int>, Lines> mThreads;  // by pid and tid
+    std::map<std::pair<int, int>, std::vector<Stretch>> mThreads;  // by pid and tid
 };
 
 }  // namespace tarq::tools

@@ -74,9 +74,14 @@ Texts betterItems(const Item& part, const ItemFinding* finding) {
     return better;
 }
 
+// Of what the daemon has not come to, or the log does not show.
+Verdict notSeen(const MatchRequest& request) {
+    return request.outcome == Outcome::kNo ? Verdict::kNotExamined : Verdict::kUnknown;
+}
+
 ExplainedRow overlayRow(const MatchRequest& request, const ItemFinding& finding) {
     const std::string& ids = finding.item.value;
-    ExplainedRow row = {kOverlayId, request.overlayId, ids, Verdict::kNotExamined, ""};
+    ExplainedRow row = {kOverlayId, request.overlayId, ids, notSeen(request), ""};
     if (request.overlayId == "-1") row.board.reset();
     if (!finding.examined) return row;
     if (!finding.overlayFits) {
@@ -98,8 +103,14 @@ ExplainedRow overlayRow(const MatchRequest& request, const ItemFinding& finding)
 
 // A part that the board has.
 ExplainedRow partRow(const MatchRequest& request, const Item& part, const ItemFinding* finding) {
-    ExplainedRow row = {part.name, part.value, {}, Verdict::kNotExamined, ""};
+    ExplainedRow row = {part.name, part.value, {}, notSeen(request), ""};
     if (finding != nullptr) row.package = finding->item.value;
+    // Of a request that was not seen whole, the line of that item may be missing.
+    if (finding == nullptr && row.verdict == Verdict::kUnknown &&
+        request.outcome != Outcome::kYes) {
+        row.reason = "no item of that name was seen";
+        return row;
+    }
     if (finding == nullptr ? !request.itemsDone : !finding->examined) return row;
     row.verdict = Verdict::kMisfit;
     if (finding == nullptr) {
@@ -115,9 +126,10 @@ ExplainedRow partRow(const MatchRequest& request, const Item& part, const ItemFi
     return row;
 }
 
-ExplainedRow ignoredRow(const ItemFinding& finding, const std::string& reason) {
+ExplainedRow ignoredRow(const MatchRequest& request, const ItemFinding& finding,
+                        const std::string& reason) {
     ExplainedRow row = {finding.item.name, {}, finding.item.value, Verdict::kIgnored, reason};
-    if (!finding.examined) row = {row.name, {}, row.package, Verdict::kNotExamined, ""};
+    if (!finding.examined) row = {row.name, {}, row.package, notSeen(request), ""};
     return row;
 }
 
@@ -134,14 +146,15 @@ std::vector<ExplainedRow> explainedRows(const MatchRequest& request) {
             rows.push_back(partRow(request, part, finding));
         } else if (finding != nullptr) {
             const bool isNeither = finding->item.value == "null";
-            rows.push_back(ignoredRow(
-                    *finding, isNeither ? "neither has one" : "the board lists no " + part.name));
+            rows.push_back(
+                    ignoredRow(request, *finding,
+                               isNeither ? "neither has one" : "the board lists no " + part.name));
         }
     }
     for (const ItemFinding& finding : request.items) {
         const std::string& name = finding.item.name;
         if (name == kOverlayId || partOf(request, name) != nullptr) continue;
-        rows.push_back(ignoredRow(finding, "there is no such part"));
+        rows.push_back(ignoredRow(request, finding, "there is no such part"));
     }
     return rows;
 }

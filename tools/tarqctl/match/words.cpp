@@ -14,7 +14,7 @@ namespace {
 using Cells = std::array<std::string, 4>;
 
 std::string wordFor(Verdict verdict) {
-    constexpr const char* words[] = {"fits", "does not fit", "ignored", "not examined"};
+    constexpr const char* words[] = {"fits", "does not fit", "ignored", "not examined", "unknown"};
     return words[static_cast<size_t>(verdict)];
 }
 
@@ -97,13 +97,16 @@ std::string asText(const Explanation& explanation) {
 Json asJson(const Explanation& explanation) {
     Json items = Json::array();
     for (const ExplainedRow& row : explanation.rows) items.push_back(asJson(row));
-    Json json = {{"verdict", explanation.verdict},
-                 {"sentence", explanation.sentence},
+    Json doubts = Json::array();
+    for (const Doubt& doubt : explanation.doubts) doubts.push_back(doubt.text);
+    Json json = {{"verdict", explanation.verdict}};
+    if (explanation.service) json["service"] = *explanation.service;
+    json.update({{"sentence", explanation.sentence},
                  {"items", items},
                  {"fallback", nullptr},
                  {"required_time", nullptr},
                  {"not_compared", explanation.notCompared},
-                 {"doubts", explanation.doubts}};
+                 {"doubts", doubts}});
     if (!explanation.fallback.empty()) json["fallback"] = explanation.fallback;
     if (explanation.requiredTime) json["required_time"] = *explanation.requiredTime;
     return json;

@@ -3,15 +3,14 @@
 #include "tools/tarqctl/view/draw_effect.h"
 
 #include <errno.h>
-#include <stdio.h>
 #include <string.h>
 
 #include <filesystem>
 #include <fstream>
-#include <memory>
 
-#include "common/device_file.h"
+#include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/view/effect_picture.h"
+#include "tools/tarqctl/view/effect_transfer.h"
 #include "tools/tarqctl/view/gif.h"
 #include "tools/tarqctl/view/leds.h"
 
@@ -19,66 +18,55 @@ namespace tarq::tools {
 
 static const char kHint[] = "tarqctl leds --help";
 
-static Failure refused(const Session& session, const std::string& why, const std::string& hint) {
-    return session.failure("not_loaded", why, hint, kServiceSaidNo);
-}
+struct Drawn {
+    board::LedEffect effect;
+    size_t leds;
+    std::string title;
+};
 
-std::vector<EffectItem> effectItems(const Session& session, const std::string& path,
-                                    const std::string& hint) {
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(fopen(deviceFile(path).c_str(), "re"), fclose);
-    if (file == nullptr) throw refused(session, path + ": " + strerror(errno), hint);
-    std::vector<EffectItem> items;
-    if (readEffect(file.get(), &items)) return items;
-    throw refused(session, path + ": it is no XML, the daemon would send nothing", hint);
-}
-
-bool isSent(const EffectItem& item) {
-    return item.kind == EffectItem::kParameter || item.kind == EffectItem::kStep;
-}
-
-std::string leftOutText(const EffectItem& item) {
-    return item.kind == EffectItem::kEmptyStep ? "a step without a text, its id is " + item.text
-                                               : item.text + " is missing";
-}
-
-static board::LedEffect effectOf(const Session& session, const std::string& path, size_t leds) {
-    board::LedDriver driver(leds);
-    driver.write("xml_effect_trans_state", "1", 0);
-    for (const EffectItem& item : effectItems(session, path, kHint)) {
-        const std::string place = path + ":" + std::to_string(item.line) + ": ";
-        const bool isStep = item.kind == EffectItem::kStep;
-        if (!isSent(item)) {
-            session.notice(place + "left out: " + leftOutText(item));
-        } else if (!driver.write(isStep ? "xml_effect_trans_data" : "xml_effect_trans_vals",
-                                 item.text, 0)) {
-            throw refused(session, place + "the driver refuses \"" + item.text + "\"", kHint);
-        }
+static Drawn effectOf(Session& session, const std::string& file) {
+    const std::optional<size_t> leds = findLeds(session, file);
+    const EffectTransfer transfer = transferEffect(session, file, leds.value_or(kMostLeds), kHint);
+    std::vector<std::string> refusals;
+    for (const EffectRecord& record : transfer.records) {
+        const std::string trouble = transfer.trouble(record);
+        if (!record.whyRefused.empty()) refusals.push_back(trouble);
+        if (record.attribute.empty()) session.notice(trouble);
     }
-    if (driver.write("xml_effect_trans_state", "0", 0)) return *driver.effect();
-    throw refused(session, path + ": the driver needs loop, interval and duration", kHint);
+    throwIfAny(session, refusals, kHint);
+    const std::string name = std::filesystem::path(file).filename();
+    Drawn drawn = {*transfer.effect, leds.value_or(1), name.substr(0, 40)};
+    if (leds) return drawn;
+    for (size_t led = 0; led < kMostLeds; ++led) {
+        if (drawn.effect.names(led)) drawn.leds = led + 1;
+    }
+    session.notice("no board tells how many LEDs there are; drawn are 0 to " +
+                   std::to_string(drawn.leds - 1) + ", as the file names no further ones");
+    return drawn;
 }
 
-static std::string gifOf(const board::LedEffect& effect, size_t leds, const std::string& title) {
-    const std::vector<EffectFrame> frames = framesOf(effect, leds);
-    const EffectPicture picture(frames, captionOf(effect, title));
-    Gif gif(picture.width(), picture.height(), picture.palette(), effect.loops());
+static Drawn whatPlays(Session& session) {
+    openBoard(session);
+    const LedReplay replay(session);
+    const board::LedEffect* effect = replay.driver().effect();
+    if (effect != nullptr) return {*effect, replay.leds(), "What runs"};
+    throw session.failure("no_effect", "no effect runs; --effect FILE draws one that does not",
+                          kHint);
+}
+
+static std::string gifOf(const Session& session, const Drawn& drawn) {
+    const std::vector<EffectFrame> frames = framesOf(drawn.effect, drawn.leds);
+    const std::vector<std::string> lacks = lacksOf(drawn.effect, frames);
+    const EffectPicture picture(frames, captionOf(drawn.effect, drawn.title, lacks));
+    for (const std::string& lack : lacks) session.notice(lack);
+    Gif gif(picture.width(), picture.height(), picture.palette(), drawn.effect.loops());
     for (const EffectFrame& frame : frames) gif.add(picture.draw(frame.colours), frame.time);
     return gif.finish();
 }
 
-void drawEffect(const Session& session, const std::string& effectFile, const std::string& gifFile) {
-    const LedReplay replay(session);
-    std::string bytes;
-    if (!effectFile.empty()) {
-        const std::string name = std::filesystem::path(effectFile).filename();
-        bytes = gifOf(effectOf(session, effectFile, replay.leds()), replay.leds(),
-                      name.substr(0, 40));
-    } else if (const board::LedEffect* effect = replay.driver().effect(); effect != nullptr) {
-        bytes = gifOf(*effect, replay.leds(), "What runs");
-    } else {
-        throw session.failure("no_effect", "no effect runs; --effect FILE draws one that does not",
-                              kHint);
-    }
+void drawEffect(Session& session, const std::string& effectFile, const std::string& gifFile) {
+    const Drawn drawn = effectFile.empty() ? whatPlays(session) : effectOf(session, effectFile);
+    const std::string bytes = gifOf(session, drawn);
     std::ofstream out(gifFile, std::ios::binary);
     out << bytes;
     if (out.flush()) return;

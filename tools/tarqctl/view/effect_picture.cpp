@@ -3,8 +3,6 @@
 // for the whole GIF, with shades from the background to each colour of an LED).
 #include "tools/tarqctl/view/effect_picture.h"
 
-#include <stdio.h>
-
 #include <algorithm>
 #include <cmath>
 #include <complex>
@@ -20,6 +18,7 @@ using Colours = std::vector<uint32_t>;
 
 static constexpr int64_t kShortest = 20;     // of a frame, in ms
 static constexpr int64_t kLongest = 60'000;  // of all
+static constexpr size_t kMostColours = 63;   // with four shades each, and those that stand
 
 static Colours coloursAt(const board::LedEffect& effect, size_t leds, int64_t ms) {
     Colours colours(leds);
@@ -44,7 +43,29 @@ std::vector<EffectFrame> framesOf(const board::LedEffect& effect, size_t leds) {
 
 // ---- words ----
 
-std::vector<std::string> captionOf(const board::LedEffect& effect, const std::string& title) {
+static std::set<uint32_t> coloursOf(const std::vector<EffectFrame>& frames) {
+    std::set<uint32_t> all;
+    for (const EffectFrame& frame : frames) all.insert(frame.colours.begin(), frame.colours.end());
+    return all;
+}
+
+std::vector<std::string> lacksOf(const board::LedEffect& effect,
+                                 const std::vector<EffectFrame>& frames) {
+    std::vector<std::string> lacks;
+    if (effect.duration() > kLongest) lacks.emplace_back("The first minute of it is shown.");
+    if (effect.shortestStep() < kShortest) {
+        lacks.emplace_back("Not all is shown: it has steps shorter than 20 ms.");
+    }
+    const size_t colours = coloursOf(frames).size();
+    if (colours > kMostColours) {
+        lacks.push_back("Its " + std::to_string(colours) +
+                        " colours are rounded: a GIF has fewer.");
+    }
+    return lacks;
+}
+
+std::vector<std::string> captionOf(const board::LedEffect& effect, const std::string& title,
+                                   const std::vector<std::string>& lacks) {
     const std::string interval = std::to_string(effect.interval()) + " ms";
     const std::string duration = std::to_string(effect.duration()) + " ms";
     const std::string s = std::to_string(effect.firstS());
@@ -60,7 +81,7 @@ std::vector<std::string> captionOf(const board::LedEffect& effect, const std::st
             row("loop    ", effect.loops() ? "1" : "0",
                 effect.loops() ? "again and again until stopped"
                                : "once, then the last colours stay")};
-    if (effect.duration() > kLongest) lines.emplace_back("The first minute of it is shown.");
+    lines.insert(lines.end(), lacks.begin(), lacks.end());
     for (std::string& line : lines) {
         for (char& byte : line) byte = byte >= ' ' && byte <= '~' ? byte : '?';
     }
@@ -72,7 +93,6 @@ std::vector<std::string> captionOf(const board::LedEffect& effect, const std::st
 enum Place : uint8_t { kBackground = Gif::kTransparent + 1, kText, kGrey, kFirstShade };
 static constexpr uint32_t kFixed[] = {0, 0x101318, 0xdfe3ea, 0x6a7280};
 static constexpr size_t kMostShades = 16;
-static constexpr size_t kFewestShades = 4;
 
 // An LED that is off can still be seen.
 static uint32_t channelOfLed(uint32_t value) {
@@ -80,13 +100,21 @@ static uint32_t channelOfLed(uint32_t value) {
     return kDark + value * (0xff - kDark) / 0xff;
 }
 
+// The nearest thing to a colour of which some low bits were not looked at; white stays white.
+static uint32_t filled(uint32_t colour, uint32_t mask) {
+    uint32_t result = 0;
+    for (const int shift : {16, 8, 0}) {
+        result |= (colour >> shift & 0xff) * 0xff / (mask >> shift & 0xff) << shift;
+    }
+    return result;
+}
+
 // Each colour that an LED has gets some shades between the background and itself. With too many
 // colours for that, they are looked at more and more coarsely.
 void EffectPicture::choosePalette(const std::vector<EffectFrame>& frames) {
-    std::set<uint32_t> all;
-    for (const EffectFrame& frame : frames) all.insert(frame.colours.begin(), frame.colours.end());
+    const std::set<uint32_t> all = coloursOf(frames);
     std::set<uint32_t> colours = all;
-    for (int bits = 7; colours.size() > (256 - kFirstShade) / kFewestShades; --bits) {
+    for (int bits = 7; colours.size() > kMostColours; --bits) {
         mMask = (0xff00u >> bits & 0xff) * 0x010101;
         colours.clear();
         for (const uint32_t colour : all) colours.insert(colour & mMask);
@@ -99,7 +127,7 @@ void EffectPicture::choosePalette(const std::vector<EffectFrame>& frames) {
             uint32_t mixture = 0;
             for (const int shift : {16, 8, 0}) {
                 const size_t from = kFixed[kBackground] >> shift & 0xff;
-                const size_t to = channelOfLed(colour >> shift & 0xff);
+                const size_t to = channelOfLed(filled(colour, mMask) >> shift & 0xff);
                 const size_t sum = from * (mShades - shade) + to * shade;
                 mixture |= static_cast<uint32_t>(sum / mShades) << shift;
             }
@@ -157,9 +185,8 @@ void EffectPicture::placeLeds(const Ring& ring) {
 void EffectPicture::placeIds(const Ring& ring) {
     static constexpr double kMost = 32;  // for more there is no space
     for (double led = 0; led < ring.count && ring.count <= kMost; ++led) {
-        char id[4];
-        snprintf(id, sizeof(id), "%hhx", static_cast<uint8_t>(led));
-        write(id, mCentre + ring.led(led, ring.radius - ring.disc - 22), kGrey);
+        write(std::to_string(std::lround(led)),
+              mCentre + ring.led(led, ring.radius - ring.disc - 22), kGrey);
     }
 }
 

@@ -23,8 +23,13 @@ struct EffectFrame {
 // programs show a frame of a GIF.
 std::vector<EffectFrame> framesOf(const board::LedEffect& effect, size_t leds);
 
+// What the picture does not show of the effect as it is, a sentence each.
+std::vector<std::string> lacksOf(const board::LedEffect& effect,
+                                 const std::vector<EffectFrame>& frames);
+
 // The lines below the ring.
-std::vector<std::string> captionOf(const board::LedEffect& effect, const std::string& title);
+std::vector<std::string> captionOf(const board::LedEffect& effect, const std::string& title,
+                                   const std::vector<std::string>& lacks);
 
 // The frames of one effect in one size and with one palette.
 class EffectPicture {

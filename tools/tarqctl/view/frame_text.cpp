@@ -3,16 +3,11 @@
 // without a name by its number.
 #include "tools/tarqctl/view/frame_text.h"
 
-#include <ctype.h>
 #include <stdio.h>
-#include <string.h>
 
-#include <algorithm>
 #include <ostream>
-#include <stdexcept>
 
 #include "host/board/coprocessor/ezsp.h"
-#include "host/run/records.h"
 #include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
@@ -113,7 +108,11 @@ static void addContent(const Frame& frame, Json& json) {
 
 static Json jsonOf(const Frame& frame, const std::optional<FrameOrigin>& origin) {
     Json json;
-    if (origin) json = {{"ms", origin->ms}, {"from", host::senderName(origin->isFromHost)}};
+    if (origin) {
+        if (origin->ms) json["ms"] = *origin->ms;
+        if (!origin->time.empty()) json["time"] = origin->time;
+        json["from"] = origin->sender;
+    }
     json["bytes"] = ash::asHex(frame.bytes, "");
     if (frame.type != Type::kNone) {
         json["type"] = nameOf(frame.type);
@@ -139,63 +138,10 @@ void printFrame(const Session& session, const Frame& frame,
     std::string line = textOf(frame);
     if (origin) {
         char sender[16];
-        snprintf(sender, sizeof(sender), " %-13s", host::senderName(origin->isFromHost));
-        line.insert(0, host::logTime(origin->ms) + sender);
+        snprintf(sender, sizeof(sender), "%-13s", origin->sender.c_str());
+        line.insert(0, origin->time + (origin->time.empty() ? "" : " ") + sender);
     }
     session.out << line + "\n" << std::flush;
-}
-
-void FrameCounts::add(const Frame& frame) {
-    if (frame.damage.empty()) {
-        ++good;
-    } else {
-        ++damaged;
-        skippedBytes += frame.bytes.size();
-    }
-}
-
-std::string textOf(const FrameCounts& counts) {
-    const auto number = [](size_t count, const std::string& what) {
-        return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-    };
-    return number(counts.good, "frame") + ", " + std::to_string(counts.damaged) + " damaged, " +
-           number(counts.skippedBytes, "byte") + " skipped";
-}
-
-static std::invalid_argument wrong(const std::string& text, size_t place, const std::string& what) {
-    const auto end = text.begin() + static_cast<ptrdiff_t>(place);
-    const auto line = std::count(text.begin(), end, '\n') + 1;
-    const size_t newline = place == 0 ? std::string::npos : text.rfind('\n', place - 1);
-    const size_t column = newline == std::string::npos ? place + 1 : place - newline;
-    return std::invalid_argument(std::to_string(line) + ":" + std::to_string(column) + ": " + what);
-}
-
-static bool isDigit(const std::string& text, size_t place) {
-    return place < text.size() && isxdigit(static_cast<unsigned char>(text[place])) != 0;
-}
-
-board::ash::Bytes bytesFromText(const std::string& text) {
-    board::ash::Bytes bytes;
-    bool isAfterDigits = false;
-    for (size_t i = 0; i < text.size();) {
-        const char next = i + 1 < text.size() ? text[i + 1] : '\0';
-        if (text[i] == '0' && (next == 'x' || next == 'X') && !isAfterDigits) {
-            if (!isDigit(text, i + 2)) throw wrong(text, i, "no digits follow");
-            i += 2;
-        } else if (isDigit(text, i)) {
-            if (!isDigit(text, i + 1)) throw wrong(text, i, "a byte is two digits");
-            bytes.push_back(static_cast<uint8_t>(std::stoul(text.substr(i, 2), nullptr, 16)));
-            i += 2;
-            isAfterDigits = true;
-            continue;
-        } else if (text[i] != '\0' && strchr(" \t\r\n,", text[i]) != nullptr) {
-            ++i;
-        } else {
-            throw wrong(text, i, "only hexadecimal digits, 0x, blanks and commas are expected");
-        }
-        isAfterDigits = false;
-    }
-    return bytes;
 }
 
 }  // namespace tarq::tools

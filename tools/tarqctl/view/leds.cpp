@@ -42,7 +42,7 @@ static std::string format(const char* pattern, uint32_t a, uint32_t b, uint32_t 
 std::string listed(const Colours& colours) {
     std::string line;
     for (uint32_t led = 0; led < colours.size(); ++led) {
-        line += format(led == 0 ? "%x:%06x" : " %x:%06x", led, colours[led]);
+        line += format(led == 0 ? "%u:%06x" : " %u:%06x", led, colours[led]);
     }
     return line;
 }
@@ -53,25 +53,41 @@ static std::string asBackground(uint32_t colour) {
     return (isBright ? "\x1b[30m" : "\x1b[37m") + format("\x1b[48;2;%u;%u;%um", red, green, blue);
 }
 
-std::string blocks(const Colours& colours, const winsize& screen) {
+std::string whatPlays(const board::LedEffect* effect) {
+    if (effect == nullptr) return "no effect plays";
+    return "an effect of " + std::to_string(effect->duration()) + " ms plays " +
+           (effect->loops() ? "again and again" : "once, and its last colours stay");
+}
+
+// A row of LEDs, from that one on.
+static std::string lineOf(const Colours& colours, size_t first, size_t perRow, bool withIds) {
+    std::string text;
+    for (size_t led = first; led < std::min(first + perRow, colours.size()); ++led) {
+        const auto id = static_cast<uint32_t>(led);
+        text += asBackground(colours[led]);
+        text += withIds ? format(" %3u ", id, 0) : std::string(kWidth, ' ');
+        text += led + 1 < first + perRow ? "\x1b[0m " : "\x1b[0m";
+    }
+    return text + "\n";
+}
+
+std::string blocks(const std::vector<std::string>& title, const Colours& colours,
+                   const winsize& screen) {
     const size_t perRow = std::max<size_t>(1, (screen.ws_col + 1) / (kWidth + 1));
     const size_t rows = (colours.size() + perRow - 1) / perRow;
-    const bool areHigh = rows * 4 <= screen.ws_row;
     std::string text = "\x1b[H";
-    const auto addLine = [&](size_t first, bool withIds) {
-        for (size_t led = first; led < std::min(first + perRow, colours.size()); ++led) {
-            text += asBackground(colours[led]);
-            const auto id = static_cast<uint32_t>(led);
-            text += withIds ? format(" %2x  ", id, 0) : std::string(kWidth, ' ');
-            text += led + 1 < first + perRow ? "\x1b[0m " : "\x1b[0m";
-        }
+    size_t height = screen.ws_row;
+    if (height > rows + title.size()) {
+        height -= title.size() + 1;
+        // What the line before had more is erased.
+        for (const std::string& line : title) text += line.substr(0, screen.ws_col) + "\x1b[K\n";
         text += "\n";
-    };
-    for (size_t row = 0; row < rows && (areHigh || row < screen.ws_row); ++row) {
-        if (areHigh) addLine(row * perRow, false);
-        addLine(row * perRow, true);
-        if (areHigh) addLine(row * perRow, false);
-        if (areHigh) text += "\n";
+    }
+    const bool areHigh = rows * 4 <= height;
+    for (size_t row = 0; row < rows && (areHigh || row < height); ++row) {
+        if (areHigh) text += lineOf(colours, row * perRow, perRow, false);
+        text += lineOf(colours, row * perRow, perRow, true);
+        if (areHigh) text += lineOf(colours, row * perRow, perRow, false) + "\n";
     }
     text.pop_back();  // at the bottom a newline would scroll
     return text;

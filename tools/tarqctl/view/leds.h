@@ -39,8 +39,13 @@ using Colours = std::vector<uint32_t>;
 // "0:80c0ff 1:0060ff"
 std::string listed(const Colours& colours);
 
-// From the top left corner of the screen on: each LED with its id, as many in a row as there is
-// space for; flat ones if high ones do not all fit.
-std::string blocks(const Colours& colours, const winsize& screen);
+// What plays, in a line: "an effect of 960 ms plays again and again".
+std::string whatPlays(const board::LedEffect* effect);
+
+// From the top left corner of the screen on: the title's lines, if the screen is high enough, and
+// each LED with its number, as many in a row as there is space for; flat ones if high ones do not
+// all fit.
+std::string blocks(const std::vector<std::string>& title, const Colours& colours,
+                   const winsize& screen);
 
 }  // namespace tarq::tools

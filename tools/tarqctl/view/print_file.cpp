@@ -8,6 +8,7 @@
 #include <ostream>
 #include <thread>
 
+#include "host/run/lock.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/interrupt.h"
 
@@ -19,11 +20,12 @@ int printFile(const Session& session, const std::string& path, bool follows,
     std::optional<Interrupt> interrupt;
     if (follows) interrupt.emplace([] { _exit(kDone); });
     host::GrowingFile file(path);
-    if (const int error = file.read(print)) return error;
-    while (follows && session.out.good()) {
-        file.read(print);
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
+    bool goesOn = follows;
+    do {
+        goesOn = goesOn && host::isRunning(session.board);  // the last look comes behind its end
+        if (const int error = file.read(print)) return error;
+        if (goesOn) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    } while (goesOn && session.out.good());
     file.finish(print);
     return 0;
 }
@@ -42,6 +44,11 @@ void printRecord(const Session& session, const std::string& path, const std::str
     const int error = printFile(session, path, follows, print);
     if (error == 0) return;
     throw session.failure("no_record", path + ": " + strerror(error), howToStart(error));
+}
+
+int printed(const Session& session, bool follows) {
+    if (!follows || !session.out.good()) return kDone;
+    throw session.failure("no_board", "the board ended", howToStart(0));
 }
 
 }  // namespace tarq::tools

@@ -7,7 +7,8 @@
 namespace tarq::tools {
 
 // Hands over every line, and if so wished what is added afterwards: until Ctrl-C, which ends the
-// process as done, or until nothing can be printed any more. An errno when there is no such file.
+// process as done, until the board ends, or until nothing can be printed any more. An errno when
+// there is no such file.
 int printFile(const Session& session, const std::string& path, bool follows,
               const host::GrowingFile::TakeLine& print);
 
@@ -16,5 +17,9 @@ int printFile(const Session& session, const std::string& path, bool follows,
 void requireRecord(const Session& session, const std::string& path, const std::string& question);
 void printRecord(const Session& session, const std::string& path, const std::string& question,
                  bool follows, const host::GrowingFile::TakeLine& print);
+
+// The end of a command that printed so. Throws a Failure when it had followed: what comes next the
+// user has asked for, and cannot get.
+int printed(const Session& session, bool follows);
 
 }  // namespace tarq::tools

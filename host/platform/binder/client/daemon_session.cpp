@@ -1,9 +1,11 @@
 // A client's calls. Each thread calls on a connection of its own and waits in recv for its reply,
-// so replies need no numbers. When a call fails, the event connection tells why: it is closed too
-// if the daemon is gone, and open if the daemon refused something. A child of a fork has the
+// so replies need no numbers; one-way calls go out on the session's event connection, in front of
+// the releases of what they name. When a call fails, the event connection tells why: it is closed
+// too if the daemon is gone, and open if the daemon refused something. A child of a fork has the
 // descriptors of its parent and must not use them; it gets no binder at all.
 #include "host/platform/binder/client/daemon_session.h"
 
+#include <android/log.h>
 #include <errno.h>
 #include <host/process_board.h>
 #include <poll.h>
@@ -29,13 +31,18 @@ static int connectToDaemon() {
 }
 
 // Sends the packet that opens a connection and waits for the daemon's WELCOME. False as well when
-// the daemon closes instead, which is how it refuses.
+// the daemon refuses; where it has told why, that is logged, as a call has no status for it.
 static bool introduce(int fd, const PacketHeader& header, PacketHeader* welcome) {
     Packet packet;
-    if (sendPacket(fd, 0, header) != 0) return false;
+    sendPacket(fd, 0, header);  // one that is refused at once cannot be sent, but has its answer
     if (receivePacket(fd, 0, &packet) != Received::kPacket) return false;
     *welcome = packet.header;
-    return welcome->kind == PacketKind::kWelcome;
+    if (welcome->kind != PacketKind::kWelcome) return false;
+    if (welcome->status == 0) return true;
+    __android_log_print(ANDROID_LOG_ERROR, "binder",
+                        "the daemon refuses a connection: uid %u has as many as a user may",
+                        geteuid());
+    return false;
 }
 
 // The last session is looked at each time: a daemon may have gone without the event thread having
@@ -99,6 +106,7 @@ int DaemonSession::join(Lane lane) const {
 status_t DaemonSession::transact(uint64_t target, uint32_t code, const Parcel& data, Parcel* reply,
                                  uint32_t flags) {
     if (gForked) return INVALID_OPERATION;
+    if ((flags & IBinder::FLAG_ONEWAY) != 0) return transactOneWay(target, code, data, flags);
     if (ended()) return DEAD_OBJECT;
     if (data.dataSize() > kMaxTransaction) return FAILED_TRANSACTION;
     PacketHeader header = {};
@@ -124,13 +132,10 @@ bool DaemonSession::exchange(int fd, const PacketHeader& call, const Parcel& dat
     std::vector<PacketObject> objects;
     *result = exportObjects(data, &objects);
     if (*result != OK) return true;
-    const bool oneWay = (call.flags & IBinder::FLAG_ONEWAY) != 0;
-    const int sent =
-            sendPacket(fd, oneWay ? MSG_DONTWAIT : 0, call, objects, data.data(), data.dataSize());
-    if (sent != 0) takeBack(objects);
-    if (sent == -EAGAIN) *result = FAILED_TRANSACTION;
-    if (sent != 0 || oneWay) return sent == 0 || sent == -EAGAIN;
-
+    if (sendPacket(fd, 0, call, objects, data.data(), data.dataSize()) != 0) {
+        takeBack(objects);
+        return false;
+    }
     Packet packet;
     if (receivePacket(fd, 0, &packet) != Received::kPacket) return false;
     if (packet.header.kind != PacketKind::kReply) return false;
@@ -151,14 +156,21 @@ bool DaemonSession::daemonIsGone(int waitMs) const {
     return ready == 1 && (event.revents & POLLHUP) != 0;
 }
 
-// May wait until the daemon has taken earlier ones: its registry does, whatever its calls do.
-bool DaemonSession::sendRelease(uint64_t id, uint64_t count) {
-    if (gForked) return false;
-    PacketHeader header = {};
-    header.kind = PacketKind::kRelease;
-    header.target = id;
-    header.count = count;
-    return sendPacket(mEventFd, 0, header) == 0;
+// A call is refused where there is no room for it. A release waits for room, for as long as it
+// takes the daemon to take what is in front; one that gets none even so goes with a later one.
+int DaemonSession::post(const PacketHeader& header, const std::vector<PacketObject>& objects,
+                        const Parcel& data) {
+    constexpr int kRoomMs = 1000;
+    if (gForked) return -EPIPE;
+    const auto send = [&] {
+        return sendPacket(mEventFd, MSG_DONTWAIT, header, objects, data.data(), data.dataSize(),
+                          true);
+    };
+    const int sent = send();
+    if (sent != -EAGAIN || header.kind != PacketKind::kRelease) return sent;
+    pollfd room = {mEventFd, POLLOUT, 0};
+    poll(&room, 1, kRoomMs);
+    return send();
 }
 
 }  // namespace android::host

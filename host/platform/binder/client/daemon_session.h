@@ -24,8 +24,9 @@ class DaemonSession : public Session {
     DaemonSession(int eventFd, uint64_t id, uint64_t token);
     ~DaemonSession() override;
 
-    // Object 0 is the service manager, which is asked on a lane of its own. Calls of one thread go
-    // out in order; a one-way call for which the daemon has no room now is FAILED_TRANSACTION.
+    // Object 0 is the service manager, which is asked on a lane of its own. One-way calls go out in
+    // order, and are carried out in it for one object, whatever becomes of this process; one for
+    // which the daemon has no room now is FAILED_TRANSACTION.
     status_t transact(uint64_t target, uint32_t code, const Parcel& data, Parcel* reply,
                       uint32_t flags) override;
 
@@ -35,7 +36,8 @@ class DaemonSession : public Session {
     uint64_t token() const { return mToken; }
 
   protected:
-    bool sendRelease(uint64_t id, uint64_t count) override;
+    int post(const PacketHeader& header, const std::vector<PacketObject>& objects,
+             const Parcel& data) override;
 
   private:
     // One call on this thread's connection. False if that is of no use any more.

@@ -15,6 +15,7 @@ void DaemonSession::spawnEventThread() {
     const auto handle = [self = shared_from_this()] {
         static_cast<DaemonSession&>(*self).handleEvents();
         self->end();
+        self->dropExported();
     };
     if (!startThread(handle)) abort();
 }

@@ -1,21 +1,19 @@
-// The two directions between the daemon and a client. Inward: a call is run on the thread that
-// received it, under the identity that the kernel gives of the connection, and its reply goes back
+// The two directions between the daemon and a client. Inward: a call gets its target when it
+// arrives, and is run under the identity that the kernel tells of who sent it; the reply goes back
 // on the same connection. Outward: events of a session go out in order and without waiting; what
 // the client does not take in time is kept for a thread that waits for it, and beyond a limit lost
 // for this client alone.
 #include "host/platform/binder/daemon/connection.h"
 
-#include <android/log.h>
 #include <binder/IPCThreadState.h>
 #include <errno.h>
 #include <unistd.h>
 
-#include <map>
 #include <mutex>
-#include <set>
 #include <utility>
 
 #include "host/platform/binder/daemon/service_manager.h"
+#include "host/platform/binder/daemon/shares.h"
 #include "host/platform/utils/start_thread.h"
 
 namespace android::host {
@@ -23,36 +21,18 @@ namespace android::host {
 ClientSession::ClientSession(int eventFd, const ucred& peer, uint64_t id, uint64_t token)
     : eventFd(eventFd), peer(peer), id(id), token(token) {}
 
-ClientSession::~ClientSession() {
-    close(eventFd);
-}
-
-// The objects are counted before the packet is sent, as the client may release them at once.
 status_t ClientSession::transact(uint64_t target, uint32_t code, const Parcel& data,
                                  Parcel* /*reply*/, uint32_t flags) {
     if ((flags & IBinder::FLAG_ONEWAY) == 0) return INVALID_OPERATION;
-    if (data.dataSize() > kMaxTransaction) return FAILED_TRANSACTION;
-    if (ended()) return DEAD_OBJECT;
-    std::vector<PacketObject> objects;
-    const status_t status = exportObjects(data, &objects);
-    if (status != OK) return status;
-    PacketHeader header = {};
-    header.kind = PacketKind::kCall;
-    header.target = target;
-    header.code = code;
-    header.flags = flags;
-    const int sent = post(header, objects, data);
-    if (sent == 0) return OK;
-    takeBack(objects);
-    return sent == -EPIPE || sent == -ECONNRESET ? DEAD_OBJECT : FAILED_TRANSACTION;
+    return transactOneWay(target, code, data, flags);
 }
 
-bool ClientSession::sendRelease(uint64_t id, uint64_t count) {
-    PacketHeader header = {};
-    header.kind = PacketKind::kRelease;
-    header.target = id;
-    header.count = count;
-    return post(header, {}, Parcel()) == 0;
+void ClientSession::addConnection() {
+    ++mConnections;
+}
+
+void ClientSession::removeConnection() {
+    if (--mConnections == 0) dropExported();
 }
 
 // Sends an event, or keeps it for later; 0 or -errno. A release must not overtake a call of the
@@ -60,6 +40,7 @@ bool ClientSession::sendRelease(uint64_t id, uint64_t count) {
 int ClientSession::post(const PacketHeader& header, const std::vector<PacketObject>& objects,
                         const Parcel& data) {
     std::lock_guard<std::mutex> guard(mSendLock);
+    if (mIsClosed) return -EPIPE;
     const bool first = mUnsent.empty();
     if (first) {
         const int sent =
@@ -90,37 +71,16 @@ void ClientSession::sendUnsent() {
         mUnsentBytes -= sizeof(next.header) + next.data.size();
         mUnsent.pop_front();
     }
+    if (mIsClosed) close(eventFd);
 }
 
-// The connections of each client process, and so how many it has. The registry's are otherwise
-// known to its epoll alone, where a leak checker cannot see them.
-class Connections {
-  public:
-    bool add(Connection* connection) {
-        std::lock_guard<std::mutex> guard(mLock);
-        std::set<Connection*>& ofProcess = mByProcess[connection->peer.pid];
-        if (ofProcess.size() >= kMaxPerProcess) return false;
-        return ofProcess.insert(connection).second;
-    }
-    void remove(Connection* connection) {
-        std::lock_guard<std::mutex> guard(mLock);
-        const auto entry = mByProcess.find(connection->peer.pid);
-        entry->second.erase(connection);
-        if (entry->second.empty()) mByProcess.erase(entry);
-    }
-
-  private:
-    // A client has one for events, and up to two for each of its threads that calls.
-    static constexpr size_t kMaxPerProcess = 256;
-
-    std::mutex mLock;
-    std::map<pid_t, std::set<Connection*>> mByProcess;
-};
-
-// They are never destroyed, as threads still use them when the process ends.
-static Connections& allConnections() {
-    static Connections& connections = *new Connections;
-    return connections;
+// The shutdown frees a thread that waits to send: it then closes the descriptor, whose number is
+// not to be another's while it may still send there.
+void ClientSession::closeEvents() {
+    std::lock_guard<std::mutex> guard(mSendLock);
+    mIsClosed = true;
+    shutdown(eventFd, SHUT_RDWR);
+    if (mUnsent.empty()) close(eventFd);
 }
 
 // Asked once, when it is accepted: the kernel's answer is who connected, and stays so.
@@ -131,18 +91,29 @@ std::unique_ptr<Connection> Connection::admit(int fd) {
         close(fd);
         return nullptr;
     }
-    std::unique_ptr<Connection> connection(new Connection(fd, peer));
-    return allConnections().add(connection.get()) ? std::move(connection) : nullptr;
+    if (takeShare(peer.uid)) return std::unique_ptr<Connection>(new Connection(fd, peer));
+    PacketHeader refusal = {};
+    refusal.kind = PacketKind::kWelcome;
+    refusal.status = -EMFILE;
+    sendPacket(fd, MSG_DONTWAIT, refusal);
+    close(fd);
+    complain(peer, "its user has as many connections as one may");
+    return nullptr;
 }
 
 Connection::~Connection() {
-    allConnections().remove(this);
-    if (!isEvent) close(fd);
+    giveShareBack(peer.uid);
+    if (isEvent) {
+        session->closeEvents();
+    } else {
+        close(fd);
+    }
+    if (session != nullptr) session->removeConnection();
 }
 
-void Connection::complain(const char* what) const {
-    __android_log_print(ANDROID_LOG_WARN, "binder", "pid %d, uid %u: %s; connection closed",
-                        peer.pid, peer.uid, what);
+void Connection::joins(const std::shared_ptr<ClientSession>& joined) {
+    session = joined;
+    session->addConnection();
 }
 
 // Nobody waits here: a client that calls waits for its reply, so there is room, or it does not mean
@@ -164,38 +135,54 @@ bool Connection::reply(status_t status, const Parcel& parcel) {
     return sent == 0;
 }
 
+// A client can only reach what it was given; on the lane for look-ups the service manager, of which
+// it is given nothing. One-way calls are events, and nothing else is: so they are in order with the
+// releases.
+bool Connection::take(const Packet& packet, uid_t user, Call* call) {
+    const PacketHeader& header = packet.header;
+    const bool isOneWay = (header.flags & IBinder::FLAG_ONEWAY) != 0;
+    if (header.kind != PacketKind::kCall || isOneWay != isEvent) return false;
+    call->code = header.code;
+    call->flags = header.flags;
+    call->user = user;
+    call->process = isOneWay ? 0 : peer.pid;
+    call->status = session->importParcel(packet, &call->data);
+    if (lane == Lane::kCall) {
+        call->target = session->find(header.target);
+    } else if (header.target == 0) {
+        call->target = ServiceManager::self();
+    }
+    if (call->target == nullptr) call->status = FAILED_TRANSACTION;
+    if (isOneWay) {
+        session->oneWayBytes += packet.header.dataSize + sizeof(header);
+        call->session = session;
+    }
+    return true;
+}
+
+bool Connection::run(const Call& call) {
+    Parcel answer;
+    const status_t status = call.run(&answer);
+    return reply(status, answer);
+}
+
+Call::~Call() {
+    if (session != nullptr) session->oneWayBytes -= data.dataSize() + sizeof(PacketHeader);
+}
+
 // IPCThreadState packs an identity like this.
 static int64_t packedIdentity(uid_t uid, pid_t pid) {
     return static_cast<int64_t>(uint64_t{uid} << 32 | static_cast<uint32_t>(pid));
 }
 
-// The number is looked up anew for every call: a client can only reach what it was given. A one-way
-// call names no process, as on the device.
-status_t Connection::dispatch(const PacketHeader& call, const Parcel& data, Parcel* answer) {
-    sp<BBinder> target;
-    if (lane == Lane::kCall) {
-        target = session->find(call.target);
-    } else if (call.target == 0) {
-        target = ServiceManager::self();
-    }
-    if (target == nullptr) return FAILED_TRANSACTION;
+status_t Call::run(Parcel* answer) const {
+    if (status != OK) return status;
     IPCThreadState* const caller = IPCThreadState::self();
     const int64_t before = packedIdentity(caller->getCallingUid(), caller->getCallingPid());
-    const bool oneWay = (call.flags & IBinder::FLAG_ONEWAY) != 0;
-    caller->restoreCallingIdentity(packedIdentity(peer.uid, oneWay ? 0 : peer.pid));
-    const status_t status = target->transact(call.code, data, answer, call.flags);
+    caller->restoreCallingIdentity(packedIdentity(user, process));
+    const status_t result = target->transact(code, data, answer, flags);
     caller->restoreCallingIdentity(before);
-    return status;
-}
-
-bool Connection::run(const Packet& call) {
-    if (session->ended()) return false;
-    const PacketHeader header = call.header;
-    Parcel data;
-    Parcel answer;
-    status_t status = session->importParcel(call, &data);
-    if (status == OK) status = dispatch(header, data, &answer);
-    return (header.flags & IBinder::FLAG_ONEWAY) != 0 || reply(status, answer);
+    return result;
 }
 
 }  // namespace android::host

@@ -2,11 +2,11 @@
 // are past it. A call that comes while all are busy waits here, and the client in its recv.
 #include "host/platform/binder/daemon/handlers.h"
 
-#include <android/log.h>
 #include <semaphore.h>
 
 #include <utility>
 
+#include "host/platform/binder/daemon/shares.h"
 #include "host/platform/utils/start_thread.h"
 
 namespace android::host {
@@ -25,6 +25,14 @@ void addHandlers(int count) {
     for (int i = 0; i < count; ++i) sem_post(freeHandlers());
 }
 
+HandlerTurn::HandlerTurn() {
+    while (sem_wait(freeHandlers()) != 0) continue;
+}
+
+HandlerTurn::~HandlerTurn() {
+    sem_post(freeHandlers());
+}
+
 // Returns when the client has closed, or sent something that is no call. Look-ups do not come this
 // way: they have a lane of their own, and never wait here.
 static void serve(Connection* connection) {
@@ -32,20 +40,20 @@ static void serve(Connection* connection) {
     for (;;) {
         const Received received = receivePacket(connection->fd, 0, &packet);
         if (received == Received::kClosed) return;
-        if (received == Received::kMalformed || packet.header.kind != PacketKind::kCall) {
-            return connection->complain("malformed call");
+        Call call;
+        if (received == Received::kMalformed ||
+            !connection->take(packet, connection->peer.uid, &call)) {
+            return complain(connection->peer, "malformed call");
         }
-        while (sem_wait(freeHandlers()) != 0) continue;
-        const bool goOn = connection->run(packet);
-        sem_post(freeHandlers());
-        if (!goOn) return;
+        const HandlerTurn turn;
+        if (!connection->run(call)) return;
     }
 }
 
 void serveOnThread(std::unique_ptr<Connection> connection) {
     const std::shared_ptr<Connection> shared = std::move(connection);
     if (!startThread([shared] { serve(shared.get()); })) {
-        shared->complain("no thread left for its calls");
+        complain(shared->peer, "no thread left for its calls");
     }
 }
 

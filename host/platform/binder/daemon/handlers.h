@@ -15,6 +15,14 @@ constexpr int kPoolHandlers = 16;
 // waits. Any thread.
 void addHandlers(int count);
 
+// While it exists its thread is one of those that may run a call: the constructor waits for that.
+struct HandlerTurn {
+    HandlerTurn();
+    ~HandlerTurn();
+    HandlerTurn(const HandlerTurn&) = delete;
+    HandlerTurn& operator=(const HandlerTurn&) = delete;
+};
+
 // Serves a call connection until it closes, on a thread of its own that waits in recv: that is
 // one thread for each client thread that calls, and no hand-over from one to another on a call's
 // way. How many run a call at the same time is limited by the handlers.

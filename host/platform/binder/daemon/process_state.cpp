@@ -1,5 +1,5 @@
 // The daemon's role in the binder: it owns the board's socket and serves. A board has one daemon,
-// and the socket is the proof: whoever can connect to it has found a daemon. What makes serving
+// which holds a lock of it for its life. What makes serving
 // impossible ends the process at the start, with a line that says what to do.
 #include <android/log.h>
 #include <binder/IPCThreadState.h>
@@ -8,12 +8,18 @@
 #include <fcntl.h>
 #include <host/process_board.h>
 #include <string.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "host/platform/binder/daemon/handlers.h"
+#include "host/platform/binder/daemon/one_way.h"
 #include "host/platform/binder/daemon/registry.h"
+#include "host/platform/binder/daemon/shares.h"
+#include "host/platform/binder/notices.h"
 #include "host/run/socket.h"
 
 namespace android {
@@ -32,6 +38,16 @@ static bool isShared(const Board& board) {
     return stat(board.run().c_str(), &run) == 0 && (run.st_mode & S_IXOTH) != 0;
 }
 
+// Held until the process ends, however that happens. Close-on-exec: what the daemon starts does not
+// hold it on.
+static void takeBoard(const Board& board) {
+    const int fd = open(board.daemonLock().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    if (fd < 0) fail(board.daemonLock().c_str(), strerror(errno));
+    if (flock(fd, LOCK_EX | LOCK_NB) != 0) {
+        fail(board.directory.c_str(), "another daemon serves this board");
+    }
+}
+
 // The socket of a daemon that was killed is in the way; that of a living one must stay.
 static int listenOnBoard() {
     const Board& board = tarq::host::processBoard();
@@ -39,9 +55,7 @@ static int listenOnBoard() {
         fail("no board", "TARQ_BOARD is not set; scripts/run starts a board and the daemon");
     }
     const char* directory = board.directory.c_str();
-    if (tarq::host::connectTo(board.binderSocket()) >= 0) {
-        fail(directory, "another daemon serves this board");
-    }
+    takeBoard(board);
     const bool shared = isShared(board);
     const int fd = tarq::host::listenAt(board.binderSocket(), shared ? 0666 : 0600);
     if (fd < 0) fail(directory, tarq::host::socketError(-fd).c_str());
@@ -58,7 +72,7 @@ static int listenOnBoard() {
 static void raiseDescriptorLimit() {
     rlimit limit;
     if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
-    limit.rlim_cur = limit.rlim_max;
+    limit.rlim_cur = std::min<rlim_t>(limit.rlim_max, host::kMaxDescriptors);
     setrlimit(RLIMIT_NOFILE, &limit);
 }
 
@@ -66,7 +80,9 @@ static void raiseDescriptorLimit() {
 sp<ProcessState> ProcessState::self() {
     static const sp<ProcessState>& state = *new sp<ProcessState>([] {
         raiseDescriptorLimit();
-        host::Registry::start(listenOnBoard());
+        const int listener = listenOnBoard();
+        if (!host::startNotices() || !host::startOneWayCalls()) fail("threads", strerror(EAGAIN));
+        host::Registry::start(listener);
         return new ProcessState;
     }());
     return state;

@@ -11,9 +11,13 @@
 #include <sys/random.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <functional>
 #include <utility>
 
 #include "host/platform/binder/daemon/handlers.h"
+#include "host/platform/binder/daemon/one_way.h"
+#include "host/platform/binder/daemon/shares.h"
 #include "host/platform/utils/start_thread.h"
 #include "host/run/standard_descriptors.h"
 
@@ -23,6 +27,12 @@ using std::chrono::steady_clock;
 
 // How long accepting pauses when the process has no descriptor left.
 static constexpr int kPauseMs = 100;
+// How long a connection has to say what it is.
+static constexpr int kPatienceMs = 5000;
+// How many bytes of its one-way calls may wait, half of the device's buffer of 1 MiB, and how often
+// is looked whether a client with more can be heard again.
+static constexpr size_t kMaxOneWay = size_t{512} * 1024;
+static constexpr int kNotHeardMs = 10;
 
 void Registry::start(int listener) {
     auto* const registry = new Registry(listener);
@@ -45,19 +55,46 @@ void Registry::watch(int operation, int fd, void* what) {
 void Registry::run() {
     for (;;) {
         epoll_event event;
-        const int count = epoll_wait(mEpoll, &event, 1, mAccepting ? -1 : kPauseMs);
-        // The clock decides: where clients keep it busy, epoll_wait never runs into its limit.
-        if (!mAccepting && steady_clock::now() >= mPauseEnd) {
-            mAccepting = true;
-            watch(EPOLL_CTL_ADD, mListener, nullptr);
-        }
+        const int count = epoll_wait(mEpoll, &event, 1, untilNextLook());
+        lookAtTimes();
         if (count != 1) continue;
         if (event.data.ptr == nullptr) {
             acceptOne();
-        } else {
+        } else if (mConnections.count(static_cast<Connection*>(event.data.ptr)) != 0) {
             receive(static_cast<Connection*>(event.data.ptr));
         }
     }
+}
+
+int Registry::untilNextLook() const {
+    if (!mNotHeard.empty()) return kNotHeardMs;
+    if (!mAccepting) return kPauseMs;
+    return mUnknown.empty() ? -1 : kPatienceMs / 5;
+}
+
+// The clock decides: where clients keep it busy, epoll_wait never runs into its limit.
+void Registry::lookAtTimes() {
+    if (!mAccepting && steady_clock::now() >= mPauseEnd) {
+        mAccepting = true;
+        watch(EPOLL_CTL_ADD, mListener, nullptr);
+    }
+    for (; !mUnknown.empty(); mUnknown.pop_front()) {
+        const auto [accepted, connection] = mUnknown.front();
+        const auto entry = mConnections.find(connection);
+        const bool isStill = entry != mConnections.end() && connection->accepted == accepted &&
+                             connection->session == nullptr;
+        if (!isStill) continue;
+        if (steady_clock::now() < accepted + std::chrono::milliseconds(kPatienceMs)) break;
+        complain(connection->peer, "does not say what it is");
+        drop(connection);
+    }
+    const auto stillFull = [this](Connection* connection) {
+        if (connection->session->oneWayBytes > kMaxOneWay) return true;
+        watch(EPOLL_CTL_ADD, connection->fd, connection);
+        return false;
+    };
+    mNotHeard.erase(std::remove_if(mNotHeard.begin(), mNotHeard.end(), std::not_fn(stillFull)),
+                    mNotHeard.end());
 }
 
 // One a turn, so that a client that connects without end delays nobody's look-ups.
@@ -65,7 +102,11 @@ void Registry::acceptOne() {
     const int fd = tarq::host::aboveStandard(accept4(mListener, nullptr, nullptr, SOCK_CLOEXEC));
     if (fd >= 0) {
         std::unique_ptr<Connection> connection = Connection::admit(fd);
-        if (connection != nullptr) watch(EPOLL_CTL_ADD, fd, connection.release());
+        if (connection == nullptr) return;
+        Connection* const address = connection.get();
+        watch(EPOLL_CTL_ADD, fd, address);
+        mUnknown.emplace_back(address->accepted, address);
+        mConnections[address] = std::move(connection);
     } else if (errno == EMFILE || errno == ENFILE || errno == ENOMEM) {
         mAccepting = false;
         mPauseEnd = steady_clock::now() + std::chrono::milliseconds(kPauseMs);
@@ -77,30 +118,39 @@ void Registry::acceptOne() {
 // One packet a turn, for the same reason; epoll reports the connection again while there are more.
 void Registry::receive(Connection* connection) {
     Packet packet;
-    const Received received = receivePacket(connection->fd, MSG_DONTWAIT, &packet);
+    uid_t sender = connection->peer.uid;
+    const Received received = receivePacket(connection->fd, MSG_DONTWAIT, &packet, &sender);
     if (received == Received::kNothing) return;
-    if (received == Received::kPacket && handle(connection, packet)) return;
-    if (received == Received::kMalformed) connection->complain("malformed packet");
+    if (received == Received::kPacket && handle(connection, packet, sender)) return;
+    if (received == Received::kMalformed) complain(connection->peer, "malformed packet");
     drop(connection);
 }
 
 // What may come depends on what the connection is: events, look-ups, or nothing yet.
-bool Registry::handle(Connection* connection, const Packet& packet) {
+bool Registry::handle(Connection* connection, const Packet& packet, uid_t sender) {
     const PacketHeader& header = packet.header;
-    if (connection->isEvent) {
-        if (header.kind == PacketKind::kRelease &&
-            connection->session->peerReleased(header.target, header.count)) {
+    if (connection->session == nullptr) {
+        if (header.kind == PacketKind::kOpen) return openSession(connection);
+        if (header.kind == PacketKind::kJoin) return joinSession(connection, header);
+    } else if (connection->isEvent && header.kind == PacketKind::kRelease) {
+        if (connection->session->peerReleased(header.target, header.count)) return true;
+    } else {
+        auto call = std::make_unique<Call>();
+        if (connection->take(packet, sender, call.get())) {
+            if (!connection->isEvent) return connection->run(*call);
+            takeOneWay(connection, std::move(call));
             return true;
         }
-    } else if (connection->session != nullptr) {
-        if (header.kind == PacketKind::kCall) return connection->run(packet);
-    } else if (header.kind == PacketKind::kOpen) {
-        return openSession(connection);
-    } else if (header.kind == PacketKind::kJoin) {
-        return joinSession(connection, header);
     }
-    connection->complain("unexpected packet");
+    complain(connection->peer, "unexpected packet");
     return false;
+}
+
+void Registry::takeOneWay(Connection* connection, std::unique_ptr<Call> call) {
+    if (call->status == OK) queueOneWay(std::move(call));
+    if (connection->session->oneWayBytes <= kMaxOneWay) return;
+    epoll_ctl(mEpoll, EPOLL_CTL_DEL, connection->fd, nullptr);
+    mNotHeard.push_back(connection);
 }
 
 // Sent without waiting: the socket of a client that has just come has room.
@@ -116,9 +166,11 @@ static bool welcome(const Connection& connection) {
 bool Registry::openSession(Connection* connection) {
     uint64_t token = 0;
     if (getrandom(&token, sizeof(token), 0) != sizeof(token)) return false;
-    connection->session = std::make_shared<ClientSession>(connection->fd, connection->peer,
-                                                          mNextSession++, token);
+    connection->joins(std::make_shared<ClientSession>(connection->fd, connection->peer,
+                                                      mNextSession++, token));
     connection->isEvent = true;
+    const int on = 1;
+    setsockopt(connection->fd, SOL_SOCKET, SO_PASSCRED, &on, sizeof(on));
     mSessions[connection->session->id] = connection->session;
     return welcome(*connection);
 }
@@ -131,26 +183,25 @@ bool Registry::joinSession(Connection* connection, const PacketHeader& join) {
     const std::shared_ptr<ClientSession>& session = entry->second;
     if (session->token != join.token || session->peer.pid != connection->peer.pid) return false;
     if (join.code > static_cast<uint32_t>(Lane::kRegistry)) return false;
-    connection->session = session;
+    connection->joins(session);
     connection->lane = static_cast<Lane>(join.code);
     if (!welcome(*connection)) return false;
     if (connection->lane == Lane::kCall) {
         epoll_ctl(mEpoll, EPOLL_CTL_DEL, connection->fd, nullptr);
-        serveOnThread(std::unique_ptr<Connection>(connection));
+        const auto entry = mConnections.find(connection);
+        serveOnThread(std::move(entry->second));
+        mConnections.erase(entry);
     }
     return true;
 }
 
-// The shutdown frees threads that wait to send events: their session's descriptor stays open as
-// long as they hold it.
 void Registry::drop(Connection* connection) {
     epoll_ctl(mEpoll, EPOLL_CTL_DEL, connection->fd, nullptr);
     if (connection->isEvent) {
-        shutdown(connection->fd, SHUT_RDWR);
         mSessions.erase(connection->session->id);
         connection->session->end();
     }
-    delete connection;
+    mConnections.erase(connection);
 }
 
 }  // namespace android::host

@@ -1,0 +1,19 @@
+// What somebody may have meant who has mistyped a name.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tarq::host {
+
+// Letters to be changed, added or taken away to make one of the other.
+size_t distance(const std::string& a, const std::string& b);
+
+// The name that is near enough to be meant: at most a third of its letters are other ones. Else "".
+std::string nearestName(const std::string& word, const std::vector<std::string>& names);
+
+// "there is no such command, only a b", or of one that may be meant "there is no such command; did
+// you mean a?"
+std::string noSuchCommand(const std::string& word, const std::vector<std::string>& names);
+
+}  // namespace tarq::host

@@ -1,0 +1,58 @@
+#include "tools/tarqctl/ask/stopped.h"
+
+#include <errno.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "host/run/socket.h"
+
+namespace tarq::tools {
+
+// Who listens at the socket; 0 when nobody does. The kernel takes connections for a stopped one,
+// and never makes this one wait.
+static pid_t listenerOf(const std::string& path) {
+    const int fd = host::connectTo(path, SOCK_SEQPACKET | SOCK_NONBLOCK);
+    if (fd < 0) return 0;
+    ucred listener = {};
+    socklen_t size = sizeof(listener);
+    getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &listener, &size);
+    close(fd);
+    return listener.pid;
+}
+
+// The kernel's letter for it, such as S. It stands behind the name, which may hold anything.
+static char stateOf(pid_t process) {
+    std::ostringstream text;
+    text << std::ifstream("/proc/" + std::to_string(process) + "/stat").rdbuf();
+    const size_t name = text.str().rfind(") ");
+    return name == std::string::npos ? '?' : text.str()[name + 2];
+}
+
+static std::optional<Stopped> stopped(const std::string& who, const std::string& socket) {
+    const pid_t process = listenerOf(socket);
+    if (process == 0) return std::nullopt;
+    const std::string number = std::to_string(process);
+    switch (stateOf(process)) {
+        case 'T': {
+            const bool isOthers = kill(process, 0) != 0 && errno == EPERM;
+            return Stopped{who + " is stopped (process " + number + ")",
+                           (isOthers ? "sudo kill -CONT " : "kill -CONT ") + number};
+        }
+        case 't':
+            return Stopped{who + " is held by a debugger (process " + number + ")",
+                           "grep TracerPid /proc/" + number + "/status"};
+        default:
+            return std::nullopt;
+    }
+}
+
+std::optional<Stopped> findStopped(const host::Board& board) {
+    if (const auto one = stopped("the board", board.controlSocket())) return one;
+    return stopped("the daemon", board.binderSocket());
+}
+
+}  // namespace tarq::tools

@@ -1,0 +1,60 @@
+// The service's answer does not tell everything: an attribute that could not be opened is only in
+// its log, and what the driver refused only in the board's records. So each call is looked up in
+// both, by its operation, arguments and records, before it is called done.
+#include <algorithm>
+
+#include "host/run/text.h"
+#include "tools/tarqctl/ask/daemon.h"
+#include "tools/tarqctl/ask/led_refusals.h"
+#include "tools/tarqctl/command_line.h"
+#include "tools/tarqctl/commands/led_commands.h"
+#include "tools/tarqctl/view/effect_transfer.h"
+
+namespace tarq::tools {
+
+using android::binder::Status;
+using com::tarq::rgbleds::IRgbLedsService;
+using Words = std::vector<std::string>;
+
+static void throwIfRefused(const Session& session, const std::vector<host::LedRecord>& refused) {
+    const size_t command = session.line.find(' ', session.line.find(' ') + 1);
+    Words lines;
+    for (const host::LedRecord& record : refused) {
+        lines.push_back(host::escaped("the driver refuses " + record.attribute + " \"" +
+                                      record.text + "\": " + record.whyRefused));
+    }
+    throwIfAny(session, lines, "tarqctl " + session.line.substr(0, command) + " --help");
+}
+
+std::optional<LedCall> askLeds(Session& session, const std::string& operation,
+                               const std::function<Status(IRgbLedsService&, LedAnswer*)>& call,
+                               const Unfinished& unfinished) {
+    LedAnswer answer;
+    std::optional<LedCall> logged;
+    std::vector<host::LedRecord> refused;
+    {
+        const Daemon daemon(session,
+                            "the LED driver is slow, or the daemon is still starting, or hangs",
+                            unfinished);
+        const auto leds = daemon.service<IRgbLedsService>();
+        LedLog log(session.board.log());
+        LedRefusals refusals(session.board.ledRecords());
+        daemon.expectOk(call(*leds, &answer));
+        logged = log.find(operation, answer.arguments);
+        refused = refusals.find([&](const host::LedRecord& record) {
+            const Words& ours = answer.records;
+            return std::count(ours.begin(), ours.end(), record.attribute + " " + record.text) != 0;
+        });
+    }
+    const bool opened = !logged || logged->notOpened.empty();
+    if (answer.done && opened) {
+        throwIfRefused(session, refused);
+        return logged;
+    }
+    throw session.failure("attribute",
+                          opened ? "the service said no, and its log does not tell why"
+                                 : "the daemon cannot open " + joined(logged->notOpened),
+                          session.next("log"), kServiceSaidNo);
+}
+
+}  // namespace tarq::tools

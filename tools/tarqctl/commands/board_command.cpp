@@ -1,0 +1,60 @@
+// board: what the board plays at present, and what was done to it. A GPIO line has its files only
+// while it is exported, as on a device, so it is absent before that.
+#include <CLI/App.hpp>
+#include <algorithm>
+#include <ostream>
+
+#include "host/run/text.h"
+#include "tools/tarqctl/ask/board.h"
+#include "tools/tarqctl/commands.h"
+#include "tools/tarqctl/print_json.h"
+
+namespace tarq::tools {
+
+static std::string cell(const std::string& text, size_t width) {
+    return text + std::string(width - text.size() + 2, ' ');
+}
+
+static std::string tableOf(std::vector<host::NodeState> nodes) {
+    nodes.insert(nodes.begin(), {"node", "path", "state", "fault"});
+    size_t names = 0;
+    size_t paths = 0;
+    for (const host::NodeState& node : nodes) {
+        names = std::max(names, node.name.size());
+        paths = std::max(paths, node.path.size());
+    }
+    std::string text;
+    for (const host::NodeState& node : nodes) {
+        text += cell(node.name, names) + cell(node.path, paths) + cell(node.state, 10) +
+                (node.fault == "none" ? "-" : node.fault) + (node.isHeld ? ", held" : "") + "\n";
+    }
+    return text;
+}
+
+static int board(Session& session) {
+    openBoard(session);
+    host::BoardState state;
+    std::string hint;
+    const std::string why = askState(session, &state, &hint);
+    if (!why.empty()) throw session.failure("no_board", why, hint);
+    if (session.json) {
+        Json json = {{"directory", session.board.directory}};
+        json.update(Json::parse(host::boardStateLine(state)));
+        printJson(session.out, json);
+        return kDone;
+    }
+    const std::string played =
+            state.withoutFuse.empty()
+                    ? "by FUSE"
+                    : "by plain files, which play no GPIO, camera or fault: " + state.withoutFuse;
+    session.out << session.board.directory + " is played " + host::escaped(played) + "\n\n" +
+                           tableOf(state.nodes)
+                << std::flush;
+    return kDone;
+}
+
+Run declareBoard(CLI::App&) {
+    return board;
+}
+
+}  // namespace tarq::tools

@@ -1,0 +1,49 @@
+#include "tools/tarqctl/match/package_list.h"
+
+#include "tools/tarqctl/match/explanation.h"
+#include "tools/tarqctl/user_input.h"
+
+namespace tarq::tools {
+
+namespace {
+
+// What keeps the line of a file from being an item. An updater may keep a mark, which then makes
+// the first name another one.
+std::string whyNoItem(const std::string& line) {
+    if (line.rfind(kByteOrderMark, 0) == 0) return "it begins with a byte order mark";
+    if (line.rfind("\xff\xfe", 0) == 0 || line.rfind("\xfe\xff", 0) == 0) return "it is UTF-16";
+    if (line.find('\0') != std::string::npos) return "it has a NUL in it";
+    return checkUtf8(line);
+}
+
+// How to take away what is wrong with the encoding of a file.
+std::string howToMend(const std::string& file, const std::string& line) {
+    const bool is8 = line.rfind(kByteOrderMark, 0) == 0;
+    const bool is16 = !is8 && whyNoItem(line) == "it is UTF-16";
+    if (file == "-" || (!is8 && !is16)) return "tarqctl match --help";
+    if (is8) return "sed -i 's/^\\xef\\xbb\\xbf//' " + shellQuoted(file);
+    return "iconv -f UTF-16 -t UTF-8 " + shellQuoted(file) + " | tarqctl match --file -";
+}
+
+}  // namespace
+
+// A file may come from another system: the end of a line may have a CR.
+PackageList readList(const Session& session, const std::string& file) {
+    PackageList list;
+    int number = 0;
+    readLines(session, file, [&](std::string line) {
+        const std::string place = file + ":" + std::to_string(++number);
+        if (!line.empty() && line.back() == '\r') line.pop_back();
+        const bool isBlank = line.find_first_not_of(" \t") == std::string::npos;
+        if (isBlank || line[0] == '#') return;
+        const std::string why = whyNoItem(line);
+        if (!why.empty()) {
+            throw session.failure("bad_item", place + ": " + why, howToMend(file, line));
+        }
+        list.items.push_back(line);
+        list.places.push_back(place);
+    });
+    return list;
+}
+
+}  // namespace tarq::tools
