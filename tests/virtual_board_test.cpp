@@ -131,9 +131,9 @@ TEST_F(VirtualBoard, folder_that_is_no_board_is_one_error_line) {
         EXPECT_THAT(refusal(), testing::StartsWith(mFolder / "board.xml:" + where));
     }
     fs::remove(mFolder / "board.xml");
-    writeFile(mFolder / "build.prop", "ro.a=1\n\x7f\x02ELF\n\n\x1b[2J");
+    writeFile(mFolder / "build.prop", "ro.a=1\nELF\n\x02\n\x1b[2J");
     EXPECT_EQ(refusal(), mFolder /
-                                 "build.prop:2: a byte of value 2, so this is no text file of "
+                                 "build.prop:3: a byte of value 2, so this is no text file of "
                                  "KEY=VALUE lines");
     fs::remove(mFolder / "build.prop");
     const std::string error = "build.prop: No such file or directory";

@@ -54,23 +54,29 @@ static void requireRoom(const host::Board& board) {
     if (error != 0) throw std::system_error(error, std::system_category(), board.directory);
 }
 
-// What is no text is no list of properties, and is not printed either.
-static void requireText(const std::string& line, const std::string& place) {
-    for (const char byte : line) {
-        const auto code = static_cast<unsigned char>(byte);
-        if (code >= ' ' || byte == '\t' || byte == '\r') continue;
-        throw std::runtime_error(place + "a byte of value " + std::to_string(code) +
-                                 ", so this is no text file of KEY=VALUE lines");
+// What is no text is no list of properties, and no line of it is printed.
+static void requireText(std::istream& in, const fs::path& file) {
+    std::string line;
+    for (int number = 1; std::getline(in, line); ++number) {
+        for (const char byte : line) {
+            const auto code = static_cast<unsigned char>(byte);
+            if (code >= ' ' || byte == '\t' || byte == '\r') continue;
+            throw std::runtime_error(file.string() + ":" + std::to_string(number) +
+                                     ": a byte of value " + std::to_string(code) +
+                                     ", so this is no text file of KEY=VALUE lines");
+        }
     }
+    in.clear();
+    in.seekg(0);
 }
 
 static void loadDefaults(const fs::path& file, const host::Board& board) {
     std::ifstream in(file);
     if (!in) throw std::system_error(errno, std::system_category(), file);
+    requireText(in, file);
     std::string line;
     for (int number = 1; std::getline(in, line); ++number) {
         const std::string place = file.string() + ":" + std::to_string(number) + ": ";
-        requireText(line, place);
         std::string wrong;
         host::setLogSink(
                 [&wrong](int, const char*, const std::string& refusal) { wrong = refusal; });
