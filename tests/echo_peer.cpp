@@ -43,6 +43,14 @@ static int forkAndCall(const sp<IBinder>& service) {
     return 0;
 }
 
+// Linked in the place of recv, so that a call can end with its process while it waits.
+static int receptionsLeft = -1;
+extern "C" ssize_t __real_recv(int fd, void* buffer, size_t size, int flags);
+extern "C" ssize_t __wrap_recv(int fd, void* buffer, size_t size, int flags) {
+    if (--receptionsLeft == 0) raise(SIGKILL);
+    return __real_recv(fd, buffer, size, flags);
+}
+
 int main(int argc, char** argv) {
     setvbuf(stdout, nullptr, _IOLBF, 0);
     const std::string mode = argc > 1 ? argv[1] : "";
@@ -59,18 +67,13 @@ int main(int argc, char** argv) {
         for (;;) pause();
     } else if (mode == "wait") {
         echo::call(service, echo::WAIT);
-    } else if (mode == "live") {  // as the user, one-way or with an answer, and away
-        const bool isOneWay = argc > 2 && strcmp(argv[2], "oneway") == 0;
-        if (!isOneWay) {
-            echo::call(service, echo::WHO);  // so that the connection is there
-            puts("stopped");
-            raise(SIGSTOP);
-        }
+    } else if (mode == "live") {  // as the user; gone as soon as the call is sent
         const sp<IBinder> living = defaultServiceManager()->getService(echo::kLiving);
         if (argc > 3 && setuid(static_cast<uid_t>(atoi(argv[3]))) != 0) return 4;
+        const bool isOneWay = argc > 2 && strcmp(argv[2], "oneway") == 0;
         Parcel data;
         data.writeInt32(0);
-        puts("sent");
+        receptionsLeft = 2;  // the connection's welcome, and then the reply
         living->transact(1, data, nullptr, isOneWay ? echo::kOneWay : 0);
         _exit(0);
     }

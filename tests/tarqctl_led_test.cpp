@@ -65,7 +65,7 @@ TEST_F(TarqctlLed, wrong_usage_is_told_and_nothing_is_sent) {
     const std::string before = trace();
     const std::pair<const char*, const char*> kLines[] = {
             {"led", "no command is given; there are color brightness"},
-            {"led colour 1", "there is no such command, only color brightness"},
+            {"led colour 1", "there is no such command; did you mean color?"},
             {"led color 1 ff800", "RRGGBB: \"ff800\" is no colour"},
             {"led color 1 -f8000", "-f8000"},
             {"led color 1 #-f8000", "\"#-f8000\""},
