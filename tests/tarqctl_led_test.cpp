@@ -146,7 +146,7 @@ TEST_F(TarqctlLed, dry_run_is_what_playing_sends) {
                       mBoard->directory() + " led play ./x.xml\n1"));
     std::filesystem::current_path(before);
     EXPECT_THAT(tarqctl("led play --json --dry-run " + file),
-                AllOf(HasSubstr("{\"leftOut\":\"attribute s of <eff> is missing\",\"line\":3}\n"),
+                AllOf(HasSubstr("{\"left_out\":\"attribute s of <eff> is missing\",\"line\":3}\n"),
                       HasSubstr("\"text\":\"0 ff\\n 5\",\"line\":3}\n")));
     for (const std::string word : {"nothing", "/nowhere/x.xml", "/vendor"}) {
         const char* why = word == "/vendor" ? "Is a directory" : "No such file or directory";

@@ -117,7 +117,7 @@ static int play(Session& session, const std::string& word, const std::string& fi
 static void printJson(const Session& session, const EffectRecord& record) {
     Json json;
     if (record.attribute.empty()) {
-        json["leftOut"] = record.text;
+        json["left_out"] = record.text;
     } else {
         json["attribute"] = record.attribute;
         json["text"] = record.text;

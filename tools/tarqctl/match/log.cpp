@@ -148,12 +148,15 @@ bool tellsOfBoardInList(const Line& line) {
     return item && item->fact == Fact::kBoardBegins;
 }
 
-// A line that only a request has, behind its beginning.
+// A line that only a request has, behind its beginning. The start of the daemon has the board and
+// its overlay id as well, and who asks for the hardware has the probes.
 bool isInsideRequest(const Line& line) {
-    return line.fact && line.fact->fact > Fact::kListFollows &&
-           line.fact->fact != Fact::kBoardBegins && line.fact->fact != Fact::kBoardsOverlayId &&
-           line.fact->fact != Fact::kBoardEnds &&
-           !(line.fact->fact >= Fact::kProbeFailed && line.fact->fact <= Fact::kPanelPassedOver);
+    if (!line.fact) return false;
+    const Fact fact = line.fact->fact;
+    const bool isOfStart = fact == Fact::kBoardBegins || fact == Fact::kBoardsOverlayId ||
+                           fact == Fact::kBoardEnds || fact == Fact::kOverlayResult;
+    const bool isOfProbe = fact >= Fact::kProbeFailed && fact <= Fact::kPanelPassedOver;
+    return fact > Fact::kListFollows && !isOfStart && !isOfProbe;
 }
 
 // What the device says where it has dropped lines of a thread, in that thread's name: "uid=1000
