@@ -1,5 +1,6 @@
 // The co-processor of a virtual board, asked on its port as the daemon asks it.
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 #include <termios.h>
 
 #include "tests/test_board.h"
@@ -183,8 +184,14 @@ TEST_F(CoprocessorTest, manufacturer_and_version_can_be_set_and_nonsense_is_refu
 }
 
 TEST_F(CoprocessorTest, live_capture_is_decoded_while_it_comes) {
-    ChildProcess tool({"sh", "-c", "{ printf 1ac038bc7e; sleep 60; } | exec " TARQCTL " ash"});
+    const TemporaryDirectory folder;
+    ASSERT_EQ(mkfifo((folder / "line").c_str(), 0600), 0);
+    ChildProcess tool({TARQCTL, "ash", folder / "line"});
+    std::ofstream line(folder / "line");
+    line << "1ac038bc7e" << std::flush;
     EXPECT_EQ(tool.readLine(), "RST");
+    line.close();
+    EXPECT_EQ(tool.wait(), 0);
 }
 
 TEST_F(CoprocessorTest, stopped_board_is_named_by_what_it_does_not_answer) {

@@ -284,7 +284,8 @@ TEST(explain_log, requests_that_no_thread_tells_apart_are_unknown) {
 
 // It tells of the board as well, and of the overlay id by which its description was chosen.
 TEST(explain_log, start_of_the_daemon_is_no_request) {
-    const std::string start = "isMatchoverlayId:1\n" + kBoard;
+    const std::string start =
+            "isMatchoverlayId:1\n" + without(kBoard, "service  hardwareInfo inited:");
     const std::string prefix = "05-01 10:00:00.001   512   512 I HardwareInfoService: ";
     EXPECT_THAT(explainLog(joined(linesOf(start, prefix)) + joined(linesOf(kAccepted))).out,
                 StartsWith("05-01 10:00:00.123  pid 512  tid 530\nyes: all 3"));

@@ -51,8 +51,7 @@ void openBoard(Session& session) {
 }
 
 static host::Answer answerTo(const Session& session, const std::vector<std::string>& words) {
-    const TimeLimit limit(session,
-                          [&] { return noAnswer(session, "the board hangs"); });
+    const TimeLimit limit(session, [&] { return noAnswer(session, "the board hangs"); });
     return host::askBoard(session.board, words);
 }
 

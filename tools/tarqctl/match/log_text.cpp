@@ -1,5 +1,5 @@
-// The first bytes tell the encoding, so they are kept until there are three. From then on nothing is
-// kept but half a character and the line that has not ended.
+// The first bytes tell the encoding, so they are kept until there are three. From then on nothing
+// is kept but half a character and the line that has not ended.
 #include "tools/tarqctl/match/log_text.h"
 
 #include <algorithm>
