@@ -6,10 +6,10 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "tools/tarqctl/ask/saved_log.h"
+#include "tools/tarqctl/log/log_source.h"
+#include "tools/tarqctl/log/saved_log.h"
 #include "tools/tarqctl/match/explanation.h"
 #include "tools/tarqctl/match/log.h"
-#include "tools/tarqctl/match/log_source.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::istringstream in(std::string(reinterpret_cast<const char*>(data), size));

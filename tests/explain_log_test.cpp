@@ -6,7 +6,7 @@
 #include <sstream>
 
 #include "tests/temporary_directory.h"
-#include "tools/tarqctl/match/log_source.h"
+#include "tools/tarqctl/log/log_source.h"
 #include "tools/tarqctl/tarqctl.h"
 
 using namespace testing;
@@ -201,7 +201,6 @@ TEST(explain_log, requests_of_threads_and_daemons_are_told_apart) {
                                 refused + "\n05-01 10:00:00.124  pid 512  tid 531\nyes: all 3"));
     EXPECT_THAT(out, EndsWith("\n" + refused +
                               "\n05-01 10:00:00.125  pid 600  tid 531\nyes: nothing was compared: "
-                              "ro.vendor.ota_skip_hw_info is \"true\"\nnote: nothing was compared: "
                               "ro.vendor.ota_skip_hw_info is \"true\"\n"));
 }
 

@@ -11,7 +11,7 @@
 #include "hardware_info/timestamp_check.h"
 #include "tests/captured_log.h"
 #include "tests/test_board.h"
-#include "tools/tarqctl/ask/log_pattern.h"
+#include "tools/tarqctl/log/log_pattern.h"
 #include "tools/tarqctl/match/explanation.h"
 #include "tools/tarqctl/match/log.h"
 

@@ -1,4 +1,4 @@
-// What lies in the directory of a running board, each path once.
+// What lies in the directory of a running board, each path once; below run/rf, receiver_wire.h says.
 #pragma once
 
 #include <stddef.h>

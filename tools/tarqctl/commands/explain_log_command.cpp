@@ -10,11 +10,11 @@
 #include <utility>
 
 #include "host/run/text.h"
-#include "tools/tarqctl/ask/saved_log.h"
 #include "tools/tarqctl/commands.h"
+#include "tools/tarqctl/log/log_source.h"
+#include "tools/tarqctl/log/saved_log.h"
 #include "tools/tarqctl/match/explanation.h"
 #include "tools/tarqctl/match/log.h"
-#include "tools/tarqctl/match/log_source.h"
 
 namespace tarq::tools {
 
@@ -67,6 +67,7 @@ void print(const Session& session, const std::string& member, const MatchRequest
         text += "note: " + host::escaped(doubt.text) + "\n";
     }
     for (const std::string& missing : explanation.notCompared) {
+        if (missing == explanation.sentence) continue;  // it has been said
         text += "note: " + host::escaped(missing) + "\n";
     }
     session.out << text << std::flush;

@@ -6,6 +6,7 @@
 
 #include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/commands.h"
+#include "tools/tarqctl/match/facts.h"
 #include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
@@ -29,8 +30,8 @@ static void printText(std::ostream& out, const std::vector<std::string>& items) 
 static Json asJson(const std::vector<std::string>& items) {
     Json peripherals = Json::object();
     for (const std::string& item : items) {
-        const size_t colon = std::min(item.find(':'), item.size());
-        peripherals[item.substr(0, colon)] = item.substr(std::min(colon + 1, item.size()));
+        const Item part = itemFrom(item);
+        peripherals[part.name] = part.value;
     }
     return {{"peripherals", peripherals}};
 }

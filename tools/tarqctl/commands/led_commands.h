@@ -4,8 +4,8 @@
 #include <com/tarq/rgbleds/IRgbLedsService.h>
 
 #include "tools/tarqctl/ask/daemon.h"
-#include "tools/tarqctl/ask/led_log.h"
 #include "tools/tarqctl/commands.h"
+#include "tools/tarqctl/log/led_log.h"
 
 namespace tarq::tools {
 

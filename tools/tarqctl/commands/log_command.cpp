@@ -5,10 +5,10 @@
 #include <ostream>
 
 #include "tools/tarqctl/ask/board.h"
-#include "tools/tarqctl/ask/log_line.h"
+#include "tools/tarqctl/ask/follow.h"
 #include "tools/tarqctl/commands.h"
+#include "tools/tarqctl/log/log_line.h"
 #include "tools/tarqctl/print_json.h"
-#include "tools/tarqctl/view/print_file.h"
 
 namespace tarq::tools {
 

@@ -113,6 +113,7 @@ bool printNotes(const Session& session, const Answer& answer) {
         if (doubt.isMistake) isClean = false;
     }
     for (const std::string& text : answer.explanation.notCompared) {
+        if (text == answer.explanation.sentence) continue;  // it has been said
         session.err << prefix + "yes, but " + host::escaped(text) + "\n" << std::flush;
     }
     return isClean;

@@ -71,13 +71,13 @@ Run declareGetprop(CLI::App& app) {
     };
 }
 
-struct Outcome {
+struct Setting {
     bool done;
     std::string said;  // why not, or what went wrong besides
 };
 
 // The platform gives its reasons in a log entry alone, behind the property's name and value.
-static Outcome set(const std::string& name, const std::string& value) {
+static Setting set(const std::string& name, const std::string& value) {
     if (value.size() >= PROPERTY_VALUE_MAX) {
         return {false, "the value has " + std::to_string(value.size()) + " bytes, 91 are allowed"};
     }
@@ -111,7 +111,7 @@ Run declareSetprop(CLI::App& app) {
             ->required();
     return [name, value](Session& session) -> int {
         openBoard(session);
-        const Outcome outcome = set(*name, *value);
+        const Setting outcome = set(*name, *value);
         if (!outcome.done) {
             throw session.failure("refused", outcome.said, hintAfterRefusal(session, *name),
                                   kServiceSaidNo);

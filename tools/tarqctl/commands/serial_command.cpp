@@ -4,9 +4,9 @@
 
 #include "host/run/records.h"
 #include "tools/tarqctl/ask/board.h"
+#include "tools/tarqctl/ask/follow.h"
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/view/frame_printer.h"
-#include "tools/tarqctl/view/print_file.h"
 
 namespace tarq::tools {
 

@@ -5,8 +5,8 @@
 #include "host/run/records.h"
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"
+#include "tools/tarqctl/ask/follow.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/view/print_file.h"
 
 namespace tarq::tools {
 

@@ -89,7 +89,9 @@ std::vector<Doubt> doubtsAbout(const std::vector<std::string>& items,
         const auto part = std::find_if(board.begin(), board.end(),
                                        [&item](const Item& p) { return p.name == item.name; });
         if (part != board.end()) {
-            if (part->value != "null") addInnerWords(*part, item, i, &doubts);
+            if (part->value != "null" && items[i].size() <= kMaxItemLength) {
+                addInnerWords(*part, item, i, &doubts);
+            }
         } else if (!board.empty() && item.name != kOverlayId) {
             doubts.push_back({unknownName(item.name, names), i, true});
         }

@@ -2,11 +2,9 @@
 // same. A pattern leaves out the end of a text where that tells nothing more.
 #include "tools/tarqctl/match/fact_texts.h"
 
-#include "tools/tarqctl/ask/log_pattern.h"
+#include "tools/tarqctl/log/log_pattern.h"
 
 namespace tarq::tools {
-
-const char kMatchLogTag[] = "HardwareInfoService";
 
 // Other texts may end like this one, but a part's name has no blank.
 static constexpr char kUnmatched[] = "%s flag is unmatch";

@@ -8,8 +8,8 @@
 
 namespace tarq::tools {
 
-extern const char kMatchLogTag[];  // of all of them
-
+// Where a fact stands in this list counts: facts.cpp takes those of an item, of the hardware and of
+// the fallback by their ranges.
 enum class Fact {
     // How a request begins, and the board, as every request repeats it.
     kSkipped,      // by a property, or as the board has no overlay id
@@ -49,7 +49,8 @@ enum class Fact {
 
 struct FactText {
     Fact fact;
-    const char* pattern;  // as the daemon's printf has it, or its beginning
+    const char*
+            pattern;  // as the daemon's printf has it; %s at its end stands for whatever follows
 };
 
 const std::vector<FactText>& factTexts();

@@ -9,7 +9,7 @@
 #include <algorithm>
 
 #include "hardware_info/peripheral_table.h"
-#include "tools/tarqctl/ask/log_pattern.h"
+#include "tools/tarqctl/log/log_pattern.h"
 
 namespace tarq::tools {
 
@@ -206,7 +206,7 @@ void doubtMixed(std::map<size_t, MatchRequest>* requests) {
 void MatchLog::add(const LogLine& line) {
     const size_t number = mLines++;
     const std::string dropped = droppedBy(line);
-    if (dropped.empty() && line.tag != kMatchLogTag) return;
+    if (dropped.empty() && line.tag != kLogTag) return;
     std::vector<Stretch>& stretches = mThreads[{line.pid, line.tid}];
     if (stretches.empty() || !dropped.empty()) stretches.push_back({dropped});
     if (!dropped.empty()) return;

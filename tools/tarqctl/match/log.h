@@ -4,7 +4,7 @@
 #include <map>
 #include <utility>
 
-#include "tools/tarqctl/ask/log_line.h"
+#include "tools/tarqctl/log/log_line.h"
 #include "tools/tarqctl/match/facts.h"
 
 namespace tarq::tools {

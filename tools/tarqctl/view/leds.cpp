@@ -7,7 +7,7 @@
 #include <algorithm>
 
 #include "host/run/records.h"
-#include "tools/tarqctl/view/print_file.h"
+#include "tools/tarqctl/ask/follow.h"
 
 namespace tarq::tools {
 

@@ -1,12 +1,13 @@
 // The LED service answers "done" also where an attribute could not be opened, and a file that it
 // cannot read costs it nothing; only its log tells. Each operation ends with a line that repeats
 // its arguments, and what went wrong stands before that line on the same thread.
-#include "tools/tarqctl/ask/led_log.h"
+#include "tools/tarqctl/log/led_log.h"
 
 #include <algorithm>
 
-#include "tools/tarqctl/ask/log_line.h"
-#include "tools/tarqctl/ask/log_pattern.h"
+#include "rgbleds/led_attributes.h"
+#include "tools/tarqctl/log/log_line.h"
+#include "tools/tarqctl/log/log_pattern.h"
 
 namespace tarq::tools {
 
@@ -14,22 +15,16 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-constexpr char kTag[] = "rgbLedsService";
-
-// The line with which each operation ends; all the others stand before it, on the same thread.
-struct Operation {
-    const char* name;
-    const char* lastLine;
-};
-constexpr Operation kOperations[] = {
-        {"setRgbColor", "setRgbColor:id=%d,reg=%d"},
-        {"setRgbBrightness", "setRgbBrightness:id=%d,reg=%d"},
-        {"getRgbColor", "getRgbColor:id=%d,reg=0x%x"},
-        {"getRgbBrightness", "getRgbBrightness:id=%d,reg=0x%x"},
-        {"setLedList", "setLedList:id=%d, color=%d, brightness=%d"},
-        {"setRgbEffect", "setRgbEffect:id=%d,type=%d,color=%d,brightness=%d,cont=%d,val=%d"},
-        {"loadXmlFile", "loadXmlFile:path=%s"},
-        {"stopLampEffect", "stopLampEffect"},
+// Each begins with the operation's name.
+constexpr const char* kLastLines[] = {
+        "setRgbColor:id=%d,reg=%d",
+        "setRgbBrightness:id=%d,reg=%d",
+        "getRgbColor:id=%d,reg=0x%x",
+        "getRgbBrightness:id=%d,reg=0x%x",
+        "setLedList:id=%d, color=%d, brightness=%d",
+        "setRgbEffect:id=%d,type=%d,color=%d,brightness=%d,cont=%d,val=%d",
+        "loadXmlFile:path=%s",
+        "stopLampEffect",
 };
 
 void takeTrouble(const std::string& text, LedCall* call) {
@@ -60,13 +55,14 @@ std::optional<LedCall> LedLog::find(const std::string& operation, const Argument
     std::optional<LedCall> found;
     mFile.read([&](const std::string& line) {
         const std::optional<LogLine> parsed = parseLogLine(line);
-        if (!parsed || parsed->tag != kTag) return;
+        if (!parsed || parsed->tag != kLogTag) return;
         LedCall& call = running[{parsed->pid, parsed->tid}];
         takeTrouble(parsed->text, &call);
-        for (const Operation& ended : kOperations) {
-            const auto printed = printedArguments(ended.lastLine, parsed->text);
+        for (const std::string lastLine : kLastLines) {
+            const auto printed = printedArguments(lastLine.c_str(), parsed->text);
             if (!printed) continue;
-            const bool isOurs = ended.name == operation && *printed == arguments;
+            const bool isOurs =
+                    lastLine.substr(0, lastLine.find(':')) == operation && *printed == arguments;
             if (isOurs && (!found || isTroubled(call))) found = call;
             call = {};
         }

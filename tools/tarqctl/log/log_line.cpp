@@ -1,4 +1,4 @@
-#include "tools/tarqctl/ask/log_line.h"
+#include "tools/tarqctl/log/log_line.h"
 
 #include <stdio.h>
 #include <string.h>

@@ -1,6 +1,6 @@
 // The daemon's log tells what it does in texts that printf made, so who reads it takes them apart
 // by the same patterns. A pattern is a literal, then conversions with a literal behind each.
-#include "tools/tarqctl/ask/log_pattern.h"
+#include "tools/tarqctl/log/log_pattern.h"
 
 #include <string.h>
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "tools/tarqctl/ask/log_line.h"
+#include "tools/tarqctl/log/log_line.h"
 
 namespace tarq::tools {
 

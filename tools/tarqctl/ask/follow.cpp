@@ -1,4 +1,4 @@
-#include "tools/tarqctl/view/print_file.h"
+#include "tools/tarqctl/ask/follow.h"
 
 #include <errno.h>
 #include <string.h>

@@ -1,7 +1,7 @@
 // Logs reach us as somebody has saved or quoted them. Each line tells by its shape in which format
 // it is, so formats may be mixed. Only the long one spreads an entry over lines: there a header
 // holds until the next one, and the blank line in front of that is not text.
-#include "tools/tarqctl/ask/saved_log.h"
+#include "tools/tarqctl/log/saved_log.h"
 
 #include <stdlib.h>
 #include <string.h>

@@ -1,7 +1,7 @@
 // Bytes go through stages, a chunk at a time: what is gzip is inflated, and what comes out is text,
 // whatever its encoding. What a stage is to do it tells from the first bytes. An archive needs to
 // be read from its end, so it is the one thing that is kept whole, packed.
-#include "tools/tarqctl/match/log_source.h"
+#include "tools/tarqctl/log/log_source.h"
 
 #include <errno.h>
 #include <string.h>
@@ -17,7 +17,7 @@
 #include <utility>
 
 #include "host/run/text.h"
-#include "tools/tarqctl/match/log_text.h"
+#include "tools/tarqctl/log/log_text.h"
 
 namespace tarq::tools {
 
