@@ -44,7 +44,7 @@ static int forkAndCall(const sp<IBinder>& service) {
 }
 
 // Linked in the place of recv, so that a call can end with its process while it waits.
-static int receptionsLeft = -1;
+static thread_local int receptionsLeft = -1;
 extern "C" ssize_t __real_recv(int fd, void* buffer, size_t size, int flags);
 extern "C" ssize_t __wrap_recv(int fd, void* buffer, size_t size, int flags) {
     if (--receptionsLeft == 0) raise(SIGKILL);
