@@ -70,7 +70,12 @@ int main(int argc, char** argv) {
     } else if (mode == "live") {  // as the user; gone as soon as the call is sent
         const sp<IBinder> living = defaultServiceManager()->getService(echo::kLiving);
         if (argc > 3 && setuid(static_cast<uid_t>(atoi(argv[3]))) != 0) return 4;
-        const bool isOneWay = argc > 2 && strcmp(argv[2], "oneway") == 0;
+        const std::string kind = argc > 2 ? argv[2] : "";
+        const bool isOneWay = kind == "oneway" || kind == "unread";
+        if (kind == "unread") {  // events that this process does not take
+            echo::keep(service, new BBinder);
+            echo::call(service, echo::FIRE, {3, 1});
+        }
         Parcel data;
         data.writeInt32(0);
         receptionsLeft = 2;  // the connection's welcome, and then the reply

@@ -77,7 +77,8 @@ static ssize_t receiveFrom(int fd, uint8_t* buffer, int flags, uid_t* sender) {
     return size;
 }
 
-// An error of the socket is told as its end: there is nothing else to do with it.
+// An error of the socket is told as its end: there is nothing else to do with it. But a peer that
+// closes with something unread leaves one ECONNRESET in front of what it has sent before.
 Received receivePacket(int fd, int flags, Packet* packet, uid_t* sender) {
     uint8_t* const buffer = receiveBuffer();
     ssize_t size;
@@ -85,7 +86,7 @@ Received receivePacket(int fd, int flags, Packet* packet, uid_t* sender) {
         // With MSG_TRUNC the result is the packet's own size, also where the buffer was too small.
         size = sender != nullptr ? receiveFrom(fd, buffer, flags | MSG_TRUNC, sender)
                                  : recv(fd, buffer, kMaxPacket, flags | MSG_TRUNC);
-    } while (size < 0 && errno == EINTR);
+    } while (size < 0 && (errno == EINTR || errno == ECONNRESET));
     if (size < 0) {
         return errno == EAGAIN || errno == EWOULDBLOCK ? Received::kNothing : Received::kClosed;
     }

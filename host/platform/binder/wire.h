@@ -2,13 +2,11 @@
 // board. Both ends run on one machine, so numbers are in its own byte order.
 //
 //   connection   who sends what, in this order
-//   event        client OPEN, daemon WELCOME; then both send CALL (one-way) and RELEASE. So a
-//   one-way
+//   event        client OPEN, daemon WELCOME; then both send CALL (one-way) and RELEASE: so such a
 //                call is there before the release of its target. The session ends with this
 //                connection.
 //   call         client JOIN, daemon WELCOME; then CALL and its REPLY. Each thread of the client
-//   that
-//                calls has one of its own.
+//                has one for its calls. A reply and the release of what it names may cross.
 //   registry     as call, but for object 0 alone, the service manager: look-ups never wait behind
 //                calls.
 //

@@ -19,6 +19,8 @@
 #include <mutex>
 #include <string>
 
+#include "host/run/standard_descriptors.h"
+
 namespace {
 
 constexpr size_t kTextSize = 1024;   // with its terminator; the device's liblog has the same
@@ -35,8 +37,7 @@ struct Style {
 };
 
 std::mutex sinkMutex;
-std::atomic<bool> hasSink{
-        false};  // lets a process without a sink, such as the daemon, log unlocked
+std::atomic<bool> hasSink{false};  // a process without one, such as the daemon, logs unlocked
 
 // It is never destroyed, as threads log while the process ends.
 tarq::host::LogSink& sink() {
@@ -48,7 +49,8 @@ tarq::host::LogSink& sink() {
 Destination openDestination() {
     const char* path = getenv("TARQ_LOG");
     if (path != nullptr && *path != '\0') {
-        const int fd = open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+        const int fd = tarq::host::aboveStandard(
+                open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644));
         if (fd >= 0) return {fd, false};
         dprintf(STDERR_FILENO, "log: cannot append to %s (%s), logging here\n", path,
                 strerror(errno));

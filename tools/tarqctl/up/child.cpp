@@ -56,19 +56,24 @@ void Child::become(const Signals& signals, const Guard& guard, pid_t parent) con
     _exit(error == ENOENT ? kNotFound : kNotExecutable);
 }
 
+// It is only looked at: until it is gone its number is nobody else's, and may be sent to.
 bool Child::hasEnded() {
-    if (!mEnded) mEnded = waitpid(mPid, &mStatus, WNOHANG) == mPid;
+    siginfo_t end = {};
+    if (!mEnded && waitid(P_PID, static_cast<id_t>(mPid), &end, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+        end.si_pid == mPid) {
+        mEnded = true;
+        (end.si_code == CLD_EXITED ? mExitCode : mSignal) = end.si_status;
+    }
     return mEnded;
 }
 
 int Child::status() const {
-    return WIFSIGNALED(mStatus) ? 128 + WTERMSIG(mStatus) : WEXITSTATUS(mStatus);
+    return mSignal != 0 ? 128 + mSignal : mExitCode;
 }
 
 std::string Child::howItEnded() const {
-    if (!WIFSIGNALED(mStatus)) return "ended with status " + std::to_string(WEXITSTATUS(mStatus));
-    const int signal = WTERMSIG(mStatus);
-    return "ended: signal " + std::to_string(signal) + " (" + strsignal(signal) + ")";
+    if (mSignal == 0) return "ended with status " + std::to_string(mExitCode);
+    return "ended: signal " + std::to_string(mSignal) + " (" + strsignal(mSignal) + ")";
 }
 
 // The state is the word behind the name, which is in parentheses and may hold any.
@@ -82,19 +87,15 @@ bool Child::isStopped() const {
 }
 
 void Child::signal(int signal) {
-    if (mProgram.isPart) {
-        kill(-mPid, signal);
-    } else if (!hasEnded()) {
-        kill(mPid, signal);
-    }
+    if (!mIsGone) kill(mProgram.isPart ? -mPid : mPid, signal);
 }
 
 // A process that has ended counts as one of its group until somebody has asked for its status.
 bool Child::isGone() {
-    if (!hasEnded()) return false;
-    if (!mProgram.isPart) return true;
-    while (waitpid(-mPid, nullptr, WNOHANG) > 0) continue;
-    return kill(-mPid, 0) != 0;
+    if (mIsGone || !hasEnded()) return mIsGone;
+    while (waitpid(mProgram.isPart ? -mPid : mPid, nullptr, WNOHANG) > 0) continue;
+    mIsGone = !mProgram.isPart || kill(-mPid, 0) != 0;
+    return mIsGone;
 }
 
 }  // namespace tarq::tools

@@ -55,7 +55,9 @@ class Child {
     const Program mProgram;
     pid_t mPid = -1;
     bool mEnded = false;
-    int mStatus = 0;  // as waitpid tells it
+    int mExitCode = 0;
+    int mSignal = 0;  // that ended it, or 0
+    bool mIsGone = false;
 };
 
 }  // namespace tarq::tools

@@ -10,18 +10,23 @@ using std::chrono::steady_clock;
 
 using Children = std::vector<std::unique_ptr<Child>>;
 
+// Whoever ends a process may tell it and its group, so that two signals come as one wish.
+static constexpr milliseconds kOneWish{300};
+
 static void killNow(Child& child) {
     child.signal(SIGKILL);
     child.signal(SIGCONT);
 }
 
 // False when the time was over, or the user asks for a quick end.
-static bool waitFor(Child& child, const Signals& signals, bool* isUrgent) {
+static bool waitFor(Child& child, const Signals& signals, steady_clock::time_point begin,
+                    bool* isUrgent) {
     const auto deadline = steady_clock::now() + kPatience;
     while (!child.isGone()) {
         if (*isUrgent || steady_clock::now() > deadline) return false;
         const int signal = signals.wait(milliseconds(10));
-        if (signal == SIGINT || signal == SIGTERM) *isUrgent = true;
+        const bool isAgain = steady_clock::now() - begin > kOneWish;
+        if ((signal == SIGINT || signal == SIGTERM) && isAgain) *isUrgent = true;
     }
     return true;
 }
@@ -34,10 +39,11 @@ static std::string whyKilled(Child& child) {
 
 void endAll(const Children& children, const Signals& signals,
             const std::function<void(const std::string&)>& say) {
+    const auto begin = steady_clock::now();
     bool isUrgent = false;
     for (auto child = children.rbegin(); child != children.rend(); ++child) {
         (*child)->signal(SIGTERM);
-        if (waitFor(**child, signals, &isUrgent)) continue;
+        if (waitFor(**child, signals, begin, &isUrgent)) continue;
         if (isUrgent) {
             for (const auto& each : children) killNow(*each);
         } else {
@@ -45,7 +51,7 @@ void endAll(const Children& children, const Signals& signals,
             killNow(**child);
         }
         bool isKilled = false;  // nothing to be waited for but the kernel
-        waitFor(**child, signals, &isKilled);
+        waitFor(**child, signals, begin, &isKilled);
     }
 }
 

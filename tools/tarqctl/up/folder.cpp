@@ -53,7 +53,8 @@ void tellBrokenFiles(const std::function<void(const std::string&)>& say) {
     const bool isChosen = property_get("vendor.boot.led_effect", effect, "") > 0;
     if (!isChosen) strcpy(effect, "/vendor/etc/leds/wave_fast.xml");
     // A board without LEDs has no use for the usual one.
-    if (!isChosen && !fs::exists(deviceFile(effect))) return;
+    std::error_code unreadable;
+    if (!isChosen && !fs::exists(deviceFile(effect), unreadable)) return;
     tellBrokenFile(effect, "no effect is played at the start", say);
 }
 

@@ -1,6 +1,7 @@
 #include "tools/tarqctl/up/signals.h"
 
 #include <poll.h>
+#include <signal.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -9,6 +10,7 @@
 namespace tarq::tools {
 
 Signals::Signals() {
+    signal(SIGCHLD, SIG_DFL);  // whoever ignores it hands that on, and nobody hears of an end then
     sigset_t taken;
     sigemptyset(&taken);
     sigaddset(&taken, SIGCHLD);

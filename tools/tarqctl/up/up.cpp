@@ -116,7 +116,7 @@ std::vector<std::string> Up::tarqctl(const std::vector<std::string>& words) cons
 
 void Up::makeDirectory(const std::string& folder) {
     Waiting waiting([this] { say("waiting for another start of yours, one begins at a time"); });
-    mDirectory.emplace(fs::path(folder).filename(), mOptions.isShared, [&] {
+    mDirectory.emplace(fs::canonical(folder).filename(), mOptions.isShared, [&] {
         waiting.goOn();
         pause();
     });
@@ -155,7 +155,7 @@ void Up::startBoard(const std::string& folder) {
 // What cannot be written is missed by everything that comes later.
 void Up::requireRoom() const {
     const int error = host::writeError(mDirectory->board());
-    if (error == 0) return;
+    if (error == 0 || error == ENOENT) return;  // or the board has just ended
     throw Failure{"disk_full", "up",
                   mDirectory->board().directory + " cannot be written: " + strerror(error),
                   "TMPDIR=DIR tarqctl up, with room in DIR"};

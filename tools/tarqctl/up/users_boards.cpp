@@ -35,7 +35,10 @@ static void removeWhatWasLeft(const std::string& directory) {
     std::error_code unreadable;  // the same as empty
     for (const fs::directory_entry& entry : fs::directory_iterator(directory, unreadable)) {
         const host::Board board = {entry.path()};
-        if (!host::isRunning(board)) removeBoard(board);
+        const int fd = open(board.directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        const bool isLeft = flock(fd, LOCK_EX | LOCK_NB) == 0 && !host::isRunning(board);
+        if (isLeft) removeBoard(board);
+        if (fd >= 0) close(fd);
     }
 }
 
@@ -77,6 +80,8 @@ bool BoardDirectory::makeOwn(const std::string& name) {
         throw cannotMake(path, strerror(errno));
     }
     mBoard = {path};
+    mOwn = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    flock(mOwn, LOCK_SH);
     return true;
 }
 
@@ -100,6 +105,7 @@ BoardDirectory::BoardDirectory(const std::string& name, bool shared,
 BoardDirectory::~BoardDirectory() {
     letOthersStart();
     removeBoard(mBoard);
+    close(mOwn);
     rmdir(fs::path(mBoard.directory).parent_path().c_str());  // unless there are others
 }
 

@@ -22,8 +22,7 @@ class BoardDirectory {
 
     const host::Board& board() const { return mBoard; }
 
-    // Lets others start: the board has locked its directory, by which they see that it is none of
-    // those that were left.
+    // Lets others start, once the board is there.
     void letOthersStart();
 
   private:
@@ -31,6 +30,7 @@ class BoardDirectory {
     bool makeOwn(const std::string& name);
 
     int mLock = -1;
+    int mOwn = -1;  // locked for the life of this, also when its board has ended
     host::Board mBoard;
 };
 

@@ -156,8 +156,8 @@ bool DaemonSession::daemonIsGone(int waitMs) const {
     return ready == 1 && (event.revents & POLLHUP) != 0;
 }
 
-// A call is refused where there is no room for it. A release waits for room, for as long as it
-// takes the daemon to take what is in front; one that gets none even so goes with a later one.
+// A call is refused where there is no room for it. A release waits for room, a second at most; one
+// that gets none even so goes with a later one.
 int DaemonSession::post(const PacketHeader& header, const std::vector<PacketObject>& objects,
                         const Parcel& data) {
     constexpr int kRoomMs = 1000;
@@ -169,7 +169,7 @@ int DaemonSession::post(const PacketHeader& header, const std::vector<PacketObje
     const int sent = send();
     if (sent != -EAGAIN || header.kind != PacketKind::kRelease) return sent;
     pollfd room = {mEventFd, POLLOUT, 0};
-    poll(&room, 1, kRoomMs);
+    while (poll(&room, 1, kRoomMs) < 0 && errno == EINTR) continue;
     return send();
 }
 

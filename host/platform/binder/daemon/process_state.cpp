@@ -1,6 +1,6 @@
 // The daemon's role in the binder: it owns the board's socket and serves. A board has one daemon,
-// which holds a lock of it for its life. What makes serving
-// impossible ends the process at the start, with a line that says what to do.
+// which holds a lock of it for its life. What makes serving impossible ends the process at the
+// start, with a line that says what to do.
 #include <android/log.h>
 #include <binder/IPCThreadState.h>
 #include <binder/ProcessState.h>
@@ -21,6 +21,7 @@
 #include "host/platform/binder/daemon/shares.h"
 #include "host/platform/binder/notices.h"
 #include "host/run/socket.h"
+#include "host/run/standard_descriptors.h"
 
 namespace android {
 
@@ -41,7 +42,8 @@ static bool isShared(const Board& board) {
 // Held until the process ends, however that happens. Close-on-exec: what the daemon starts does not
 // hold it on.
 static void takeBoard(const Board& board) {
-    const int fd = open(board.daemonLock().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    const int fd = tarq::host::aboveStandard(
+            open(board.daemonLock().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644));
     if (fd < 0) fail(board.daemonLock().c_str(), strerror(errno));
     if (flock(fd, LOCK_EX | LOCK_NB) != 0) {
         fail(board.directory.c_str(), "another daemon serves this board");

@@ -6,6 +6,7 @@
 
 #include <android/log.h>
 #include <errno.h>
+#include <poll.h>
 #include <stdlib.h>
 #include <sys/epoll.h>
 #include <sys/random.h>
@@ -89,6 +90,8 @@ void Registry::lookAtTimes() {
         drop(connection);
     }
     const auto stillFull = [this](Connection* connection) {
+        pollfd closed = {connection->fd, 0, 0};
+        if (poll(&closed, 1, 0) == 1 && (closed.revents & POLLHUP) != 0) connection->session->end();
         if (connection->session->oneWayBytes > kMaxOneWay) return true;
         watch(EPOLL_CTL_ADD, connection->fd, connection);
         return false;
@@ -119,7 +122,9 @@ void Registry::acceptOne() {
 void Registry::receive(Connection* connection) {
     Packet packet;
     uid_t sender = connection->peer.uid;
-    const Received received = receivePacket(connection->fd, MSG_DONTWAIT, &packet, &sender);
+    // Of others the sender is not asked: what else a packet might carry has no place to go then.
+    uid_t* const asked = connection->isEvent ? &sender : nullptr;
+    const Received received = receivePacket(connection->fd, MSG_DONTWAIT, &packet, asked);
     if (received == Received::kNothing) return;
     if (received == Received::kPacket && handle(connection, packet, sender)) return;
     if (received == Received::kMalformed) complain(connection->peer, "malformed packet");

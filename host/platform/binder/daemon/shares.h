@@ -16,7 +16,7 @@ bool takeShare(uid_t user);
 void giveShareBack(uid_t user);
 
 // Logs what is wrong with a peer, ten times a second at most: it can do wrong as often as it likes.
-// What was left out is counted, and told when the log has room for it again.
+// What was left out is counted, and told with the next one.
 void complain(const ucred& peer, const char* what);
 
 }  // namespace android::host

@@ -11,7 +11,9 @@ class ProcessState : public virtual RefBase {
   public:
     // The one object of this process. In the daemon the first call opens the board's socket and
     // starts to answer look-ups; without a board, beside another daemon and on any other failure it
-    // ends the process with a line that says why. In a client it does nothing yet.
+    // ends the process with a line that says why. In a client it does nothing yet: it has one
+    // connection to the daemon, and one or two for each thread that calls. A user has 4,096 of them
+    // at most, of a daemon with fewer descriptors than 8,192 half of these.
     static sp<ProcessState> self();
 
     // Lets calls run: in the daemon 16 at once, and one more for each thread that joins, as on the
