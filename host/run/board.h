@@ -1,4 +1,5 @@
-// What lies in the directory of a running board, each path once; below run/rf, receiver_wire.h says.
+// What lies in the directory of a running board, each path once; what is below run/rf is in
+// receiver_wire.h.
 #pragma once
 
 #include <stddef.h>
