@@ -128,7 +128,7 @@ std::string escaped(const std::string& bytes) {
         if (known != nullptr) {
             text += {'\\', kLetters[known - kMeanings]};
         } else if (size == 0 || (size == 1 && iscntrl(static_cast<unsigned char>(byte)) != 0)) {
-            text += "\\x" + hexOf({1, byte});
+            text += "\\x" + hexOf(std::string(1, byte));
         } else {
             text.append(bytes, i, size);
         }
