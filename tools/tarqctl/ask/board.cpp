@@ -45,7 +45,8 @@ void openBoard(Session& session) {
     std::error_code error;
     if (!fs::is_directory(run, error)) {
         if (!error) error = std::make_error_code(std::errc::not_a_directory);
-        throw session.failure("no_board", run + ": " + error.message(), howToStart(error.value()));
+        throw session.failure("no_board", "no board is there, " + run + ": " + error.message(),
+                              howToStart(error.value()));
     }
     host::setProcessBoard(session.board);
 }
