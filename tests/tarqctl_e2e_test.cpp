@@ -208,6 +208,7 @@ TEST_F(TarqctlE2e, mistakes_in_a_list_are_named_with_their_line_and_strict_refus
     const std::string fits = "overlay_id:5\ntp:gt9\n";
     check(fits, 0, "yes: 1 board part fits\n");
     check(fits + "\nwifi:gt9 gt911\n", 0, "yes: ");
+    check("overlay_id:5\ntp:gt9\r\n", 0, list + ":2: it ends in CR LF");
     check(fits + "#\ntp:gt9", 1, list + ":4: tp is named more than once");
     check(fits + "overlay-id:9", 1, list + ":3: there is no part \"overlay-id\"");
     check(fits + "wifi:" + std::string(97, 'x'), 1, list + ":3: wifi: the item is longer than 101");
