@@ -1,6 +1,10 @@
 // led play NAME|PATH: the daemon reads the file. What it makes of it is told by its log, and what
 // the driver says to that by the board; or, in a dry run, by the daemon's own reader and a driver
 // by the same rules.
+#include <errno.h>
+#include <string.h>
+#include <unistd.h>
+
 #include <CLI/App.hpp>
 #include <algorithm>
 #include <filesystem>
@@ -8,6 +12,7 @@
 #include <set>
 
 #include "common/device_file.h"
+#include "host/run/disk.h"
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/led_refusals.h"
@@ -103,7 +108,11 @@ static int play(Session& session, const std::string& word, const std::string& fi
                     },
                     {"the daemon goes on with the transfer, so do not start another", "trace -f"});
     if (!call) {
-        throw session.failure("not_known", "the log does not tell whether it was loaded",
+        const std::string log = session.board.log();
+        const int error = access(log.c_str(), R_OK) != 0 ? errno : host::writeError(session.board);
+        throw session.failure("not_known",
+                              "the log does not tell whether it was loaded" +
+                                      (error != 0 ? ", " + log + ": " + strerror(error) : ""),
                               session.next("services"));
     }
     if (call->fileUnreadable) throw notLoaded(session, word, file);
