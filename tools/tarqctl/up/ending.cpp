@@ -3,6 +3,8 @@
 // at it, and is killed then. The user is never kept: who asks once more has it at once.
 #include "tools/tarqctl/up/ending.h"
 
+#include <utility>
+
 namespace tarq::tools {
 
 using std::chrono::milliseconds;
@@ -15,11 +17,14 @@ static void killNow(Child& child) {
     child.signal(SIGCONT);
 }
 
-// False when the time was over, or the user asks for a quick end.
-static bool waitFor(Child& child, const Signals& signals, bool* isUrgent) {
-    const auto deadline = steady_clock::now() + kPatience;
+// False when the time was over, or the user asks for a quick end. After two seconds it is told.
+static bool waitFor(Child& child, const Signals& signals, bool* isUrgent,
+                    std::function<void()> tell) {
+    const auto begin = steady_clock::now();
     while (!child.isGone()) {
-        if (*isUrgent || steady_clock::now() > deadline) return false;
+        const auto elapsed = steady_clock::now() - begin;
+        if (*isUrgent || elapsed > kPatience) return false;
+        if (tell && elapsed > std::chrono::seconds(2)) std::exchange(tell, nullptr)();
         const int signal = signals.wait(milliseconds(10));
         if (signal == SIGINT || signal == SIGTERM) *isUrgent = true;
     }
@@ -37,7 +42,10 @@ void endAll(const Children& children, const Signals& signals,
     bool isUrgent = false;
     for (auto child = children.rbegin(); child != children.rend(); ++child) {
         (*child)->signal(SIGTERM);
-        if (waitFor(**child, signals, &isUrgent)) continue;
+        const auto tell = [&] {
+            say("waiting for " + (*child)->name() + " to end; Ctrl-C ends all at once");
+        };
+        if (waitFor(**child, signals, &isUrgent, tell)) continue;
         if (isUrgent) {
             for (const auto& each : children) killNow(*each);
         } else {
@@ -45,7 +53,7 @@ void endAll(const Children& children, const Signals& signals,
             killNow(**child);
         }
         bool isKilled = false;  // nothing to be waited for but the kernel
-        waitFor(**child, signals, &isKilled);
+        waitFor(**child, signals, &isKilled, nullptr);
     }
 }
 
