@@ -114,6 +114,7 @@ said "the board ended: signal 9 (Killed)"
 echo >"$work/up"
 finish 3
 said "the daemon is stopped and did not end within 5 s, and is killed"
+said "waiting for the daemon to end; Ctrl-C ends all at once"
 nothing_left "a stopped part"
 
 start bash -c "trap '' INT; trap 'exit 4' TERM; echo up >'$work/up'; while :; do sleep 0.02; done"

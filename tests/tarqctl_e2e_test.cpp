@@ -208,6 +208,7 @@ TEST_F(TarqctlE2e, mistakes_in_a_list_are_named_with_their_line_and_strict_refus
     const std::string fits = "overlay_id:5\ntp:gt9\n";
     check(fits, 0, "yes: 1 board part fits\n");
     check(fits + "\nwifi:gt9 gt911\n", 0, "yes: ");
+    check("overlay_id:5\ntp:gt9\r\n", 0, list + ":2: it ends in CR LF");
     check(fits + "#\ntp:gt9", 1, list + ":4: tp is named more than once");
     check(fits + "overlay-id:9", 1, list + ":3: there is no part \"overlay-id\"");
     check(fits + "wifi:" + std::string(97, 'x'), 1, list + ":3: wifi: the item is longer than 101");
@@ -355,10 +356,15 @@ TEST_F(TarqctlE2e, log_is_followed_until_interrupted_or_the_board_ends) {
     followHint(finish(*log), 2, "the last\ntarqctl: log -f: the board ended\n");
 }
 
-TEST_F(TarqctlE2e, command_without_output_says_so_on_a_terminal) {
+TEST_F(TarqctlE2e, terminal_gets_colours_and_a_word_for_no_output) {
     startDaemon();
-    const std::string onTerminal = "script -qec 'tarqctl shell \"true;true\"' /dev/null";
-    EXPECT_THAT(sh(onTerminal, mBoard.path()).out, HasSubstr("no standard output came back"));
+    const auto onTerminal = [this](const std::string& line) {
+        return sh("script -qec '" + line + "' /dev/null", mBoard.path()).out;
+    };
+    EXPECT_THAT(onTerminal("tarqctl shell \"true;true\""),
+                HasSubstr("no standard output came back"));
+    EXPECT_THAT(onTerminal("NO_COLOR= tarqctl match tp:x"), StartsWith("\x1b[32myes\x1b[0m: "));
+    EXPECT_THAT(onTerminal("NO_COLOR=1 tarqctl match tp:x"), StartsWith("yes: "));
 }
 
 TEST_F(TarqctlE2e, output_that_nobody_takes_ends_the_tool) {

@@ -11,19 +11,21 @@
 
 namespace tarq::host {
 
-static int64_t msOf(clockid_t clock) {
+static int64_t nsOf(clockid_t clock) {
     timespec time = {};
     clock_gettime(clock, &time);
-    return int64_t{time.tv_sec} * 1000 + time.tv_nsec / 1'000'000;
+    return int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
 }
 
 int64_t nowMs() {
-    return msOf(CLOCK_MONOTONIC);
+    return nsOf(CLOCK_MONOTONIC) / 1'000'000;
 }
 
-// What the two clocks differ by is taken once: it wavers.
+// What the two clocks differ by is taken once: it wavers. Only the difference is rounded, so that
+// other processes have the same.
 std::string logTime(int64_t ms) {
-    static const int64_t kOffset = msOf(CLOCK_REALTIME) - msOf(CLOCK_MONOTONIC);
+    static const int64_t kOffset =
+            (nsOf(CLOCK_REALTIME) - nsOf(CLOCK_MONOTONIC) + 500'000) / 1'000'000;
     const int64_t wall = kOffset + ms;
     const time_t second = wall / 1000;
     tm local = {};

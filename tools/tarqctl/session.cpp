@@ -2,6 +2,7 @@
 
 #include <ostream>
 
+#include "host/run/text.h"
 #include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
@@ -14,13 +15,13 @@ void printFailure(const Failure& failure, bool json, std::ostream& out, std::ost
                           {"hint", failure.hint}}}});
         return;
     }
-    err << "tarqctl: " + failure.what + ": " + failure.why + "\nhint: " + failure.hint + "\n" +
-                    failure.usage
+    err << "tarqctl: " + host::escaped(failure.what + ": " + failure.why) +
+                    "\nhint: " + failure.hint + "\n" + failure.usage
         << std::flush;
 }
 
 void Session::notice(const std::string& text) const {
-    err << "tarqctl: " + line + ": " + text + "\n" << std::flush;
+    err << "tarqctl: " + host::escaped(line + ": " + text) + "\n" << std::flush;
 }
 
 std::string Session::next(const std::string& command) const {

@@ -43,6 +43,7 @@ struct Named {
     const CLI::App* app;
     std::string path = "tarqctl";
     std::string unknown = {};  // the word that is none, "" when there is no such word
+    std::string option = {};   // one that stands in the place of a command
 };
 
 Named namedOn(const CLI::App& all, const CommandLine& line) {
@@ -51,8 +52,9 @@ Named namedOn(const CLI::App& all, const CommandLine& line) {
         const auto below = named.app->get_subcommands(
                 [&word](const CLI::App* command) { return command->get_name() == word; });
         if (below.empty()) {
-            const bool isNone = word[0] != '-' && !named.app->get_subcommands({}).empty();
-            if (isNone) named.unknown = word;
+            if (named.app->get_subcommands({}).empty()) break;
+            const bool isNone = word[0] != '-';
+            (isNone ? named.unknown : named.option) = word;
             break;
         }
         named.app = below.front();
@@ -74,7 +76,8 @@ Failure wrongUsage(const Named& named, const Session& session, const CLI::ParseE
         why = host::noSuchCommand(named.unknown, names);
         meant = host::nearestName(named.unknown, names);
     } else if (!names.empty() && error.get_name() == "RequiredError") {
-        why = "no command is given; there are " + joined(names);
+        why = named.option.empty() ? "no command is given; there are " + joined(names)
+                                   : "there is no option " + named.option;
     }
     Failure failure = session.failure("usage", why,
                                       named.path + (meant.empty() ? "" : " " + meant) + " --help");

@@ -11,6 +11,7 @@
 #include "host/run/control.h"
 #include "host/run/lock.h"
 #include "host/run/socket.h"
+#include "tools/tarqctl/ask/as_root.h"
 #include "tools/tarqctl/ask/time_limit.h"
 
 namespace tarq::tools {
@@ -45,7 +46,10 @@ void openBoard(Session& session) {
     std::error_code error;
     if (!fs::is_directory(run, error)) {
         if (!error) error = std::make_error_code(std::errc::not_a_directory);
-        throw session.failure("no_board", run + ": " + error.message(), howToStart(error.value()));
+        const bool isNone = error != std::errc::permission_denied;
+        throw session.failure("no_board",
+                              (isNone ? "no board is there, " : "") + run + ": " + error.message(),
+                              howToStart(error.value()));
     }
     host::setProcessBoard(session.board);
 }
@@ -64,15 +68,21 @@ static std::string cannotAsk(const Session& session, int error) {
     return "no board can be asked in " + session.board.directory + ": " + host::socketError(error);
 }
 
+// One that may be opened but not asked is shared already, and obeys who started it.
+static std::string hintAt(const Session& session, int error) {
+    return error == EACCES ? asRoot(session) : howToStart(error);
+}
+
 std::string askBoard(const Session& session, const std::vector<std::string>& words) {
     const host::Answer answer = answerTo(session, words);
     if (answer.error == 0) return answer.isDone ? "" : answer.reason;
-    throw session.failure("no_board", cannotAsk(session, answer.error), howToStart(answer.error));
+    throw session.failure("no_board", cannotAsk(session, answer.error),
+                          hintAt(session, answer.error));
 }
 
 std::string askState(const Session& session, host::BoardState* state, std::string* hint) {
     const host::Answer answer = answerTo(session, {"board"});
-    *hint = howToStart(answer.error);
+    *hint = hintAt(session, answer.error);
     if (answer.error != 0) return cannotAsk(session, answer.error);
     if (host::parseBoardState(answer.text, state)) return "";
     return "the board in " + session.board.directory + " is another version's: " + answer.reason;

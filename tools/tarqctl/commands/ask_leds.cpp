@@ -3,7 +3,9 @@
 // both, by its operation, arguments and records, before it is called done.
 #include <algorithm>
 
+#include "host/run/lock.h"
 #include "host/run/text.h"
+#include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/ask/led_refusals.h"
 #include "tools/tarqctl/command_line.h"
@@ -50,6 +52,10 @@ std::optional<LedCall> askLeds(Session& session, const std::string& operation,
     if (answer.done && opened) {
         throwIfRefused(session, refused);
         return logged;
+    }
+    if (!opened && !host::isRunning(session.board)) {
+        throw session.failure("no_board", "the board in " + session.board.directory + " has ended",
+                              howToStart(0));
     }
     throw session.failure("attribute",
                           opened ? "the service said no, and its log does not tell why"

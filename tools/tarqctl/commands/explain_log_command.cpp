@@ -62,7 +62,7 @@ void print(const Session& session, const std::string& member, const MatchRequest
         printJson(session.out, json);
         return;
     }
-    std::string text = titleOf(member, request) + "\n" + asText(explanation);
+    std::string text = titleOf(member, request) + "\n" + asText(session, explanation);
     for (const Doubt& doubt : explanation.doubts) {
         text += "note: " + host::escaped(doubt.text) + "\n";
     }

@@ -1,6 +1,10 @@
 // led play NAME|PATH: the daemon reads the file. What it makes of it is told by its log, and what
 // the driver says to that by the board; or, in a dry run, by the daemon's own reader and a driver
 // by the same rules.
+#include <errno.h>
+#include <string.h>
+#include <unistd.h>
+
 #include <CLI/App.hpp>
 #include <algorithm>
 #include <filesystem>
@@ -8,6 +12,7 @@
 #include <set>
 
 #include "common/device_file.h"
+#include "host/run/disk.h"
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/led_refusals.h"
@@ -54,6 +59,11 @@ static Failure noSuchEffect(const Session& session, const std::string& word, std
     return session.failure("not_loaded", why, hint, kServiceSaidNo);
 }
 
+static bool isMissingName(const std::string& word, const std::string& file) {
+    std::error_code error;
+    return word.find('/') == std::string::npos && !fs::exists(deviceFile(file), error) && !error;
+}
+
 static Failure notLoaded(const Session& session, const std::string& word, const std::string& file) {
     const std::string why = whyUnreadable(file);
     if (why.empty()) {
@@ -61,9 +71,7 @@ static Failure notLoaded(const Session& session, const std::string& word, const 
                 "not_loaded", host::escaped(file) + ": the daemon cannot read it, only tarqctl can",
                 "ls -l " + shellQuoted(deviceFile(file)), kServiceSaidNo);
     }
-    std::error_code error;
-    const bool isMissing = !fs::exists(deviceFile(file), error) && !error;
-    if (isMissing && word.find('/') == std::string::npos) return noSuchEffect(session, word, why);
+    if (isMissingName(word, file)) return noSuchEffect(session, word, why);
     return session.failure("not_loaded", why, kHelp, kServiceSaidNo);
 }
 
@@ -100,7 +108,11 @@ static int play(Session& session, const std::string& word, const std::string& fi
                     },
                     {"the daemon goes on with the transfer, so do not start another", "trace -f"});
     if (!call) {
-        throw session.failure("not_known", "the log does not tell whether it was loaded",
+        const std::string log = session.board.log();
+        const int error = access(log.c_str(), R_OK) != 0 ? errno : host::writeError(session.board);
+        throw session.failure("not_known",
+                              "the log does not tell whether it was loaded" +
+                                      (error != 0 ? ", " + log + ": " + strerror(error) : ""),
                               session.next("services"));
     }
     if (call->fileUnreadable) throw notLoaded(session, word, file);
@@ -132,8 +144,9 @@ static void printJson(const Session& session, const EffectRecord& record) {
 
 // The records as the trace of the driver has them; between them, as comments, what is left out and
 // what is refused.
-static int playDry(Session& session, const std::string& file) {
+static int playDry(Session& session, const std::string& word, const std::string& file) {
     const std::optional<size_t> leds = findLeds(session, file);
+    if (isMissingName(word, file)) throw noSuchEffect(session, word, whyUnreadable(file));
     const EffectTransfer transfer = transferEffect(session, file, leds.value_or(kMostLeds), kHelp);
     if (!leds) {
         session.notice("no board tells how many LEDs there are; LEDs 0 to " +
@@ -170,7 +183,7 @@ Run declareLedPlay(CLI::App& app) {
                  "exit code 1; needs no daemon, and for a file from here no board");
     return [word, dry](Session& session) {
         const std::string file = fileOf(*word);
-        return *dry ? playDry(session, file) : play(session, *word, file);
+        return *dry ? playDry(session, *word, file) : play(session, *word, file);
     };
 }
 

@@ -67,6 +67,10 @@ void printColours(const Session& session, int64_t ms, const Colours& colours) {
     printJson(session.out, {{"ms", ms}, {"leds", leds}});
 }
 
+Failure boardEnded(const Session& session) {
+    return session.failure("no_board", "the board ended", howToStart(0));
+}
+
 // As blocks on a terminal; without one, or with --json or NO_COLOR, a line for each change.
 void watch(const Session& session) {
     LedReplay leds(session);
@@ -79,7 +83,7 @@ void watch(const Session& session) {
     while (!isOver && session.out.good()) {
         if (!host::isRunning(session.board)) {
             screen.reset();
-            throw session.failure("no_board", "the board ended", howToStart(0));
+            throw boardEnded(session);
         }
         leds.update();
         const int64_t ms = host::nowMs();
@@ -96,6 +100,7 @@ void watch(const Session& session) {
 }
 
 int showOnce(const Session& session) {
+    if (!host::isRunning(session.board)) throw boardEnded(session);
     const LedReplay leds(session);
     const int64_t ms = host::nowMs();
     printColours(session, ms, leds.driver().shown(ms));

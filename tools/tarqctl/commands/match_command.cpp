@@ -138,7 +138,7 @@ int match(Session& session, const Options& options) {
     if (session.json) {
         printJson(session.out, asJson(explanation));
     } else {
-        session.out << asText(explanation) << std::flush;
+        session.out << asText(session, explanation) << std::flush;
     }
     const bool isClean = printNotes(session, answer);
     if (!why.empty()) session.err << "hint: " + hint + "\n" << std::flush;

@@ -3,6 +3,7 @@
 // be read from its end, so it is the one thing that is kept whole, packed.
 #include "tools/tarqctl/log/log_source.h"
 
+#include <ctype.h>
 #include <errno.h>
 #include <string.h>
 #include <zip.h>
@@ -175,7 +176,10 @@ std::string kindOf(const std::string& start) {
         if (start.rfind(kind.start, 0) == 0) return kind.name;
     }
     if (start.rfind("\xff\xfe", 0) == 0 || start.rfind("\xfe\xff", 0) == 0) return "text in UTF-16";
-    if (start.find('\0') != std::string::npos) {
+    const auto isOfNoText = [](unsigned char c) {
+        return iscntrl(c) != 0 && isspace(c) == 0 && c != '\x1b';
+    };
+    if (std::any_of(start.begin(), start.end(), isOfNoText)) {
         return "no text, its first bytes are " + host::hexOf(start.substr(0, 8));
     }
     return "text that begins with \"" + host::escaped(start.substr(0, start.find('\n'))) + "\"";

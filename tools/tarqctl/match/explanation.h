@@ -7,6 +7,7 @@
 
 #include "tools/tarqctl/match/facts.h"
 #include "tools/tarqctl/print_json.h"
+#include "tools/tarqctl/session.h"
 
 namespace tarq::tools {
 
@@ -57,6 +58,8 @@ void withhold(const SilentProbes& silent, const std::string& why, Explanation* e
 
 // For people: the verdict, the table, and what would make it fit.
 std::string asText(const Explanation& explanation);
+// The same with a yes or no that is painted.
+std::string asText(const Session& session, const Explanation& explanation);
 
 // {"verdict", "sentence", "items": [{"name", …}], "fallback", …}: the members' names stay.
 Json asJson(const Explanation& explanation);

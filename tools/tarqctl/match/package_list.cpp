@@ -27,13 +27,18 @@ std::string howToMend(const std::string& file, const std::string& line) {
 
 }  // namespace
 
-// A file may come from another system: the end of a line may have a CR.
+// A file may come from another system: the end of a line may have a CR. That is no flaw of the
+// list, but to an updater that keeps it the last element is another one.
 PackageList readList(const Session& session, const std::string& file) {
     PackageList list;
     int number = 0;
+    std::string firstCr;
     readLines(session, file, [&](std::string line) {
         const std::string place = file + ":" + std::to_string(++number);
-        if (!line.empty() && line.back() == '\r') line.pop_back();
+        if (!line.empty() && line.back() == '\r') {
+            line.pop_back();
+            if (firstCr.empty()) firstCr = place;
+        }
         const bool isBlank = line.find_first_not_of(" \t") == std::string::npos;
         if (isBlank || line[0] == '#') return;
         const std::string why = whyNoItem(line);
@@ -43,6 +48,10 @@ PackageList readList(const Session& session, const std::string& file) {
         list.items.push_back(line);
         list.places.push_back(place);
     });
+    if (!firstCr.empty()) {
+        session.notice(firstCr +
+                       ": it ends in CR LF; the CR is left out here, an updater may keep it");
+    }
     return list;
 }
 

@@ -5,7 +5,6 @@
 
 #include "host/run/text.h"
 #include "tools/tarqctl/match/explanation.h"
-#include "tools/tarqctl/session.h"
 
 namespace tarq::tools {
 
@@ -92,6 +91,13 @@ std::string asText(const Explanation& explanation) {
     std::string text = explanation.verdict + ": " + host::escaped(explanation.sentence) + "\n";
     if (!explanation.rows.empty()) text += "\n" + tableOf(explanation);
     return explanation.verdict == "yes" ? text : text + howToFit(explanation);
+}
+
+std::string asText(const Session& session, const Explanation& explanation) {
+    const std::string& verdict = explanation.verdict;
+    const bool isYes = verdict == "yes";
+    const std::string word = isYes || verdict == "no" ? painted(session, verdict, isYes) : verdict;
+    return word + asText(explanation).substr(verdict.size());
 }
 
 Json asJson(const Explanation& explanation) {

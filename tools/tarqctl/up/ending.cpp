@@ -3,6 +3,8 @@
 // at it, and is killed then. The user is never kept: who asks once more has it at once.
 #include "tools/tarqctl/up/ending.h"
 
+#include <utility>
+
 namespace tarq::tools {
 
 using std::chrono::milliseconds;
@@ -18,14 +20,17 @@ static void killNow(Child& child) {
     child.signal(SIGCONT);
 }
 
-// False when the time was over, or the user asks for a quick end.
-static bool waitFor(Child& child, const Signals& signals, steady_clock::time_point begin,
-                    bool* isUrgent) {
-    const auto deadline = steady_clock::now() + kPatience;
+// False when the time was over, or the user asks for a quick end, which counts from the moment at
+// which all began to end. After two seconds tell says what is waited for.
+static bool waitFor(Child& child, const Signals& signals, steady_clock::time_point ending,
+                    bool* isUrgent, std::function<void()> tell) {
+    const auto begin = steady_clock::now();
     while (!child.isGone()) {
-        if (*isUrgent || steady_clock::now() > deadline) return false;
+        const auto elapsed = steady_clock::now() - begin;
+        if (*isUrgent || elapsed > kPatience) return false;
+        if (tell && elapsed > std::chrono::seconds(2)) std::exchange(tell, nullptr)();
         const int signal = signals.wait(milliseconds(10));
-        const bool isAgain = steady_clock::now() - begin > kOneWish;
+        const bool isAgain = steady_clock::now() - ending > kOneWish;
         if ((signal == SIGINT || signal == SIGTERM) && isAgain) *isUrgent = true;
     }
     return true;
@@ -39,11 +44,14 @@ static std::string whyKilled(Child& child) {
 
 void endAll(const Children& children, const Signals& signals,
             const std::function<void(const std::string&)>& say) {
-    const auto begin = steady_clock::now();
+    const auto ending = steady_clock::now();
     bool isUrgent = false;
     for (auto child = children.rbegin(); child != children.rend(); ++child) {
         (*child)->signal(SIGTERM);
-        if (waitFor(**child, signals, begin, &isUrgent)) continue;
+        const auto tell = [&] {
+            say("waiting for " + (*child)->name() + " to end; Ctrl-C ends all at once");
+        };
+        if (waitFor(**child, signals, ending, &isUrgent, tell)) continue;
         if (isUrgent) {
             for (const auto& each : children) killNow(*each);
         } else {
@@ -51,7 +59,7 @@ void endAll(const Children& children, const Signals& signals,
             killNow(**child);
         }
         bool isKilled = false;  // nothing to be waited for but the kernel
-        waitFor(**child, signals, begin, &isKilled);
+        waitFor(**child, signals, ending, &isKilled, nullptr);
     }
 }
 

@@ -67,6 +67,8 @@ class Up {
     void say(const std::string& text) const { mSession.err << "tarqctl: up: " + text + "\n"; }
     void pause(int readable = -1) const;
     Child& start(Program program);
+    std::string again() const;
+    Failure partEnded(const std::string& who, const Child& part) const;
     std::vector<std::string> tarqctl(const std::vector<std::string>& words) const;
     int runAll(const std::vector<std::string>& command);
 
@@ -122,8 +124,14 @@ void Up::makeDirectory(const std::string& folder) {
     });
 }
 
-static Failure partEnded(const std::string& who, const Child& part) {
-    return {"part_ended", "up", who + " " + part.howItEnded(), "tarqctl up"};
+// Once more, for the same board.
+std::string Up::again() const {
+    const bool isUsual = mOptions.board == UpOptions().board;
+    return "tarqctl up" + (isUsual ? "" : " --board " + shellQuoted(mOptions.board));
+}
+
+Failure Up::partEnded(const std::string& who, const Child& part) const {
+    return {"part_ended", "up", who + " " + part.howItEnded(), again()};
 }
 
 void Up::startBoard(const std::string& folder) {
@@ -144,7 +152,7 @@ void Up::startBoard(const std::string& folder) {
         if (byte == '\n') break;
         if (mBoard->hasEnded()) throw partEnded("the board did not start: it", *mBoard);
         if (waiting.elapsed() > kBoardPatience) {
-            throw Failure{"timeout", "up", "the board is not ready after 60 s", "tarqctl up"};
+            throw Failure{"timeout", "up", "the board is not ready after 60 s", again()};
         }
         waiting.goOn();
     }
@@ -195,7 +203,7 @@ void Up::startDaemon() {
     if (serves.hasEnded() && serves.status() == 0) return;
     sayLastLines();
     if (mDaemon->hasEnded()) throw partEnded("the daemon did not start: it", *mDaemon);
-    throw Failure{"no_daemon", "up", "the daemon does not serve", "tarqctl up"};
+    throw Failure{"no_daemon", "up", "the daemon does not serve", again()};
 }
 
 // What ended or is full is said once, while the command goes on.
@@ -281,7 +289,12 @@ int Up::run(const std::vector<std::string>& command) {
         status = runAll(command);
     } catch (const Interrupted& by) {
         status = 128 + by.signal;
-    } catch (const Failure& failure) {
+    } catch (Failure& failure) {
+        // Who has come by scripts/run has no tarqctl on PATH.
+        const size_t up = failure.hint.find("tarqctl up");
+        if (up != std::string::npos) {
+            failure.hint.replace(up, strlen("tarqctl"), shellQuoted(mPrograms / "tarqctl"));
+        }
         printFailure(failure, mSession.json, mSession.out, mSession.err);
         status = failure.exitCode;
     }
