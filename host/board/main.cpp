@@ -1,4 +1,5 @@
-// The virtual board: plays the hardware of a device on a plain Linux machine.
+// The command line of the virtual board, which has one command: the board only plays, until it is
+// told to end. What is done to it meanwhile, and what it has recorded, is asked of it by tarqctl.
 #include <stdio.h>
 
 #include <CLI/CLI.hpp>

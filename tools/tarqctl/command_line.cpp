@@ -1,3 +1,6 @@
+// The parser takes every word that begins with a dash for an option of its own. Two commands are
+// followed by another command line, so their words are parted from ours before it sees any; and an
+// error names the command as it was typed, without the global options around it.
 #include "tools/tarqctl/command_line.h"
 
 #include <CLI/App.hpp>

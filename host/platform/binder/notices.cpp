@@ -1,3 +1,6 @@
+// Those who are told take locks of their own, which may be held by whoever found the death out: so
+// it is never that thread which tells them. A thread that were started then could be refused, and
+// the notice lost or a lock waited for by its holder; this one is there before anybody can link.
 #include "host/platform/binder/notices.h"
 
 #include <condition_variable>

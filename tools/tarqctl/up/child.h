@@ -1,8 +1,11 @@
-// One program that `up` starts, and how it ends.
+// The programs that `up` starts, and how they end.
 #pragma once
 
 #include <sys/types.h>
 
+#include <chrono>
+#include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -23,7 +26,7 @@ struct Program {
     std::vector<std::pair<std::string, std::string>> environment = {};
 };
 
-// To be told to end before it is destroyed, see ending.h.
+// To be told to end before it is destroyed, see endAll().
 class Child {
   public:
     // Throws a Failure when this system has no process left.
@@ -59,5 +62,13 @@ class Child {
     int mSignal = 0;  // that ended it, or 0
     bool mIsGone = false;
 };
+
+// How long each may take to end.
+constexpr std::chrono::seconds kPatience{5};
+
+// Ends them one after the other, the last one first: tells each to, and kills it when the time is
+// over, which say() is told in a sentence. A SIGINT or SIGTERM meanwhile kills all of them at once.
+void endAll(const std::vector<std::unique_ptr<Child>>& children, const Signals& signals,
+            const std::function<void(const std::string&)>& say);
 
 }  // namespace tarq::tools

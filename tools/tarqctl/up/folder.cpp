@@ -1,3 +1,6 @@
+// The daemon takes a description file or a boot effect that is no XML for an empty one, and its log
+// has no cause and no line. So the files are looked at before it starts, and a finding is said but
+// stops nothing, as it stops nothing on a device.
 #include "tools/tarqctl/up/folder.h"
 
 #include <cutils/properties.h>

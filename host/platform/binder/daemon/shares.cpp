@@ -1,3 +1,6 @@
+// A local user may connect as often as it likes, and a daemon has so many descriptors: without
+// shares one user could keep all others out. Counted is by the user and not by the process, of
+// which a user can have any number.
 #include "host/platform/binder/daemon/shares.h"
 
 #include <android/log.h>

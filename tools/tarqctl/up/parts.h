@@ -1,0 +1,68 @@
+// What `up` starts and ends.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/tarqctl/session.h"
+#include "tools/tarqctl/up/child.h"
+#include "tools/tarqctl/up/guard.h"
+#include "tools/tarqctl/up/signals.h"
+#include "tools/tarqctl/up/up.h"
+#include "tools/tarqctl/up/users_boards.h"
+
+namespace tarq::tools {
+
+// Thrown where it is waited, but while a command runs, which decides what a signal means to it.
+struct Interrupted {
+    int signal;
+};
+
+// For one thread. Throws a Failure or Interrupted wherever it does not get on.
+class Parts {
+  public:
+    Parts(const Session& session, const UpOptions& options)
+        : mSession(session), mOptions(options) {}
+
+    // A directory, the board in it, and the daemon on the board, until it serves.
+    void start();
+    // One more process, ended before those that were started earlier.
+    Child& add(Program program);
+    // All of them, the last one first, and the directory.
+    void end();
+
+    // The words that start this program for this board.
+    std::vector<std::string> tarqctl(const std::vector<std::string>& words) const;
+    const host::Board& directory() const { return mDirectory->board(); }
+    // How a part ended, and how to start anew.
+    Failure partEnded(const std::string& who, const Child& part) const;
+
+    // Waits a moment, for signals too.
+    void pause(int readable = -1) const;
+    void say(const std::string& text) const;
+
+    const std::filesystem::path programs =
+            std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    const Guard guard;  // is there before the signals are taken, which it leaves alone
+    const Signals signals;
+    Child* board = nullptr;
+    Child* daemon = nullptr;
+
+  private:
+    void makeDirectory(const std::string& folder);
+    void startBoard(const std::string& folder);
+    void startDaemon();
+    void requireRoom() const;
+    void sayLastLines() const;
+    std::string again() const;
+
+    const Session& mSession;
+    const UpOptions& mOptions;
+    std::optional<BoardDirectory> mDirectory;
+    std::vector<std::unique_ptr<Child>> mChildren;  // in the order of their start
+};
+
+}  // namespace tarq::tools
