@@ -47,11 +47,6 @@ same "status" 7 $?
 same "output" "input"$'\n'"$TMPDIR/tarqd-$UID/demo_panel" "$output"
 nothing_left "a failing command"
 
-output=$("$run" tarqctl shell 'echo hi; echo $((6 * 7))' 2>/dev/null)
-same "status of tarqctl" 0 $?
-same "output of the daemon's command" $'hi\n42' "$output"
-nothing_left "a command"
-
 "$run" no_such_command 2>/dev/null
 same "status of a missing command" 127 $?
 nothing_left "a missing command"
