@@ -9,11 +9,7 @@
 #include <com/tarq/shell/BpShellService.h>
 #include <gmock/gmock.h>
 
-#include <functional>
-#include <string>
-#include <tuple>
 #include <type_traits>
-#include <vector>
 
 #include "tests/wire.h"
 

@@ -6,9 +6,6 @@
 #include <stdlib.h>
 #include <utils/String8.h>
 
-#include <string>
-#include <vector>
-
 #include "tests/captured_log.h"
 
 using namespace android;  // NOLINT: the binder is defined here

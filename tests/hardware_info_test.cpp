@@ -27,9 +27,8 @@ struct HardwareInfo : PlainBoardTest {
     static std::string state() {
         const BoardIdentity& id = boardIdentity;
         std::string text = id.product;
-        for (const auto& field : {id.xmlOverlayIds, id.xmlHwVersion}) {
+        for (const auto& field : {id.xmlOverlayIds, id.xmlHwVersion})
             text += "|" + std::string(field, strnlen(field, 64));
-        }
         for (const PeripheralEntry& entry : peripheralTable) {
             if (strcmp(entry.value, "null") == 0) continue;
             text += std::string(" ") + entry.name + "=" + entry.value;

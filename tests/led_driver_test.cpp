@@ -89,9 +89,8 @@ TEST(LedDriver, refusal_names_the_first_thing_that_is_wrong) {
             {"xml_effect_trans_vals", "loop 1", ""},
             {"xml_effect_trans_state", "0", "the effect has no duration, interval"},
             {"colour", "", "there is no such attribute"}};
-    for (const auto& [attribute, record, why] : kRows) {
+    for (const auto& [attribute, record, why] : kRows)
         EXPECT_EQ(driver.write(attribute, record, 0), why) << record;
-    }
 }
 
 // Its LED 0 has steps of 30 ms in all, its LED 2 of 300 ms.

@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <array>
-#include <tuple>
 
 #include "hardware_info/HardwareInfoService.h"
 #include "hardware_info/peripheral_matching.h"
@@ -68,9 +67,8 @@ TEST_F(PeripheralMatching, overlay_id_must_be_listed_when_the_board_has_one) {
             "E overlay ids of 64 bytes are not compared, at most 63 are allowed\n";
     EXPECT_EQ(match({"overlay_id"}), noValue + "fits");
     boardIdentity.overlayId = 3;
-    for (const std::string& ids : {"1,2*3"s, " 03x"s, longest}) {
+    for (const std::string& ids : {"1,2*3"s, " 03x"s, longest})
         EXPECT_EQ(match({"overlay_id:" + ids}), "I isMatchoverlayId:1\nfits");
-    }
     for (const auto& [item, ids, before] : std::vector<std::array<std::string, 3>>{
                  {"overlay_id:13", "13", ""},
                  {"overlay_id", "", noValue},
@@ -120,9 +118,8 @@ TEST_F(PeripheralMatching, part_that_the_board_does_not_list_refuses_nothing) {
 TEST_F(PeripheralMatching, either_text_or_probe_is_enough) {
     const std::string is = "I isTpMatchByTpInfo: ";
     setPart(PeripheralType::TP, "ABC");
-    for (const std::string value : {"X-1,gt9xx-5", ",gt9xx-5,"}) {
+    for (const std::string value : {"X-1,gt9xx-5", ",gt9xx-5,"})
         EXPECT_EQ(match({"tp:" + value}), differs("tp", "ABC", value) + is + "match\nfits");
-    }
     for (const std::string value : {"gt9xx-5 ", "gt9xx-55", ""}) {
         EXPECT_EQ(match({"tp:" + value}),
                   differs("tp", "ABC", value) + is + "unmatch\n" + refusedFor("tp"));

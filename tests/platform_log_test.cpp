@@ -6,8 +6,6 @@
 #include <sys/socket.h>
 #include <sys/wait.h>
 
-#include <algorithm>
-#include <functional>
 #include <regex>
 #include <thread>
 
@@ -34,9 +32,8 @@ std::vector<std::string> writesOf(const std::function<void()>& body) {
     std::vector<std::string> writes;
     std::string buffer(10000, '\0');
     ssize_t length = 0;
-    while ((length = read(ends[0], buffer.data(), buffer.size())) > 0) {
+    while ((length = read(ends[0], buffer.data(), buffer.size())) > 0)
         writes.push_back(buffer.substr(0, static_cast<size_t>(length)));
-    }
     close(ends[0]);
     int status = -1;
     EXPECT_EQ(waitpid(child, &status, 0), child);
@@ -99,9 +96,7 @@ TEST(Log, every_line_of_an_entry_has_the_prefix_and_all_go_out_at_once) {
         }
     });
     ASSERT_EQ(writes.size(), std::size(entries));
-    for (size_t i = 0; i < writes.size(); ++i) {
-        EXPECT_EQ(withoutStamp(writes[i]), entries[i].shown);
-    }
+    for (size_t i = 0; i < writes.size(); ++i) EXPECT_EQ(withoutStamp(writes[i]), entries[i].shown);
 }
 
 TEST(Log, file_is_appended_to_by_threads_and_processes_and_stays_out_of_commands) {

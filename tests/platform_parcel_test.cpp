@@ -3,9 +3,6 @@
 #include <binder/Status.h>
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <string>
-
 #include "tests/wire.h"
 
 using namespace android;  // NOLINT: this file is about nothing else

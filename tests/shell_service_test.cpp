@@ -5,9 +5,7 @@
 #include <gmock/gmock.h>
 #include <stdio.h>
 
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "shell/ShellService.h"
 #include "tests/captured_log.h"
