@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 #include <sys/ioctl.h>
 
-#include <chrono>
-
 #include "tests/test_board.h"
 
 namespace {
@@ -20,14 +18,12 @@ constexpr unsigned long kModuleInformation = 0x8EB656C0;
 
 class BoardContract : public testing::Test {
   protected:
-    void SetUp() override {
-        if (!mBoard.withoutFuse().empty()) GTEST_SKIP() << mBoard.withoutFuse();
-    }
+    void SetUp() override { mBoard.skipWithoutFuse(); }
     void TearDown() override {
         for (const int fd : mOpened) close(fd);
     }
     int openAt(const std::string& path, int flags) {
-        mOpened.push_back(open(mBoard.path(path).c_str(), flags | O_CLOEXEC));
+        mOpened.push_back(open(mBoard.device(path).c_str(), flags | O_CLOEXEC));
         return mOpened.back();
     }
     // What one read gives, or the error in words.
@@ -140,7 +136,7 @@ TEST_F(BoardContract, fault_is_what_its_name_says_until_there_is_none) {
         mBoard.command({"fault", path, "none"});
         EXPECT_EQ(content(path), text);
     }
-    EXPECT_FALSE(fs::is_symlink(mBoard.path("/vendor/a/b")));
+    EXPECT_FALSE(fs::is_symlink(mBoard.device("/vendor/a/b")));
     mBoard.command({"fault", kGpio + "export", "unwritable"});
     EXPECT_EQ(record(kGpio + "export", "42"), "Permission denied");
     const auto start = std::chrono::steady_clock::now();
@@ -165,9 +161,8 @@ TEST_F(BoardContract, state_tells_what_is_there_and_what_was_done_to_it) {
     mBoard.command({"fault", "camera0", "garbage"});
     mBoard.command({"hold", "camera0"});
     mBoard.command({"fault", "hwid_flag", "absent"});
-    std::string said;
-    EXPECT_EQ(mBoard.ask({"board"}, &said), 0);
-    EXPECT_THAT(said, testing::StartsWith(mBoard.directory() + " is played by FUSE\n\nnode "));
+    const std::string said = mBoard.ask({"board"});
+    EXPECT_THAT(said, testing::StartsWith(mBoard.directory + " is played by FUSE\n\nnode "));
     for (const char* row : {"camera0  +/dev/v4l-subdev0  +there  +garbage, held",
                             "hwid_flag  +/sys/bus/[^ ]+  +absent  +absent",
                             "gpio42  +/sys/class/gpio/gpio42/value  +absent  +-"}) {
@@ -176,14 +171,14 @@ TEST_F(BoardContract, state_tells_what_is_there_and_what_was_done_to_it) {
     mBoard.command({"release", "camera0"});
     mBoard.command({"fault", "camera0", "none"});
     mBoard.command({"fault", "hwid_flag", "none"});
-    EXPECT_EQ(mBoard.ask({"board", "--json"}, &said), 0);
-    EXPECT_THAT(said, testing::HasSubstr("\"name\":\"camera0\",\"path\":\"/dev/v4l-subdev0\","
-                                         "\"state\":\"there\",\"fault\":\"none\",\"held\":false"));
+    EXPECT_THAT(mBoard.ask({"board", "--json"}),
+                testing::HasSubstr("\"name\":\"camera0\",\"path\":\"/dev/v4l-subdev0\","
+                                   "\"state\":\"there\",\"fault\":\"none\",\"held\":false"));
 }
 
 TEST_F(BoardContract, command_that_makes_no_sense_is_refused_and_changes_nothing) {
     const struct {
-        std::vector<std::string> words;
+        Words words;
         int code;
         const char* why;
     } kCommands[] = {
@@ -199,10 +194,8 @@ TEST_F(BoardContract, command_that_makes_no_sense_is_refused_and_changes_nothing
             {{"set", "touch_panel"}, 2, "VALUE is required"},
     };
     for (const auto& row : kCommands) {
-        std::string said;
-        EXPECT_EQ(mBoard.ask(row.words, &said), row.code) << said;
-        EXPECT_THAT(said, testing::HasSubstr(row.why));
-        EXPECT_EQ(content(kTouchPanel), kText) << said;
+        EXPECT_THAT(mBoard.ask(row.words, row.code), testing::HasSubstr(row.why));
+        EXPECT_EQ(content(kTouchPanel), kText) << row.why;
     }
 }
 

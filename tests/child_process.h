@@ -11,7 +11,10 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <filesystem>
 #include <functional>
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -29,12 +32,26 @@ inline bool eventually(const std::function<bool()>& condition) {
     return true;
 }
 
+// How many the process has open.
+inline auto openDescriptors(pid_t process = getpid()) {
+    return std::distance(
+            std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/fd"), {});
+}
+
+using Words = std::vector<std::string>;
+
+// The line split at blanks.
+inline Words wordsOf(const std::string& line) {
+    std::istringstream split(line);
+    return {std::istream_iterator<std::string>(split), {}};
+}
+
 class ChildProcess {
   public:
     // environment: NAME=VALUE texts on top of the test's own. uid: run as that user. Standard
     // output is read by the test, standard error is the test's.
-    explicit ChildProcess(const std::vector<std::string>& command,
-                          const std::vector<std::string>& environment = {}, uid_t uid = getuid()) {
+    explicit ChildProcess(const Words& command, const Words& environment = {},
+                          uid_t uid = getuid()) {
         int ends[2];
         EXPECT_EQ(0, pipe2(ends, O_CLOEXEC));
         mPid = fork();

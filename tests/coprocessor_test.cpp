@@ -60,14 +60,9 @@ class CoprocessorTest : public Test {
   protected:
     static constexpr char kDevice[] = "<coprocessor manufacturer='1002' version='6.10.3'/>";
 
-    static std::string seen(const TestBoard& board, const std::vector<std::string>& words) {
-        std::string said;
-        EXPECT_EQ(board.ask(words, &said), 0) << said;
-        return said;
-    }
     // Each question of the table gets its answer.
     static void converse(const TestBoard& board) {
-        const Port port(board.path("/dev/ttyS3"));
+        const Port port(board.device("/dev/ttyS3"));
         const std::pair<std::string, std::string> kTalk[] = {
                 {kReset, kResetDone},
                 {kVersion, kVersionIs},
@@ -83,7 +78,7 @@ class CoprocessorTest : public Test {
     }
     // How much the record has of a sender.
     static int chunks(const TestBoard& board, const std::string& from) {
-        std::istringstream record(readFile(board.directory() + "/run/serial.jsonl"));
+        std::istringstream record(readFile(board.serialRecords()));
         int count = 0;
         for (std::string line; std::getline(record, line);) count += line.find(from) != line.npos;
         return count;
@@ -98,27 +93,20 @@ class CoprocessorTest : public Test {
 // How frames read is ash_test's.
 TEST_F(CoprocessorTest, conversation_is_answered_recorded_and_readable) {
     const TestBoard board(kDevice);
-    EXPECT_TRUE(fs::is_symlink(board.path("/dev/ttyS3")));
+    EXPECT_TRUE(fs::is_symlink(board.device("/dev/ttyS3")));
     converse(board);
     converse(board);  // whoever comes next finds it as it was
     EXPECT_TRUE(hasWritten(board, 8));
-    EXPECT_THAT(seen(board, {"serial"}),
+    EXPECT_THAT(board.ask({"serial"}),
                 MatchesRegex("[0-9:. -]{18} host         RST\n(.*\n)*"
                              "host: 12 frames, 4 damaged, 12 bytes skipped\n"
                              "coprocessor: 8 frames, 0 damaged, 0 bytes skipped\n"));
-    EXPECT_THAT(seen(board, {"serial", "--json"}), StartsWith("{\"ms\":"));
+    EXPECT_THAT(board.ask({"serial", "--json"}), StartsWith("{\"ms\":"));
     ChildProcess follower({TARQCTL, "serial", "-f", "--json"});
     EXPECT_THAT(follower.readLine(),
                 HasSubstr("\"from\":\"host\",\"bytes\":\"1ac038bc7e\",\"type\":\"RST\""));
     follower.kill(SIGINT);
     EXPECT_EQ(follower.wait(), 0);
-}
-
-TEST_F(CoprocessorTest, without_fuse_the_port_is_there_all_the_same) {
-    if (!TestBoard::canHideFuse()) GTEST_SKIP() << "unshare -m is refused";
-    const TestBoard board(kDevice, "", TestBoard::kHideFuse);
-    ASSERT_NE(board.withoutFuse(), "");
-    converse(board);
 }
 
 TEST_F(CoprocessorTest, fault_is_as_its_name_says_and_over_with_none) {
@@ -138,7 +126,7 @@ TEST_F(CoprocessorTest, fault_is_as_its_name_says_and_over_with_none) {
                    {"too_long", kQuery, tenTimes, 1},
                    {"acknowledged", kQuery, "82 50 3a 7e " + kQueryIs, 1},
                    {"too_short", kQuery, "82 50 3a 7e 7e", 1}};
-    const Port port(board.path("/dev/ttyS3"));
+    const Port port(board.device("/dev/ttyS3"));
     for (const auto& row : kFaults) {
         board.command({"fault", "coprocessor", row.fault});
         const int before = writes(board);
@@ -157,7 +145,7 @@ TEST_F(CoprocessorTest, fault_is_as_its_name_says_and_over_with_none) {
     }
     board.command({"fault", "coprocessor", "absent"});
     EXPECT_TRUE(port.isHungUp());
-    EXPECT_FALSE(fs::is_symlink(board.path("/dev/ttyS3")));
+    EXPECT_FALSE(fs::is_symlink(board.device("/dev/ttyS3")));
     board.command({"fault", "coprocessor", "none"});
     converse(board);
 }
@@ -166,21 +154,19 @@ TEST_F(CoprocessorTest, manufacturer_and_version_can_be_set_and_nonsense_is_refu
     const TestBoard board(kDevice);
     board.command({"set", "coprocessor_manufacturer", "CC"});
     board.command({"set", "coprocessor_version", "15.1.255"});
-    const std::vector<std::vector<std::string>> kWrong = {
-            {"set", "coprocessor_manufacturer", "10020"},
-            {"set", "coprocessor_manufacturer", "x"},
-            {"set", "coprocessor_version", "16.0.0"},
-            {"set", "coprocessor_version", "1.2.3 "},
-            {"set", "coprocessor", "1002"},
-            {"fault", "coprocessor", "slow"},
-            {"hold", "coprocessor"}};
-    std::string said;
-    for (const auto& words : kWrong) EXPECT_EQ(board.ask(words, &said), 1) << words[1];
-    const Port port(board.path("/dev/ttyS3"));
+    const Words kWrong[] = {{"set", "coprocessor_manufacturer", "10020"},
+                            {"set", "coprocessor_manufacturer", "x"},
+                            {"set", "coprocessor_version", "16.0.0"},
+                            {"set", "coprocessor_version", "1.2.3 "},
+                            {"set", "coprocessor", "1002"},
+                            {"fault", "coprocessor", "slow"},
+                            {"hold", "coprocessor"}};
+    for (const Words& words : kWrong) board.ask(words, 1);
+    const Port port(board.device("/dev/ttyS3"));
     port.send(kQuery);
     port.read("02 43 a1 57 54 39 15 7d 5e 59 6b bb 0d 33 7e");  // a 7e in it is escaped
     EXPECT_TRUE(hasWritten(board, 1));
-    EXPECT_THAT(seen(board, {"serial"}), HasSubstr("manufacturer 00cc, version 15.1.255\n"));
+    EXPECT_THAT(board.ask({"serial"}), HasSubstr("manufacturer 00cc, version 15.1.255\n"));
 }
 
 TEST_F(CoprocessorTest, live_capture_is_decoded_while_it_comes) {
@@ -197,8 +183,8 @@ TEST_F(CoprocessorTest, live_capture_is_decoded_while_it_comes) {
 TEST_F(CoprocessorTest, stopped_board_is_named_by_what_it_does_not_answer) {
     const TestBoard board(kDevice);
     board.signal(SIGSTOP);
-    std::string said;
-    EXPECT_EQ(board.ask({"--timeout", "0.2", "set", "coprocessor_version", "1.2.3"}, &said), 2);
+    const std::string said =
+            board.ask({"--timeout", "0.2", "set", "coprocessor_version", "1.2.3"}, 2);
     board.signal(SIGCONT);
     EXPECT_THAT(said, HasSubstr("no answer after 0.2 s: the board is stopped (process "));
 }

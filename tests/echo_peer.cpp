@@ -8,7 +8,7 @@
 
 #include <string>
 
-#include "tests/echo_client.h"
+#include "tests/echo_service.h"
 
 using namespace android;
 

@@ -1,5 +1,5 @@
-// The object that the platform's own tests, fuzzer and benchmarks call: it gives back, keeps and
-// calls what it is handed, and can be made to wait.
+// The object that the platform's own tests and fuzzer call: it gives back, keeps and calls what it
+// is handed, and can be made to wait. And the calls that the tests and the peer program make.
 #pragma once
 
 #include <binder/Binder.h>
@@ -176,5 +176,41 @@ class EchoService : public BBinder, public IBinder::DeathRecipient {
     std::atomic<int32_t> mWaiting{0};
     std::vector<sp<IBinder>> mKept;
 };
+
+inline sp<IBinder> find() {
+    return defaultServiceManager()->getService(kName);
+}
+
+// A call whose arguments are int32s and whose reply, if it has one, begins with an int32.
+inline status_t call(const sp<IBinder>& service, uint32_t code,
+                     const std::vector<int32_t>& arguments = {}, int32_t* out = nullptr) {
+    Parcel data, reply;
+    for (const int32_t argument : arguments) data.writeInt32(argument);
+    const status_t status = service->transact(code, data, &reply);
+    if (status == OK && out != nullptr) *out = reply.readInt32();
+    return status;
+}
+
+inline int32_t ask(const sp<IBinder>& service, uint32_t code) {
+    int32_t answer = -1;
+    call(service, code, {}, &answer);
+    return answer;
+}
+
+// The object in the reply to a call without arguments.
+inline sp<IBinder> receive(const sp<IBinder>& service, uint32_t code) {
+    Parcel data, reply;
+    service->transact(code, data, &reply);
+    return reply.readStrongBinder();
+}
+
+// Hands an object over. known: whether the daemon had it already.
+inline status_t keep(const sp<IBinder>& service, const sp<IBinder>& object, bool* known = nullptr) {
+    Parcel data, reply;
+    data.writeStrongBinder(object);
+    const status_t status = service->transact(KEEP, data, &reply);
+    if (known != nullptr) *known = reply.readInt32() == 1;
+    return status;
+}
 
 }  // namespace echo

@@ -3,18 +3,16 @@
 #include <zip.h>
 #include <zlib.h>
 
-#include <sstream>
-
+#include "tests/run_tarqctl.h"
 #include "tests/temporary_directory.h"
 #include "tools/tarqctl/log/log_source.h"
-#include "tools/tarqctl/tarqctl.h"
 
 using namespace testing;
-using Lines = std::vector<std::string>;
 
 namespace {
 
 const std::string kPrefix = "05-01 10:00:00.123   512   530 I HardwareInfoService: ";
+const std::string kTitle = "05-01 10:00:00.123  pid 512  tid 530\n";
 
 // The board of most cases: parts that fit, that do not, and that the package does not name.
 const std::string kBoard = R"(service  hardwareInfo inited:
@@ -85,31 +83,25 @@ isPeripheralMatch,typeName:internal_camera,gc5035 inited,null given
 isInternalCameraMatch: match
 )";
 
-Lines linesOf(const std::string& texts, const std::string& prefix = kPrefix) {
-    Lines lines;
+Words linesOf(const std::string& texts, const std::string& prefix = kPrefix) {
+    Words lines;
     std::istringstream in(texts);
     for (std::string text; std::getline(in, text);) lines.push_back(prefix + text);
     return lines;
 }
 
-std::string joined(const Lines& lines, const std::string& end = "\n") {
+std::string joined(const Words& lines, const std::string& end = "\n") {
     std::string text;
     for (const std::string& line : lines) text += line + end;
     return text;
 }
 
-struct Result {
-    int code;
-    std::string out;
-    std::string err;
-};
+std::string logOf(const std::string& texts, const std::string& prefix = kPrefix) {
+    return joined(linesOf(texts, prefix));
+}
 
-Result explainLog(const std::string& log, const Lines& words = {"explain-log"}) {
-    std::istringstream in(log);
-    std::ostringstream out;
-    std::ostringstream err;
-    const int code = tarq::tools::runTarqctl(words, false, in, out, err);
-    return {code, out.str(), err.str()};
+Result explainLog(const std::string& log, const Words& words = {"explain-log"}) {
+    return tarqctl(words, log);
 }
 
 std::string without(std::string texts, const std::string& line) {
@@ -117,10 +109,9 @@ std::string without(std::string texts, const std::string& line) {
 }
 
 TEST(explain_log, refusal_is_a_table_with_what_would_fit) {
-    const std::string log = joined(linesOf(kRefused));
-    const std::string text = "05-01 10:00:00.123  pid 512  tid 530\n" + kRefusedTable;
+    const std::string log = logOf(kRefused);
+    const std::string text = kTitle + kRefusedTable;
     EXPECT_EQ(explainLog(log).out, text);
-    EXPECT_EQ(explainLog(joined(linesOf(kRefused), "\r\n")).out, text);
     std::string withCr = log;
     withCr.insert(withCr.find("\n", withCr.find("codec:es8316")), "\r");
     EXPECT_THAT(explainLog(withCr).out, HasSubstr("  es8316\\r     "));
@@ -173,16 +164,16 @@ TEST(explain_log, what_is_not_proved_is_unknown) {
                             "another request "
                             "at the same time got in between, ask again\n")},
          }) {
-        EXPECT_THAT(explainLog(joined(linesOf(texts))).out, explained) << texts;
+        EXPECT_THAT(explainLog(logOf(texts)).out, explained) << texts;
     }
 }
 
 TEST(explain_log, requests_of_threads_and_daemons_are_told_apart) {
-    Lines log = {"--------- beginning of main"};
-    const Lines first = linesOf(kRefused);
-    const Lines second =
+    Words log = {"--------- beginning of main"};
+    const Words first = linesOf(kRefused);
+    const Words second =
             linesOf(kAccepted, "05-01 10:00:00.124   512   531 I HardwareInfoService: ");
-    const Lines third = linesOf("skip  hw match,beacause ro.vendor.ota_skip_hw_info=true\n",
+    const Words third = linesOf("skip  hw match,beacause ro.vendor.ota_skip_hw_info=true\n",
                                 "05-01 10:00:00.125   600   531 I HardwareInfoService: ");
     log.insert(log.end(), second.end() - 3, second.end());  // of a request before
     for (size_t i = 0; i < std::max(first.size(), second.size()); ++i) {
@@ -195,7 +186,7 @@ TEST(explain_log, requests_of_threads_and_daemons_are_told_apart) {
     log.insert(log.end(), third.begin(), third.end());
     EXPECT_THAT(explainLog(joined(log), {"explain-log", "--json"}).out, Not(HasSubstr("\n\n")));
     const std::string out = explainLog(joined(log)).out;
-    const std::string refused = "05-01 10:00:00.123  pid 512  tid 530\n" + kRefusedTable;
+    const std::string refused = kTitle + kRefusedTable;
     EXPECT_THAT(out, StartsWith("05-01 10:00:00.124  pid 512  tid 531\nunknown: the request began "
                                 "before the log does, or its first line is missing\n\n" +
                                 refused + "\n05-01 10:00:00.124  pid 512  tid 531\nyes: all 3"));
@@ -204,46 +195,36 @@ TEST(explain_log, requests_of_threads_and_daemons_are_told_apart) {
                               "ro.vendor.ota_skip_hw_info is \"true\"\n"));
 }
 
-// With the prefix and the suffix of a format, as logcat prints them.
-std::string inFormat(const std::string& texts, const std::string& prefix,
-                     const std::string& suffix = "\n") {
-    std::string log;
-    std::istringstream in(texts);
-    for (std::string text; std::getline(in, text);) log += prefix + text + suffix;
-    return log;
+// A refusal with the prefix and the suffix of a format, as logcat prints them.
+std::string refusalIn(const std::string& prefix, const std::string& suffix = "\n") {
+    return joined(linesOf(kRefused, prefix), suffix);
 }
 
-constexpr char kTag[] = "HardwareInfoService";
-
 TEST(explain_log, every_format_of_logcat_is_read) {
-    const std::string tag = kTag;
+    const std::string tag = "HardwareInfoService";
     const std::string time = "05-01 10:00:00.123";
     const std::string longHeader = "[ " + time + "   512:  530 I/" + tag + " ]\n";
     for (const auto& [log, title] : std::vector<std::pair<std::string, std::string>>{
-                 {inFormat(kRefused, "I/" + tag + "(  512): "), "pid 512"},
-                 {inFormat(kRefused, "I/" + tag + "( 1000:  512): "), "pid 512"},
-                 {inFormat(kRefused, "I/" + tag + ": "), "a request"},
-                 {inFormat(kRefused, "I(  512) ", "  (" + tag + ")\n"), "pid 512"},
-                 {inFormat(kRefused, time + " I/" + tag + "(  512): "), time + "  pid 512"},
-                 {inFormat(kRefused, time + "   512   530 I " + tag + ": "), ""},
-                 {inFormat(kRefused, time + "  1000   512   530 I " + tag + ": "), ""},
-                 {inFormat(kRefused, time + " system   512   530 I " + tag + ": "), ""},
-                 {inFormat(kRefused, "2018-" + time + "456 +0200   512   530 I " + tag + ": "),
+                 {refusalIn("I/" + tag + "(  512): "), "pid 512"},
+                 {refusalIn("I/" + tag + "( 1000:  512): "), "pid 512"},
+                 {refusalIn("I/" + tag + ": "), "a request"},
+                 {refusalIn("I(  512) ", "  (" + tag + ")\n"), "pid 512"},
+                 {refusalIn(time + " I/" + tag + "(  512): "), time + "  pid 512"},
+                 {refusalIn(time + "   512   530 I " + tag + ": "), ""},
+                 {refusalIn(time + "  1000   512   530 I " + tag + ": "), ""},
+                 {refusalIn(time + " system   512   530 I " + tag + ": "), ""},
+                 {refusalIn("2018-" + time + "456 +0200   512   530 I " + tag + ": "),
                   "2018-" + time + "456  pid 512  tid 530"},
-                 {inFormat(kRefused, "         1525168800.123   512   530 I " + tag + ": "),
+                 {refusalIn("         1525168800.123   512   530 I " + tag + ": "),
                   "1525168800.123  pid 512  tid 530"},
-                 {inFormat(kRefused, "\x1b[38;5;40m" + time + "   512   530 I " + tag + ": ",
-                           "\x1b[0m\n"),
+                 {refusalIn("\x1b[38;5;40m" + time + "   512   530 I " + tag + ": ", "\x1b[0m\n"),
                   ""},
-                 {inFormat(kRefused, longHeader, "\n\n"), ""},
+                 {refusalIn(longHeader, "\n\n"), ""},
                  // One message of several lines has one header.
                  {longHeader + "a\n\nb\n\n" + longHeader + kRefused + "\n", ""},
-                 {inFormat(kRefused, "> [ " + time + " system:  512:  530 I/" + tag + " ]\n> ",
-                           "\n>\n"),
+                 {refusalIn("> [ " + time + " system:  512:  530 I/" + tag + " ]\n> ", "\n>\n"),
                   ""},
-                 {"He wrote:\n\n" +
-                          inFormat(kRefused, "> > " + time + "   512   530 I " + tag + ": "),
-                  ""},
+                 {"He wrote:\n\n" + refusalIn("> > " + time + "   512   530 I " + tag + ": "), ""},
          }) {
         const std::string expected = title.empty() ? time + "  pid 512  tid 530" : title;
         EXPECT_EQ(explainLog(log).out, expected + "\n" + kRefusedTable) << log.substr(0, 200);
@@ -252,8 +233,8 @@ TEST(explain_log, every_format_of_logcat_is_read) {
 
 TEST(explain_log, requests_that_no_thread_tells_apart_are_unknown) {
     const std::string brief = "I/HardwareInfoService(  512): ";
-    const std::string refused = inFormat(kRefused, brief);
-    const std::string accepted = inFormat(kAccepted, brief);
+    const std::string refused = refusalIn(brief);
+    const std::string accepted = logOf(kAccepted, brief);
     const auto verdicts = [](const std::string& log) {
         std::string words;
         std::istringstream out(explainLog(log).out);
@@ -286,19 +267,19 @@ TEST(explain_log, start_of_the_daemon_is_no_request) {
     const std::string start =
             "isMatchoverlayId:1\n" + without(kBoard, "service  hardwareInfo inited:");
     const std::string prefix = "05-01 10:00:00.001   512   512 I HardwareInfoService: ";
-    EXPECT_THAT(explainLog(joined(linesOf(start, prefix)) + joined(linesOf(kAccepted))).out,
-                StartsWith("05-01 10:00:00.123  pid 512  tid 530\nyes: all 3"));
+    EXPECT_THAT(explainLog(logOf(start, prefix) + logOf(kAccepted)).out,
+                StartsWith(kTitle + "yes: all 3"));
 }
 
 TEST(explain_log, gaps_are_named_and_nothing_is_said_of_what_was_not_seen) {
     const std::string chatty = "05-01 10:00:00.123   512   530 I chatty  : uid=1000(system) ";
-    const Lines accepted = linesOf(kAccepted);
+    const Words accepted = linesOf(kAccepted);
     const std::string whole = joined(accepted);
     const std::string gap =
             "\nunknown: the device has dropped 12 lines before the end of the request was seen "
             "(chatty)\n";
     for (size_t i = 1; i <= accepted.size(); ++i) {
-        Lines log(accepted.begin(), accepted.begin() + i);
+        Words log(accepted.begin(), accepted.begin() + i);
         log.push_back(chatty + "expire 12 lines");
         log.insert(log.end(), accepted.begin() + std::min(i + 3, accepted.size()), accepted.end());
         const Result result = explainLog(joined(log) + whole);
@@ -307,7 +288,7 @@ TEST(explain_log, gaps_are_named_and_nothing_is_said_of_what_was_not_seen) {
         EXPECT_THAT(result.out, HasSubstr("\nyes: all 3"));
         EXPECT_EQ(result.code, 2);
         // What is left of it, alone.
-        const Result rest = explainLog(joined(Lines(accepted.begin() + i, accepted.end())));
+        const Result rest = explainLog(joined(Words(accepted.begin() + i, accepted.end())));
         EXPECT_EQ(rest.code, 2);
         EXPECT_THAT(rest.out + rest.err,
                     AnyOf(EndsWith("\nunknown: the request began before the log does, or its first "
@@ -315,13 +296,13 @@ TEST(explain_log, gaps_are_named_and_nothing_is_said_of_what_was_not_seen) {
                           HasSubstr("no match request is in it"), HasSubstr("it is empty")));
     }
     // A refusal is told before the gap; what repeats itself is dropped, too.
-    EXPECT_EQ(explainLog(joined(linesOf(kRefused)) + chatty + "expire 1 line\n" + whole).code, 1);
-    Lines log(accepted.begin(), accepted.begin() + 2);
+    EXPECT_EQ(explainLog(logOf(kRefused) + chatty + "expire 1 line\n" + whole).code, 1);
+    Words log(accepted.begin(), accepted.begin() + 2);
     log.push_back(chatty + "identical 3 lines");
     log.insert(log.end(), accepted.begin() + 2, accepted.end());
     EXPECT_THAT(explainLog(joined(log)).out, HasSubstr("dropped 3 lines before the end"));
     // The line of an item is lost, and the log ends: it may have been named.
-    const std::string cut = explainLog(joined(linesOf(without(kAccepted, "bt:rtl8723")))).out;
+    const std::string cut = explainLog(logOf(without(kAccepted, "bt:rtl8723"))).out;
     EXPECT_THAT(cut, HasSubstr("unknown: no item of that name was seen"));
     EXPECT_THAT(cut, Not(HasSubstr("to make it fit")));
 }
@@ -333,17 +314,11 @@ std::string utf16(const std::string& ascii, bool bigEndian) {
 }
 
 std::string gzipped(const std::string& bytes) {
-    z_stream stream = {};
-    std::string packed(bytes.size() + 100, '\0');
-    deflateInit2(&stream, 9, Z_DEFLATED, MAX_WBITS + 16, 9, Z_DEFAULT_STRATEGY);
-    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
-    stream.avail_in = static_cast<uInt>(bytes.size());
-    stream.next_out = reinterpret_cast<Bytef*>(packed.data());
-    stream.avail_out = static_cast<uInt>(packed.size());
-    EXPECT_EQ(deflate(&stream, Z_FINISH), Z_STREAM_END);
-    packed.resize(stream.total_out);
-    deflateEnd(&stream);
-    return packed;
+    const TemporaryDirectory directory;
+    const gzFile file = gzopen((directory / "gz").c_str(), "wb");
+    EXPECT_EQ(gzwrite(file, bytes.data(), static_cast<unsigned>(bytes.size())), bytes.size());
+    EXPECT_EQ(gzclose(file), Z_OK);
+    return readFile(directory / "gz");
 }
 
 std::string zipped(const std::vector<std::pair<std::string, std::string>>& members) {
@@ -358,8 +333,8 @@ std::string zipped(const std::vector<std::pair<std::string, std::string>>& membe
 }
 
 TEST(explain_log, log_is_read_as_other_systems_write_it_and_people_pack_it) {
-    const std::string log = joined(linesOf(kRefused));
-    const std::string text = "05-01 10:00:00.123  pid 512  tid 530\n" + kRefusedTable;
+    const std::string log = logOf(kRefused);
+    const std::string text = kTitle + kRefusedTable;
     const size_t half = log.find('\n', log.size() / 2) + 1;
     for (const std::string& bytes :
          {"\xef\xbb\xbf" + log, utf16(log, false), utf16(joined(linesOf(kRefused), "\r\n"), true),
@@ -369,7 +344,7 @@ TEST(explain_log, log_is_read_as_other_systems_write_it_and_people_pack_it) {
     }
     const std::string report = zipped({{"version.txt", "2.0"},
                                        {"bugreport.txt", "== dumpstate\n" + log},
-                                       {"FS/last.gz", gzipped(joined(linesOf(kAccepted)))}});
+                                       {"FS/last.gz", gzipped(logOf(kAccepted))}});
     EXPECT_THAT(
             explainLog(report).out,
             AllOf(StartsWith("05-01 10:00:00.123  pid 512  tid 530  in bugreport.txt\nno: 2"),
@@ -381,13 +356,13 @@ TEST(explain_log, log_is_read_as_other_systems_write_it_and_people_pack_it) {
 }
 
 TEST(explain_log, what_is_no_log_is_said) {
-    const std::string log = joined(linesOf(kRefused));
+    const std::string log = logOf(kRefused);
     const std::string packed = gzipped(log);
     std::string damaged = packed;
     damaged[damaged.size() / 2] = static_cast<char>(~damaged[damaged.size() / 2]);
     for (const auto& [bytes, why] : std::vector<std::pair<std::string, std::string>>{
                  {"", "standard input: it is empty\n"},
-                 {joined(linesOf("hello")), "it is a log, but no match request is in it\n"},
+                 {logOf("hello"), "it is a log, but no match request is in it\n"},
                  {"I(  512:  530) service get match\n", "it is a log without tags, such as"},
                  {"text\n", "no line of any logcat format; it is text that begins with \"text\"\n"},
                  {"\x1b[m\xff", "it is text that begins with \"\\x1b[m\\xff\"\n"},

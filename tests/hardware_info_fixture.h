@@ -48,7 +48,7 @@ struct HardwareInfoTest : testing::Test {
 
 // On a board of plain files, none at first.
 struct PlainBoardTest : HardwareInfoTest {
-    std::string file(const std::string& devicePath) const { return board.file(devicePath); }
+    std::string file(const std::string& devicePath) const { return board.device(devicePath); }
 
     const PlainBoard board;
 };

@@ -20,7 +20,7 @@ using testing::HasSubstr;
 // Panel 2 is fitted, and says so by two pins; the boot loader has left the first as an output.
 struct HardwareProbes : HardwareInfoTest {
     void SetUp() override {
-        if (!board().withoutFuse().empty()) GTEST_SKIP() << board().withoutFuse();
+        board().skipWithoutFuse();
         setPart(PeripheralType::LCD, "P-0,P-1,P-2,P-3");
         otaTimestamp = 0;
     }
@@ -41,7 +41,7 @@ struct HardwareProbes : HardwareInfoTest {
         mFaulty.insert(file);
     }
     static bool isExported(const std::string& pin) {
-        return access(board().path(kGpio + pin).c_str(), F_OK) == 0;
+        return access(board().device(kGpio + pin).c_str(), F_OK) == 0;
     }
     // The log, then whether the list fits.
     std::string match(const std::vector<String16>& items) {
@@ -83,7 +83,7 @@ TEST_F(HardwareProbes, pin_that_fails_on_the_way_is_read_by_the_next_call) {
         fault(kGpio + file, "none");
         EXPECT_TRUE(getGpioValFromDsiId(kId1.c_str(), level));
         EXPECT_EQ(level, 1);
-        std::ofstream(board().path(kGpio + "unexport")) << 42;
+        std::ofstream(board().device(kGpio + "unexport")) << 42;
     }
 }
 
@@ -92,21 +92,18 @@ TEST_F(HardwareProbes, first_camera_that_answers_is_the_one) {
         std::string text = "before";
         return getInternalCameraInfo(text) ? text : "no, " + text;
     };
-    const auto openFiles = [] {
-        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-    };
     const auto withoutInput = [&name] {
         close(STDIN_FILENO);
         _exit(name() == "ov" ? 0 : 1);  // the first came as descriptor 0
     };
-    const auto before = openFiles();
+    const auto before = openDescriptors();
     EXPECT_EQ(name(), "gc5035");
     EXPECT_EXIT(withoutInput(), testing::ExitedWithCode(0), "");
     fault("camera1", "empty");  // refuses the request
     EXPECT_EQ(name(), "ov");
     fault("camera9", "absent");
     EXPECT_EQ(name(), "no, before");
-    EXPECT_EQ(openFiles(), before);
+    EXPECT_EQ(openDescriptors(), before);
     EXPECT_EQ(loggedText(), "");
 }
 
@@ -114,7 +111,7 @@ TEST_F(HardwareProbes, null_camera_means_gc5035_and_another_one_bars_the_times) 
     const std::string unmatched =
             "I isInternalCameraMatch: unmatch\nI internal_camera flag is unmatch\n";
     const std::vector<String16> items = {String16("lcd:P-2"), String16("internal_camera:null")};
-    writeFile(board().path(kTimes), "--TP\nGT-5,1\n--INTERNAL_CAMERA\ngc5035,3\n--LCD\nP-2,2\n");
+    writeFile(board().device(kTimes), "--TP\nGT-5,1\n--INTERNAL_CAMERA\ngc5035,3\n--LCD\nP-2,2\n");
     setPart(PeripheralType::INTERNAL_CAMERA, "?");
     EXPECT_THAT(match(items), EndsWith("I isInternalCameraMatch: match\nfits"));
     EXPECT_THAT(match({}), EndsWith("I internal_camera flag is unmatch\nD Enter Time match failed: "

@@ -1,4 +1,4 @@
-// docs/json.md against what the commands print: the document is the test's data.
+// docs/json.md against what the commands print, and their examples: both are the test's data.
 #include <gmock/gmock.h>
 
 #include <CLI/App.hpp>
@@ -8,7 +8,8 @@
 #include <set>
 
 #include "tests/test_board.h"
-#include "tools/tarqctl/commands.h"
+#include "tools/tarqctl/commands/led_commands.h"
+#include "tools/tarqctl/commands/radio_commands.h"
 
 using nlohmann::json;
 using namespace testing;
@@ -58,13 +59,24 @@ class JsonDocument : public Test {
     JsonDocument()
         : mBoard("<touch_panel type='GT' id='5'/><leds count='12'/><receiver/>"
                  "<coprocessor manufacturer='1002' version='6.10.3'/>",
-                 readFile(SOURCES "/host/board/boards/demo_panel/build.prop")) {}
+                 readFile(SOURCES "/host/board/boards/demo_panel/build.prop")) {
+        std::filesystem::copy(SOURCES "/host/board/boards/demo_panel/vendor",
+                              mBoard.device("/vendor"), std::filesystem::copy_options::recursive);
+    }
+    void SetUp() override { mBoard.skipWithoutFuse(); }
 
-    std::vector<json> printed(const std::string& line) const {
+    // The exit code, and what a shell prints.
+    int run(const std::string& line, std::string* out) const {
         ChildProcess tool({"sh", "-c",
                            "cd $0 && PATH=${1%/*}:$PATH && { " + line + "\n} 2>/dev/null",
                            mHere.path(), TARQCTL});
-        std::istringstream lines(tool.readAll());
+        *out = tool.readAll();
+        return tool.wait();
+    }
+    std::vector<json> printed(const std::string& line) const {
+        std::string out;
+        run(line, &out);
+        std::istringstream lines(out);
         std::vector<json> objects;
         for (std::string text; std::getline(lines, text);) {
             objects.push_back(json::parse(text, nullptr, false));
@@ -79,9 +91,8 @@ class JsonDocument : public Test {
         std::set<std::string> missing;
         for (const auto& [path, type] : section.types) {
             missing.insert(path);
-            if (path.size() > 2 && path.substr(path.size() - 2) == ".*") {
+            if (path.size() > 2 && path.substr(path.size() - 2) == ".*")
                 free.insert(path.substr(0, path.size() - 2));
-            }
         }
         for (const std::string& line : section.lines) {
             for (const json& object : printed(line)) {
@@ -104,14 +115,11 @@ class JsonDocument : public Test {
     }
 
     const TestBoard mBoard;
+    const std::unique_ptr<ChildProcess> mDaemon = mBoard.startDaemon(TARQD);
     const TemporaryDirectory mHere;
 };
 
 TEST_F(JsonDocument, describes_what_every_command_prints) {
-    if (!mBoard.withoutFuse().empty()) GTEST_SKIP() << mBoard.withoutFuse();
-    std::filesystem::copy(SOURCES "/host/board/boards/demo_panel/vendor", mBoard.path("/vendor"),
-                          std::filesystem::copy_options::recursive);
-    const ChildProcess daemon({TARQD}, {"TARQ_LOG=" + mBoard.directory() + "/run/log"});
     std::string all;
     for (const Section& section : sectionsOf(SOURCES "/docs/json.md")) {
         compare(section);
@@ -126,6 +134,18 @@ TEST_F(JsonDocument, describes_what_every_command_prints) {
         EXPECT_THAT(all, HasSubstr(name));
         for (const CLI::App* one : below) EXPECT_THAT(all, HasSubstr(name + one->get_name() + " "));
     }
+}
+
+TEST_F(JsonDocument, examples_of_the_help_work) {
+    std::string out;
+    for (const auto& commands :
+         {tarq::tools::commands(), tarq::tools::ledCommands(), tarq::tools::radioCommands()}) {
+        for (const tarq::tools::Command& command : commands) {
+            if (command.example == std::string("tarqctl radio watch")) continue;  // has no end
+            EXPECT_EQ(run(command.example, &out), 0) << command.example;
+        }
+    }
+    EXPECT_TRUE(std::filesystem::exists(mHere / "wave.gif"));
 }
 
 }  // namespace

@@ -13,11 +13,9 @@ const std::string kEffects = SOURCES "/host/board/boards/demo_panel/vendor/etc/l
 
 class Leds : public Test {
   protected:
-    void SetUp() override {
-        if (!mBoard.withoutFuse().empty()) GTEST_SKIP() << mBoard.withoutFuse();
-    }
+    void SetUp() override { mBoard.skipWithoutFuse(); }
     std::string attribute(const std::string& name) {
-        return mBoard.path("/sys/class/rgbled/" + name);
+        return mBoard.device("/sys/class/rgbled/" + name);
     }
     // As the daemon does it. False when the driver refuses.
     bool write(const std::string& name, const std::string& record) {
@@ -25,14 +23,8 @@ class Leds : public Test {
         fputs(record.c_str(), file);
         return fclose(file) == 0;
     }
-    std::string seen(const std::vector<std::string>& words, int code = 0) {
-        std::string said;
-        EXPECT_EQ(mBoard.ask(words, &said), code);
-        return said;
-    }
     std::unique_ptr<ChildProcess> viewer(const std::string& words) {
-        return std::make_unique<ChildProcess>(
-                std::vector<std::string>{"sh", "-c", "exec " TARQCTL " " + words});
+        return std::make_unique<ChildProcess>(Words{"sh", "-c", "exec " TARQCTL " " + words});
     }
 
     TestBoard mBoard{"<leds count='12'/>"};
@@ -60,7 +52,7 @@ TEST_F(Leds, trace_has_each_write_as_a_record_in_the_order_of_the_driver) {
     follower->kill(SIGINT);
     EXPECT_EQ(follower->wait(), 0);
     EXPECT_THAT(
-            seen({"trace", "--json"}),
+            mBoard.ask({"trace", "--json"}),
             MatchesRegex("\\{\"leds\":12\\}\n"
                          "\\{\"ms\":[0-9]+,\"attribute\":\"set_color\",\"text\":\"3 ff8000\"\\}\n"
                          "\\{[^}]*\"text\":\"c [^\"]*\\\\n\",\"refused\":true,\"why\":\"LED "
@@ -92,8 +84,8 @@ TEST_F(Leds, colours_are_a_line_for_each_change_or_blocks_on_a_terminal_that_is_
     size.ws_col = 100;
     ioctl(terminal, TIOCSWINSZ, &size);
     EXPECT_TRUE(shows("  11 \x1b[0m \r\n"));
-    EXPECT_TRUE(shows("LEDs of " + mBoard.directory() + "\x1b[K\r\nno effect plays; Ctrl-C ends"));
-    EXPECT_THAT(seen({"leds", "--once"}), AllOf(StartsWith("0:0"), EndsWith(" 11:80c0ff\n")));
+    EXPECT_TRUE(shows("LEDs of " + mBoard.directory + "\x1b[K\r\nno effect plays; Ctrl-C ends"));
+    EXPECT_THAT(mBoard.ask({"leds", "--once"}), AllOf(StartsWith("0:0"), EndsWith(" 11:80c0ff\n")));
     EXPECT_EQ(::write(terminal, "\x03", 1), 1);
     EXPECT_TRUE(shows("\x1b[0m\x1b[?25h\x1b[?1049l"));
     int status = -1;
@@ -105,7 +97,7 @@ TEST_F(Leds, colours_are_a_line_for_each_change_or_blocks_on_a_terminal_that_is_
 }
 
 TEST_F(Leds, gif_shows_an_effect_in_its_time_and_is_small) {
-    const std::string path = mBoard.directory() + "/x.gif";
+    const std::string path = mBoard.directory + "/x.gif";
     const struct {
         std::string name;
         int duration;
@@ -116,7 +108,7 @@ TEST_F(Leds, gif_shows_an_effect_in_its_time_and_is_small) {
                  {"progress", 3000, 0x91},
                  {"rainbow", 2400, 0xff}};
     for (const auto& [name, duration, first] : kGifs) {
-        EXPECT_EQ(seen({"leds", "--gif", path, "--effect", kEffects + name + ".xml"}), "");
+        EXPECT_EQ(mBoard.ask({"leds", "--gif", path, "--effect", kEffects + name + ".xml"}), "");
         const std::string bytes = readFile(path);
         EXPECT_LT(bytes.size(), 200'000u) << name;
         if (name == "wave_fast") {
@@ -165,7 +157,7 @@ TEST_F(Leds, gif_without_a_board_is_drawn_and_says_what_it_lacks) {
 }
 
 TEST_F(Leds, effect_that_cannot_be_drawn_is_told_with_each_cause) {
-    const std::string file = "/data/x.xml", gif = mBoard.directory() + "/x.gif";
+    const std::string file = "/data/x.xml", gif = mBoard.directory + "/x.gif";
     const std::string wrong =
             "<e loop='1' interval='1' duration='x'><led id='c'>\n"
             "<eff s='1'>0</eff></led></e>";
@@ -178,11 +170,11 @@ TEST_F(Leds, effect_that_cannot_be_drawn_is_told_with_each_cause) {
             {"<e>\n  <led>\n</e>",
              {"x.xml:2: an element is not closed", ": <led>; the daemon would send nothing"}}};
     for (const auto& [xml, why] : kWrong) {
-        writeFile(mBoard.path(file), xml);
-        const std::string said = seen({"leds", "--gif", gif, "--effect", file}, 1);
+        writeFile(mBoard.device(file), xml);
+        const std::string said = mBoard.ask({"leds", "--gif", gif, "--effect", file}, 1);
         for (const char* line : why) EXPECT_THAT(said, HasSubstr(line));
     }
-    EXPECT_THAT(seen({"leds", "--gif", gif}, 2), HasSubstr("no effect runs"));
+    EXPECT_THAT(mBoard.ask({"leds", "--gif", gif}, 2), HasSubstr("no effect runs"));
     EXPECT_FALSE(std::filesystem::exists(gif));
 }
 

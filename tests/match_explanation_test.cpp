@@ -17,8 +17,8 @@
 
 using namespace tarq::tools;
 using namespace testing;
-using Items = std::vector<std::string>;
-using Lines = std::vector<std::string>;
+using Items = Words;
+using Lines = Words;
 
 namespace {
 
@@ -66,11 +66,10 @@ struct MatchExplanation : Test {
         for (const std::string& name : kOptional) board().command({"fault", name, "absent"});
     }
     void setUp(const Board& changes) {
-        for (const std::string& name : std::exchange(mHardware, {})) {
+        for (const std::string& name : std::exchange(mHardware, {}))
             board().command({"fault", name, kOptional.count(name) != 0 ? "absent" : "none"});
-        }
-        std::filesystem::remove_all(board().directory() + "/run/properties");
-        std::filesystem::remove(board().path(kTimes));
+        std::filesystem::remove_all(board().properties());
+        std::filesystem::remove(board().device(kTimes));
         for (PeripheralEntry& row : peripheralTable) strcpy(row.value, "null");
         boardIdentity = {};
         _setOtaTimestamp(0);
@@ -78,7 +77,7 @@ struct MatchExplanation : Test {
     }
     void set(const std::string& name, const std::string& value) {
         if (name.rfind("ro.", 0) == 0) {
-            writeFile(board().directory() + "/run/properties/" + name, value);
+            writeFile(board().properties() + "/" + name, value);
         } else if (name == "overlay") {
             boardIdentity.overlayId = std::stoi(value);
         } else if (name == "time") {
@@ -105,9 +104,8 @@ struct MatchExplanation : Test {
                 if (printedArguments(row.pattern, entry.substr(text))) produced.insert(row.pattern);
             }
             const std::string prefix = "05-01 10:00:00.123   512   530 " + entry.substr(0, text);
-            for (const std::string& line : asLogged(entry.substr(text))) {
+            for (const std::string& line : asLogged(entry.substr(text)))
                 log->push_back(prefix + line);
-            }
         }
         return answer;
     }
@@ -189,9 +187,17 @@ Board with(Board board, const Board& more) {
     return board;
 }
 
+const Board kGt = {{"tp", "gt"}, {"touch_panel", "type:GT\\nid:5\\n"}};
 const Board kPins = {{"lcd", "A-1,B-2"}, {"dsi_id1", "0000002a"}, {"dsi_id2", "0000002b"}};
 // A package that does not fit but for its time.
 const Board kLate = {{"bt", "r"}, {kCheckTime, "true"}, {"time", "90"}, {"touch_panel", "id:5"}};
+
+Board late(const std::string& times) {
+    return with(kLate, {{kTimes, times}});
+}
+Board camera(const std::string& found) {
+    return {{"internal_camera", "g"}, {"camera0", found}};
+}
 
 struct Case {
     Board board;
@@ -200,22 +206,19 @@ struct Case {
     std::string sentence = "\n";
 };
 
+// clang-format off
 const Case kCases[] = {
         {{}, {}, "yes: the board lists no parts\n"},
         {{{kSkip, "true"}}, {"a"}, "yes: nothing was compared: " + kSkip + " is \"true\"\n"},
         {{{kSkip + "_no_hwid", "true"}}, {"a"}, "compared: the board has no overlay id, which"},
         {{{"overlay", "5"}}, {"overlay_id:1*5" + std::string(60, ',')}, "fits: 5 is listed"},
         {{{"overlay", "5"}, {"wifi", "w"}, {"bt", "r"}},
-         {"overlay_id:15", "overlay_id:6", "bt:x", "zz:y"},
-         "does not fit: 5 is not listed\n"
+         {"overlay_id:15", "overlay_id:6", "bt:x", "zz:y"}, "does not fit: 5 is not listed\n"
          "  overlay_id  5       6            not examined\n"
          "  wifi        w       (not named)  not examined\n"
          "  bt          r       x            not examined\n"
-         "  zz          (none)  y            not examined\n",
-         "then ask again"},
-        {{{"overlay", "5"}},
-         {"overlay_id:5," + std::string(64, '1')},
-         "more than 63 bytes are not compared"},
+         "  zz          (none)  y            not examined\n", "then ask again"},
+        {{{"overlay", "5"}}, {"overlay_id:5," + std::string(64, '1')}, "than 63 bytes are not"},
         {{{"bt", "r"}}, {"overlay_id:1"}, "(none)  1            ignored: the board has no overlay"},
         {{{"bt", "r"}}, {"bt:" + std::string(98, 'r')}, "fits: has \"r\""},
         {{{"bt", "r"}}, {"bt:" + std::string(99, 'r')}, "than 101 bytes is not", "write bt:r\n"},
@@ -229,64 +232,35 @@ const Case kCases[] = {
         {{{"bt", "r"}}, {"wifi:r", "x:y"}, "ignored: the board lists no wifi"},
         {{}, {"service  hardwareInfo inited:x", "isMatchoverlayId:y"}, "there is no such part"},
         {{{"tp", "gt"}}, {"tp:X"}, "no \"gt\" in \"X\"; the probe found nothing usable"},
-        {{{"tp", "gt"}, {"touch_panel", "a"}},
-         {"tp:gt"},
-         "has \"gt\"; the probe found nothing usable"},
-        {{{"tp", "gt"}, {"touch_panel", "type:GT\\nid:5\\n"}},
-         {"tp:X,GT-5"},
-         "fits: probe says GT-5"},
-        {{{"tp", "gt"}, {"touch_panel", "type:GT\\nid:5\\n"}},
-         {"tp:X, GT-5"},
-         "GT-5, not listed exactly so"},
-        {{{"lcd", "A-1,B-1280"}, {"display_reg", "000005"}, {"bt", "r"}},
-         {"lcd:B-1280"},
+        {{{"tp", "gt"}, {"touch_panel", "a"}}, {"tp:gt"}, "has \"gt\"; the probe found nothing us"},
+        {kGt, {"tp:X,GT-5"}, "fits: probe says GT-5"},
+        {kGt, {"tp:X, GT-5"}, "GT-5, not listed exactly so"},
+        {{{"lcd", "A-1,B-1280"}, {"display_reg", "000005"}, {"bt", "r"}}, {"lcd:B-1280"},
          "fits: probe says B-1280 (panel id by reg), listed"},
-        {{{"lcd", "A-1,,X,B-3"}, {"hwid_flag", "00000003"}},
-         {"lcd:C-1"},
+        {{{"lcd", "A-1,,X,B-3"}, {"hwid_flag", "00000003"}}, {"lcd:C-1"},
          "; probe says B-3 (panel id 3 by hwid-flag), not listed",
          "  write lcd:C-1,B-3 or lcd:C-1,A-1,X,B-3\n"},
-        {{{"lcd", "A-1,B-2"}, {"hwid_flag", "00000001"}},
-         {"lcd:B-2"},
-         "; probe says A-1 (panel id 1 by hwid-flag), not listed",
-         "  write lcd:B-2,A-1\n"},
-        {{{"lcd", "A-1,B-2"}, {"hwid_flag", "00000003"}},
-         {"lcd:B-2"},
-         "; the probe (panel id 3 by hwid-flag) found no entry of the board's list"},
-        {with(kPins, {{"gpio42", "1"}}),
-         {"lcd:B-2"},
-         "fits: probe says B-2 (panel id 2 by dsi-id), listed"},
+        {{{"lcd", "A-1,B-2"}, {"hwid_flag", "00000001"}}, {"lcd:B-2"},
+         "; probe says A-1 (panel id 1 by hwid-flag), not listed", "  write lcd:B-2,A-1\n"},
+        {{{"lcd", "A-1,B-2"}, {"hwid_flag", "00000003"}}, {"lcd:B-2"},
+         "by hwid-flag) found no entry"},
+        {with(kPins, {{"gpio42", "1"}}), {"lcd:B-2"}, "says B-2 (panel id 2 by dsi-id), listed"},
         {with(kPins, {{"dsi_id1", "ffffffff"}}), {"lcd:X"}, "probe found nothing usable"},
         {{{"lcd", "A-1"}}, {"lcd:X"}, "probe found nothing usable"},
         {{{"internal_camera", "g"}}, {"internal_camera:x"}, "; the probe found nothing usable"},
-        {{{"internal_camera", "g"}, {"camera0", "gc5035"}},
-         {"internal_camera:null"},
-         "fits: what the probe found is listed"},
-        {{{"internal_camera", "g"}, {"camera0", "ov"}},
-         {"internal_camera:null"},
-         "; what the probe found is not listed"},
-        {{{"internal_camera", "g"}, {"camera0", "ov"}}, {"internal_camera:g"}, "has \"g\"\n"},
-        {with(kLate, {{"camera0", "ov"}}),
-         {},
-         "refused: it is only for boards",
+        {camera("gc5035"), {"internal_camera:null"}, "fits: what the probe found is listed"},
+        {camera("ov"), {"internal_camera:null"}, "; what the probe found is not listed"},
+        {camera("ov"), {"internal_camera:g"}, "has \"g\"\n"},
+        {with(kLate, {{"camera0", "ov"}}), {}, "refused: it is only for boards",
          "1 of 1 board part does not fit, and the timestamp fallback is not for this camera\n"},
-        {with(kLate, {{"time", "0"}}),
-         {},
-         "fallback  refused: nobody has handed over",
-         "and there is no package time for"},
+        {with(kLate, {{"time", "0"}}), {}, "refused: nobody has", "is no package time for"},
         {kLate, {}, "refused: \"Fail to open /vendor", "and the timestamp file is of no use"},
-        {with(kLate, {{kTimes, "--\\n"}}), {}, "refused: \"Fail to find PeripheralType after"},
-        {with(kLate, {{kTimes, "--Tp\\n"}}),
-         {},
-         "refused: \"Fail to find Tp in borad\"",
-         "and the timestamp file is of no"},
-        {with(kLate, {{kTimes, "--TP\\n\\n"}}), {}, "refused: \"Fail to parse /vendor"},
-        {with(kLate, {{kTimes, "--TP\\nx,1\\n"}}),
-         {},
-         "passed: the timestamp file lists none of the board's parts\n",
-         "but the timestamp file lists none of them"},
-        {with(kLate, {{kTimes, "--TP\\n-5,\\n-5,90"}}),
-         {},
-         "90, is not later than the earliest time of TP, 90\n",
+        {late("--\\n"), {}, "refused: \"Fail to find PeripheralType after"},
+        {late("--Tp\\n"), {}, "refused: \"Fail to find Tp in borad\"", "file is of no use"},
+        {late("--TP\\n\\n"), {}, "refused: \"Fail to parse /vendor"},
+        {late("--TP\\nx,1\\n"), {}, "passed: the timestamp file lists none",
+         "timestamp file lists none of them"},
+        {late("--TP\\n-5,\\n-5,90"), {}, "90, is not later than the earliest time of TP, 90\n",
          "\n  or give a package time of 91 or later\n"},
         {with(kLate,
               {{"camera0", "gc5035"},
@@ -295,6 +269,7 @@ const Case kCases[] = {
          "is later than the earliest time of INTERNAL_CAMERA, 89\n",
          "yes: 1 of 1 board part does not fit, but the package is late enough for"},
 };
+// clang-format on
 
 TEST_F(MatchExplanation, every_text_is_known_and_every_answer_explained) {
     for (const Case& c : kCases) {
@@ -311,9 +286,10 @@ TEST_F(MatchExplanation, every_text_is_known_and_every_answer_explained) {
 }
 
 TEST_F(MatchExplanation, list_that_looks_like_a_log_is_told_from_one) {
-    const Board hardware = {{"tp", "gt"}, {"bt", "r"}, {"touch_panel", "type:GT\\nid:5\\n"}};
+    const Board hardware = with(kGt, {{"bt", "r"}});
     setUp(hardware);
     const std::string result = "isTpMatchByTpInfo: match";
+    const std::string skipped = "skip  hw match,beacause x=true";
     const Items start = {"service get match peripherals,peripherals given:"};
     const Items board = {"service  hardwareInfo inited:", ">>>hardware info Dump Begin"};
     Lines log;
@@ -325,8 +301,7 @@ TEST_F(MatchExplanation, list_that_looks_like_a_log_is_told_from_one) {
     setUp(with(hardware, {{"overlay", "5"}}));
     for (const auto& [items, isKnown, isExplained] : std::vector<std::tuple<Items, bool, bool>>{
                  {joined({behind, start, fitting}), true, false},
-                 {joined({behind, {"skip  hw match,beacause x=true"}, start, fitting}), true,
-                  false},
+                 {joined({behind, {skipped}, start, fitting}), true, false},
                  {joined({{"overlay_id:9"}, behind}), true, false},
                  {joined({{"x:y"}, start, fitting}), true, false},
                  {joined({fitting, board, {"bt:s"}}), true, false},
@@ -353,7 +328,7 @@ TEST_F(MatchExplanation, list_that_looks_like_a_log_is_told_from_one) {
     }
     // Nor is what stands in the list of another one the answer to ours.
     log.clear();
-    ask({"skip  hw match,beacause x=true"}, &log);
+    ask({skipped}, &log);
     ask(fitting, &log);
     EXPECT_THAT(logOf(log).with(fitting), ElementsAre(Field(&MatchRequest::skippedBecause, "")));
 }

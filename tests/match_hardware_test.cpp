@@ -4,8 +4,6 @@
 #include "tests/test_board.h"
 
 using namespace testing;
-using Words = std::vector<std::string>;
-
 namespace {
 
 constexpr char kDevices[] =
@@ -16,21 +14,17 @@ constexpr char kProperties[] = "ro.vendor.hardwareinfo_index=3\n";
 // A daemon on a board that lists a touch panel, a panel and a camera.
 struct Device {
     explicit Device(const std::string& with = "") : board(kDevices, kProperties, with) {
-        writeFile(board.path("/vendor/etc/hardwareInfo.xml"),
+        writeFile(board.device("/vendor/etc/hardwareInfo.xml"),
                   "<hardware product='p'><hardwre_info index='3' overlay_id='5' hw_version='1'>"
                   "<hw Peripheral='tp'>gt9</hw><hw Peripheral='lcd'>A-1,B-2</hw>"
                   "<hw Peripheral='internal_camera'>imx</hw></hardwre_info></hardware>");
-        daemon = std::make_unique<ChildProcess>(
-                Words{TARQD}, Words{"TARQ_LOG=" + board.directory() + "/run/log"});
-        std::string said;
-        EXPECT_EQ(board.ask({"wait"}, &said), 0) << said;
+        daemon = board.startDaemon(TARQD);
+        board.ask({"wait"});
     }
 
     void expect(Words items, int code, const Matcher<std::string>& answer) const {
         items.insert(items.begin(), "match");
-        std::string said;
-        EXPECT_EQ(board.ask(items, &said), code);
-        EXPECT_THAT(said, answer) << PrintToString(items);
+        EXPECT_THAT(board.ask(items, code), answer) << PrintToString(items);
     }
 
     const TestBoard board;
@@ -45,9 +39,8 @@ const Words kLacksTouchPanel = {"lcd:B-2", "internal_camera:imx"};
 TEST(MatchHardware, refusal_of_a_board_that_has_ended_is_unknown) {
     Device device;
     if (!device.board.withoutFuse().empty()) GTEST_SKIP() << device.board.withoutFuse();
-    for (const Words& items : {kByPanel, kByCamera, kByTouchPanel}) {
+    for (const Words& items : {kByPanel, kByCamera, kByTouchPanel})
         device.expect(items, 0, StartsWith("yes: all 3 board parts fit\n"));
-    }
     // What is absent or goes wrong is hardware that has been asked.
     for (const char* node : {"camera0", "touch_panel", "dsi_id1"}) {
         device.board.command({"fault", node, "absent"});
@@ -56,7 +49,7 @@ TEST(MatchHardware, refusal_of_a_board_that_has_ended_is_unknown) {
         device.board.command({"fault", node, "none"});
     }
     const_cast<TestBoard&>(device.board).end(SIGKILL);
-    const std::string ended = ": the board in " + device.board.directory() + " has ended";
+    const std::string ended = ": the board in " + device.board.directory + " has ended";
     for (const auto& [items, part] :
          {std::pair(kByPanel, "lcd"), {kByCamera, "internal_camera"}, {kByTouchPanel, "tp"}}) {
         device.expect(items, 2,
@@ -69,24 +62,20 @@ TEST(MatchHardware, refusal_of_a_board_that_has_ended_is_unknown) {
                         HasSubstr("; could not ask what is fitted as lcd" + ended),
                         HasSubstr("\nto make it fit:\n  add tp:gt9\nhint: ")));
     device.expect({"tp:gt9", "lcd:A-1,B-2", "internal_camera:imx"}, 0, StartsWith("yes: "));
-    std::string said;
-    EXPECT_EQ(device.board.ask({"match", "--json", "tp:gt9", "lcd:B-2", "internal_camera:imx"},
-                               &said),
-              2);
-    EXPECT_THAT(said,
-                StartsWith("{\"verdict\":\"unknown\",\"service\":\"no\",\"sentence\":\"could"));
-    EXPECT_THAT(said, HasSubstr("\"verdict\":\"unknown\",\"reason\":\"no \\\"A-1\\\" in"));
+    device.expect(
+            {"--json", "tp:gt9", "lcd:B-2", "internal_camera:imx"}, 2,
+            AllOf(StartsWith("{\"verdict\":\"unknown\",\"service\":\"no\",\"sentence\":\"could"),
+                  HasSubstr("\"verdict\":\"unknown\",\"reason\":\"no \\\"A-1\\\" in")));
     // Without its reasons no refusal is known to be more than that.
-    std::filesystem::remove(device.board.directory() + "/run/log");
+    std::filesystem::remove(device.board.log());
     device.expect({"x:y"}, 2, HasSubstr("says no: the reasons are not known, "));
 }
 
 TEST(MatchHardware, age_of_a_package_is_not_judged_by_hardware_that_has_ended) {
     Device device;
     if (!device.board.withoutFuse().empty()) GTEST_SKIP() << device.board.withoutFuse();
-    const std::string times = device.board.path("/vendor/etc/hardware_timestamp.txt");
-    writeFile(device.board.directory() + "/run/properties/ro.vendor.ota_enter_timestamp_check",
-              "true");
+    const std::string times = device.board.device("/vendor/etc/hardware_timestamp.txt");
+    writeFile(device.board.properties() + "/ro.vendor.ota_enter_timestamp_check", "true");
     const auto check = [&](const std::string& file, int code, const std::string& answer) {
         writeFile(times, file);
         device.expect({"--ota-time", "7", "tp:gt9"}, code, StartsWith(answer));
@@ -99,8 +88,8 @@ TEST(MatchHardware, age_of_a_package_is_not_judged_by_hardware_that_has_ended) {
 }
 
 TEST(MatchHardware, plain_files_answer_for_what_they_can_stand_in_for) {
-    if (system("unshare -m true 2>/dev/null") != 0) GTEST_SKIP() << "unshare -m is refused";
-    const Device device("unshare -m sh -c 'mount --bind /dev/null /dev/fuse && exec \"$@\"' -");
+    if (!TestBoard::canHideFuse()) GTEST_SKIP() << "unshare -m is refused";
+    const Device device(TestBoard::kHideFuse);
     for (const auto& [items, part] : {std::pair(kByPanel,
                                                 "lcd: the board plays plain files without "
                                                 "/sys/class/gpio/"),
@@ -110,15 +99,12 @@ TEST(MatchHardware, plain_files_answer_for_what_they_can_stand_in_for) {
         device.expect(
                 items, 2,
                 AllOf(StartsWith("unknown: could not ask what is fitted as " + std::string(part)),
-                      EndsWith("\nhint: tarqctl --board " + device.board.directory() +
-                               " board\n")));
+                      EndsWith("\nhint: tarqctl --board " + device.board.directory + " board\n")));
     }
     device.expect(kByTouchPanel, 0, StartsWith("yes: all 3 board parts fit\n"));
     device.expect({"tp:GT-6", "lcd:A-1,B-2", "internal_camera:imx"}, 1, StartsWith("no: 1 of 3"));
     device.expect(kLacksTouchPanel, 1, StartsWith("no: 2 of 3 board parts do not fit"));
-    std::string said;
-    EXPECT_EQ(device.board.ask({"board"}, &said), 0);
-    EXPECT_THAT(said,
+    EXPECT_THAT(device.board.ask({"board"}),
                 AllOf(HasSubstr(" is played by plain files, which play no GPIO, camera or fault: "),
                       ContainsRegex("\ncamera0  +/dev/v4l-subdev0  +not played +-\n"),
                       ContainsRegex("\ntouch_panel  +/sys/class/tpinfo/[a-z_/]+  +there +-\n")));

@@ -6,34 +6,28 @@
 #include <filesystem>
 #include <string>
 
+#include "host/run/board.h"
 #include "tests/temporary_directory.h"
 
 // One directory for all tests of a process, because what is tested finds its board once, when it
 // first needs one. Each object finds it empty; what starts a daemon there outlives it, not the
 // other way round.
-class PlainBoard {
-  public:
+struct PlainBoard : tarq::host::Board {
     PlainBoard() {
-        setenv("TARQ_BOARD", directory().c_str(), 1);
-        for (const char* part : {"run", "root"}) std::filesystem::remove_all(*this / part);
-        std::filesystem::create_directories(*this / "run/properties");
-    }
-
-    static const std::string& directory() {
         static const TemporaryDirectory instance;
-        return instance.path();
+        directory = instance.path();
+        setenv("TARQ_BOARD", directory.c_str(), 1);
+        for (const auto& part : std::filesystem::directory_iterator(directory))
+            std::filesystem::remove_all(part);
+        std::filesystem::create_directories(properties());
     }
-    std::string operator/(const std::string& relative) const {
-        return directory() + "/" + relative;
-    }
-    // "/sys/class/gpio/export" -> where it is on this machine
-    std::string file(const std::string& devicePath) const { return *this / ("root" + devicePath); }
+    std::string operator/(const std::string& relative) const { return directory + "/" + relative; }
 
     void setProperty(const std::string& name, const std::string& value) const {
-        writeFile(*this / ("run/properties/" + name), value);
+        writeFile(properties() + "/" + name, value);
     }
     // "" when it is not set.
     std::string property(const std::string& name) const {
-        return readFile(*this / ("run/properties/" + name));
+        return readFile(properties() + "/" + name);
     }
 };

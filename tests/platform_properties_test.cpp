@@ -63,9 +63,9 @@ TEST_F(Properties, illegal_names_and_values_are_refused_with_a_reason) {
 }
 
 TEST_F(Properties, persistent_value_is_saved_and_set_even_when_it_cannot_be_saved) {
-    std::filesystem::create_directories(board.file("/data/property/persist.blocked"));
+    std::filesystem::create_directories(board.device("/data/property/persist.blocked"));
     for (const char* value : {"1", "2"}) EXPECT_EQ(property_set("persist.d", value), 0);
-    EXPECT_EQ(readFile(board.file("/data/property/persist.d")), "2");
+    EXPECT_EQ(readFile(board.device("/data/property/persist.d")), "2");
     EXPECT_THAT(log.take(), IsEmpty());
     EXPECT_EQ(property_set("persist.blocked", "3"), 0);
     EXPECT_EQ(get("persist.blocked"), "3");
@@ -92,9 +92,8 @@ TEST_F(Properties, racing_setters_set_whole_values_and_a_read_only_one_once) {
     other.join();
     EXPECT_EQ(done, 100);
     EXPECT_THAT(log.take(), AllOf(SizeIs(100), Each(HasSubstr("read-only and already set"))));
-    for (const auto& entry : std::filesystem::directory_iterator(board / "run/properties")) {
+    for (const auto& entry : std::filesystem::directory_iterator(board / "run/properties"))
         EXPECT_NE(entry.path().filename().string()[0], '.') << entry.path() << " was left";
-    }
 }
 
 TEST(PropertiesDeathTest, without_a_board_nothing_is_set_and_defaults_are_read) {

@@ -1,8 +1,7 @@
 // What the probes make of what drivers, the device tree and the description say.
 #include <array>
-#include <functional>
-#include <tuple>
 
+#include "common/device_file.h"
 #include "hardware_info/display_probe.h"
 #include "hardware_info/touch_panel_probe.h"
 #include "tests/hardware_info_fixture.h"
@@ -24,6 +23,15 @@ struct Probes : PlainBoardTest {
         return loggedText() + (found == (level != 7) ? std::to_string(level) : "a wrong level");
     }
 };
+
+TEST_F(Probes, files_are_on_the_board_for_the_devices_folders_only) {
+    for (const char* path : {"/sys/class/rgbled/r", "/proc/device-tree", "/dev/ttyS3",
+                             "/vendor/etc/hardwareInfo.xml", "/data", "/sys/"}) {
+        EXPECT_EQ(deviceFile(path), board.directory + "/root" + path);
+    }
+    for (const char* path : {"/devices/x", "/system/sys/x", "/tmp/dev/x", "sys/x", "dev", "/", ""})
+        EXPECT_EQ(deviceFile(path), path);
+}
 
 TEST_F(Probes, touch_panel_text_is_lines_of_type_and_id) {
     const std::pair<std::string, std::string> cases[] = {{"type:A\nid:3\n", "A-3"},

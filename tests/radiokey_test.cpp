@@ -3,9 +3,7 @@
 #include <gmock/gmock.h>
 #include <pthread.h>
 
-#include <algorithm>
 #include <deque>
-#include <tuple>
 
 #include "common/pause.h"
 #include "radiokey/RadioKeyService.h"

@@ -4,22 +4,16 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-#include <algorithm>
-#include <memory>
-
 #include "host/run/lock.h"
 #include "tests/child_process.h"
-#include "tests/temporary_directory.h"
+#include "tests/plain_board.h"
 #include "tools/tarqctl/ask/known_services.h"
-#include "tools/tarqctl/commands.h"
 
 using namespace testing;
 
 namespace {
 
 namespace fs = std::filesystem;
-
-using Words = std::vector<std::string>;
 
 const char kShellName[] = "com.tarq.shell.IShellService";
 
@@ -36,38 +30,34 @@ Result finish(ChildProcess& process) {
 class TarqctlE2e : public Test {
   protected:
     TarqctlE2e() {
-        fs::create_directories(mBoard / "run/properties");
         for (const char* name : {"", "run", "run/properties"}) chmod((mBoard / name).c_str(), 0755);
         // Other users need not have a way into the build directory.
         fs::copy_file(TARQCTL, mBoard / "tarqctl");
     }
 
     void startDaemon() {
-        mDaemon = std::make_unique<ChildProcess>(
-                Words{TARQD},
-                Words{"TARQ_BOARD=" + mBoard.path(), "TARQ_LOG=" + mBoard / "run/log"});
+        mDaemon = std::make_unique<ChildProcess>(Words{TARQD}, Words{"TARQ_LOG=" + mBoard.log()});
         ASSERT_EQ(tarqctl({"wait", kShellName}).code, 0);
     }
     // With overlay id 5. For the next daemon that starts.
     void describeBoard(const std::string& parts) const {
-        writeFile(mBoard / "run/properties/ro.vendor.hardwareinfo_index", "3");
-        writeFile(mBoard / "run/properties/ro.boot.dtbo_overlay_st",
-                  "storageId-2_FindIdOK_overlayId-5-OK");
-        writeFile(mBoard / "root/vendor/etc/hardwareInfo.xml",
+        mBoard.setProperty("ro.vendor.hardwareinfo_index", "3");
+        mBoard.setProperty("ro.boot.dtbo_overlay_st", "storageId-2_FindIdOK_overlayId-5-OK");
+        writeFile(mBoard.device("/vendor/etc/hardwareInfo.xml"),
                   "<hardware product='p'><hardwre_info index='3' overlay_id='5' hw_version='1'>" +
                           parts + "</hardwre_info></hardware>");
     }
     std::unique_ptr<ChildProcess> start(const Words& words, uid_t uid = getuid()) const {
         Words command = {"sh", "-c", "exec \"$0\" \"$@\" 2>&1", mBoard / "tarqctl"};
         command.insert(command.end(), words.begin(), words.end());
-        return std::make_unique<ChildProcess>(command, Words{"TARQ_BOARD=" + mBoard.path()}, uid);
+        return std::make_unique<ChildProcess>(command, Words{}, uid);
     }
     Result tarqctl(const Words& words, uid_t uid = getuid()) const {
         return finish(*start(words, uid));
     }
-    Result sh(const std::string& line, const std::string& board) const {
+    Result sh(const std::string& line) const {
         ChildProcess shell({"sh", "-c", "cd " SOURCES "; " + line},
-                           {"TARQ_BOARD=" + board, "PATH=" + mBoard.path() + ":/usr/bin:/bin"});
+                           {"PATH=" + mBoard.directory + ":/usr/bin:/bin"});
         return finish(shell);
     }
 
@@ -79,7 +69,7 @@ class TarqctlE2e : public Test {
         const size_t start = failed.out.find("hint: ") + 6;
         std::string line = failed.out.substr(start, failed.out.find('\n', start) - start);
         if (line.rfind("scripts/run", 0) == 0) line += " --help";
-        Result result = sh("sudo() { \"$@\"; }; " + line, "");
+        Result result = sh("unset TARQ_BOARD; sudo() { \"$@\"; }; " + line);
         EXPECT_EQ(result.code, 0) << line;
         return result;
     }
@@ -94,12 +84,12 @@ class TarqctlE2e : public Test {
     }
     void release() const { std::ofstream(mBoard / "fifo") << "released"; }
 
-    const TemporaryDirectory mBoard;
+    const PlainBoard mBoard;
     std::unique_ptr<ChildProcess> mDaemon;
 };
 
 TEST_F(TarqctlE2e, services_are_waited_for_and_listed) {
-    writeFile(mBoard / "run/properties/ro.vendor.433_check_enable", "true");
+    mBoard.setProperty("ro.vendor.433_check_enable", "true");
     const auto early = start({"wait", "--json"});
     startDaemon();
     EXPECT_EQ(finish(*early).out, "{}\n");
@@ -115,47 +105,37 @@ TEST_F(TarqctlE2e, services_are_waited_for_and_listed) {
                "wait com.tarq.shell.IShellService a b: not registered after 0.2 s: a b\n");
 }
 
+TEST_F(TarqctlE2e, without_its_property_a_service_is_not_waited_for_and_the_reason_is_told) {
+    startDaemon();
+    followHint(tarqctl({"radio", "watch"}), 2,
+               "tarqctl: radio watch: radiokey_service is not registered: property "
+               "ro.vendor.433_check_enable is not \"true\"\n");
+}
+
 TEST_F(TarqctlE2e, check_at_the_start_is_named_while_it_holds_up_the_calls) {
     const int line = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);  // nobody answers
     ASSERT_EQ(grantpt(line) + unlockpt(line), 0);
-    fs::create_directories(mBoard / "root/dev");
-    fs::create_symlink(ptsname(line), mBoard / "root/dev/ttyS3");
-    writeFile(mBoard / "run/properties/ro.vendor.zigbee_check_enable", "true");
+    fs::create_directories(mBoard.device("/dev"));
+    fs::create_symlink(ptsname(line), mBoard.device("/dev/ttyS3"));
+    mBoard.setProperty("ro.vendor.zigbee_check_enable", "true");
     startDaemon();
     const std::string check = ": the Zigbee check is still running; it can take up to 13.5 minutes";
-    const auto expectTold = [&](const Words& words, const std::string& why) {
-        Words command = {"--timeout", "0.2"};
-        command.insert(command.end(), words.begin(), words.end());
-        const Result result = tarqctl(command);
+    const std::pair<Words, std::string> cases[] = {
+            {{"--timeout", "0.2", "shell", "id"}, "no answer after 0.2 s"},
+            {{"--timeout", "0.2", "wait"}, "not serving after 0.2 s"},
+            {{"--timeout", "0.2", "wait", "radiokey_service"}, "after 0.2 s: radiokey_service"}};
+    for (const auto& [words, why] : cases) {
+        const Result result = tarqctl(words);
         EXPECT_EQ(result.code, 2);
         EXPECT_THAT(result.out, HasSubstr(why + check));
-    };
-    expectTold({"shell", "id"}, "no answer after 0.2 s");
-    expectTold({"wait"}, "not serving after 0.2 s");
-    expectTold({"wait", "radiokey_service"}, "not registered after 0.2 s: radiokey_service");
+    }
     close(line);
 }
 
-TEST_F(TarqctlE2e, examples_of_the_help_work) {
-    fs::create_directories(mBoard / "root/sys/class/rgbled");  // the attributes are plain files
+TEST_F(TarqctlE2e, time_is_taken) {
     startDaemon();
-    for (const tarq::tools::Command& command : tarq::tools::commands()) {
-        if (command.group == std::string("the board")) continue;  // there is none but its files
-        EXPECT_EQ(sh(command.example, mBoard.path()).code, 0) << command.example;
-    }
-}
-
-TEST_F(TarqctlE2e, hardware_list_is_printed_and_time_is_taken) {
-    startDaemon();
-    const std::string lines = tarqctl({"hwinfo"}).out;
-    EXPECT_THAT(lines, StartsWith("wifi:null\ncodec:null\ntp:null\ninternal_camera:null\n"));
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 11);
-    EXPECT_THAT(tarqctl({"hwinfo", "--json"}).out,
-                StartsWith("{\"peripherals\":{\"wifi\":\"null\",\"codec\":\"null\","));
-    for (const char* time : {"-1", "9223372036854775807", "-9223372036854775808"}) {
+    for (const char* time : {"-1", "9223372036854775807", "-9223372036854775808"})
         EXPECT_EQ(tarqctl({"ota-time", time}).out, "") << time;
-    }
-    EXPECT_EQ(tarqctl({"ota-time", "5", "--json"}).out, "{}\n");
     EXPECT_THAT(tarqctl({"ota-time", "0"}).out,
                 HasSubstr("no package passes by its time any more"));
 }
@@ -163,6 +143,8 @@ TEST_F(TarqctlE2e, hardware_list_is_printed_and_time_is_taken) {
 TEST_F(TarqctlE2e, package_is_compared_and_explained) {
     describeBoard("<hw Peripheral='tp'>gt9</hw><hw Peripheral='bt'>r s</hw>");
     startDaemon();
+    EXPECT_THAT(tarqctl({"hwinfo"}).out, AllOf(StartsWith("wifi:null\ncodec:null\ntp:gt9\n"),
+                                               EndsWith("\nkeyboard_ic:null\n")));
     const Result refused = tarqctl({"match", "overlay_id:5", "bt:x"});
     EXPECT_EQ(refused.code, 1);
     EXPECT_THAT(refused.out, HasSubstr("\n  add tp:gt9\n  write bt:x,r,s\n"));
@@ -172,7 +154,7 @@ TEST_F(TarqctlE2e, package_is_compared_and_explained) {
     EXPECT_THAT(fitting.out,
                 StartsWith("{\"verdict\":\"yes\",\"service\":\"yes\",\"sentence\":\"all 2 board "
                            "parts fit"));
-    const Result piped = sh("tarqctl hwinfo | tarqctl match --file - 2>&1", mBoard.path());
+    const Result piped = sh("tarqctl hwinfo | tarqctl match --file - 2>&1");
     EXPECT_THAT(piped.out,
                 AllOf(StartsWith("yes: all 2 board parts fit; the overlay was not compared\n"),
                       EndsWith("tarqctl: match: yes, but the overlay was not compared: no item is "
@@ -187,7 +169,7 @@ TEST_F(TarqctlE2e, package_is_compared_and_explained) {
     EXPECT_EQ(tarqctl({"match", "--file", "/dev/null"}).code, 1);
 
     tarqctl({"setprop", "ro.vendor.ota_enter_timestamp_check", "true"});
-    writeFile(mBoard / "root/vendor/etc/hardware_timestamp.txt", ",\n,6");
+    writeFile(mBoard.device("/vendor/etc/hardware_timestamp.txt"), ",\n,6");
     EXPECT_THAT(tarqctl({"match", "--strict", "--ota-time", "7", "tp:x"}).out,
                 HasSubstr("passed: the package's time, 7"));
 }
@@ -233,7 +215,7 @@ TEST_F(TarqctlE2e, yes_without_a_comparison_is_said_and_strict_refuses_it) {
     EXPECT_EQ(tarqctl({"match", "--strict", "tp:x"}).code, 1);
     tarqctl({"setprop", "ro.vendor.ota_skip_hw_info", "true"});
     EXPECT_EQ(tarqctl({"match", "--strict", "tp:x"}).code, 1);
-    const std::string log = mBoard / "run/log";
+    const std::string log = mBoard.log();
     fs::remove(log);
     EXPECT_EQ(tarqctl({"match", "foo:x"}).out,
               "yes: the reasons are not known, " + log +
@@ -245,13 +227,13 @@ TEST_F(TarqctlE2e, yes_without_a_comparison_is_said_and_strict_refuses_it) {
 TEST_F(TarqctlE2e, log_that_cannot_be_written_is_named_beside_the_answer) {
     if (system("unshare -m true 2>/dev/null") != 0) GTEST_SKIP() << "unshare -m is refused";
     const std::string full = mBoard / "full";
+    setenv("TARQ_BOARD", full.c_str(), 1);
     const std::string said = sh("exec 2>&1; unshare -m sh -c 'mkdir $TARQ_BOARD; "
                                 "mount -t tmpfs -o size=256k none $TARQ_BOARD; cd $TARQ_BOARD; "
                                 "mkdir -p run/properties; TARQ_LOG=run/log " TARQD
                                 " 2>/dev/null & "
                                 "tarqctl wait; head -c 1M /dev/zero >fill 2>/dev/null; "
-                                "tarqctl match tp:x; kill $!'",
-                                full)
+                                "tarqctl match tp:x; kill $!'")
                                      .out;
     EXPECT_THAT(said, HasSubstr("yes: the reasons are not known, " + full +
                                 "/run/log: No space left on device\n"));
@@ -281,7 +263,7 @@ TEST_F(TarqctlE2e, only_root_and_system_may_run_commands) {
     for (const uid_t uid : {1001, 2000}) {
         const std::string refusal = "tarqctl: shell 'echo yes': uid " + std::to_string(uid) +
                                     " is neither root nor system\nhint: sudo " +
-                                    mBoard / "tarqctl" + " --board " + mBoard.path() +
+                                    mBoard / "tarqctl" + " --board " + mBoard.directory +
                                     " shell 'echo yes'\n";
         EXPECT_EQ(followHint(tarqctl({"shell", "echo yes"}, uid), 1, refusal).out, "yes\n");
     }
@@ -300,7 +282,7 @@ TEST_F(TarqctlE2e, only_root_and_system_may_run_commands) {
     for (const uid_t uid : {0, 1000}) EXPECT_TRUE(eventually([&] { return isLeftWithout(uid); }));
     followHint(tarqctl({"setprop", "a", "1"}, 2000), 1,
                "tarqctl: setprop a 1: Permission denied\nhint: sudo ");
-    chmod((mBoard / "run").c_str(), 0700);
+    chmod(mBoard.run().c_str(), 0700);
     followHint(tarqctl({"hwinfo"}, 2000), 2,
                "binder.sock: Permission denied\nhint: scripts/run --shared\n");
 }
@@ -343,15 +325,15 @@ TEST_F(TarqctlE2e, daemon_that_is_gone_stopped_or_killed_is_told_apart) {
 }
 
 TEST_F(TarqctlE2e, log_is_followed_until_interrupted_or_the_board_ends) {
-    const int board = tarq::host::lockBoard({mBoard.path()});
-    writeFile(mBoard / "run/log", "one\n");
+    const int board = tarq::host::lockBoard(mBoard);
+    writeFile(mBoard.log(), "one\n");
     const auto interrupted = start({"log", "-f"}), log = start({"log", "-f"});
     for (const auto& each : {interrupted.get(), log.get()}) EXPECT_EQ(each->readLine(), "one");
-    std::ofstream(mBoard / "run/log", std::ios::app) << "two\n";
+    std::ofstream(mBoard.log(), std::ios::app) << "two\n";
     for (const auto& each : {interrupted.get(), log.get()}) EXPECT_EQ(each->readLine(), "two");
     interrupted->kill(SIGINT);
     EXPECT_EQ(interrupted->wait(), 0);
-    std::ofstream(mBoard / "run/log", std::ios::app) << "the last";
+    std::ofstream(mBoard.log(), std::ios::app) << "the last";
     close(board);
     followHint(finish(*log), 2, "the last\ntarqctl: log -f: the board ended\n");
 }
@@ -359,7 +341,7 @@ TEST_F(TarqctlE2e, log_is_followed_until_interrupted_or_the_board_ends) {
 TEST_F(TarqctlE2e, terminal_gets_colours_and_a_word_for_no_output) {
     startDaemon();
     const auto onTerminal = [this](const std::string& line) {
-        return sh("script -qec '" + line + "' /dev/null", mBoard.path()).out;
+        return sh("script -qec '" + line + "' /dev/null").out;
     };
     EXPECT_THAT(onTerminal("tarqctl shell \"true;true\""),
                 HasSubstr("no standard output came back"));
@@ -370,14 +352,12 @@ TEST_F(TarqctlE2e, terminal_gets_colours_and_a_word_for_no_output) {
 TEST_F(TarqctlE2e, output_that_nobody_takes_ends_the_tool) {
     std::string lines;
     for (int i = 0; i < 20000; ++i) lines += "line\n";
-    writeFile(mBoard / "run/log", lines);
+    writeFile(mBoard.log(), lines);
     const std::string status = mBoard / "status";
-    EXPECT_EQ(sh("trap '' PIPE; { tarqctl log 2>&1; echo $? >" + status + "; } | head -n1",
-                 mBoard.path())
-                      .out,
+    EXPECT_EQ(sh("trap '' PIPE; { tarqctl log 2>&1; echo $? >" + status + "; } | head -n1").out,
               "line\n");
     EXPECT_EQ(readFile(status), "141\n");
-    const Result full = sh("tarqctl log -f 2>&1 >/dev/full", mBoard.path());
+    const Result full = sh("tarqctl log -f 2>&1 >/dev/full");
     EXPECT_EQ(full.code, 2);
     EXPECT_EQ(full.out, "tarqctl: standard output: cannot be written\n");
 }

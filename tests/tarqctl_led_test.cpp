@@ -5,7 +5,7 @@
 
 #include "tests/run_tarqctl.h"
 #include "tests/test_board.h"
-#include "tools/tarqctl/commands/led_commands.h"
+#include "tools/tarqctl/log/led_log.h"
 
 using namespace testing;
 
@@ -18,12 +18,9 @@ class TarqctlLed : public Test {
     static void SetUpTestSuite() {
         static const TestBoard board("<leds count='12'/>");
         mBoard = &board;
-        const std::string effects = board.path("/vendor/etc/leds");
-        std::filesystem::create_directories(effects);
-        std::filesystem::copy(SOURCES "/host/board/boards/demo_panel/vendor/etc/leds", effects);
-        mDaemon = std::make_unique<ChildProcess>(
-                std::vector<std::string>{TARQD},
-                std::vector<std::string>{"TARQ_LOG=" + board.directory() + "/run/log"});
+        std::filesystem::copy(SOURCES "/host/board/boards/demo_panel/vendor",
+                              board.device("/vendor"), std::filesystem::copy_options::recursive);
+        mDaemon = board.startDaemon(TARQD);
     }
     static void TearDownTestSuite() { mDaemon.reset(); }
     void SetUp() override {
@@ -31,12 +28,8 @@ class TarqctlLed : public Test {
         ASSERT_EQ(tarqctl("wait"), "");
     }
 
-    static std::string tarqctl(const std::string& line) { return runTarqctl(line); }
-    static std::string trace() {
-        std::string said;
-        EXPECT_EQ(mBoard->ask({"trace"}, &said), 0);
-        return said;
-    }
+    static std::string tarqctl(const std::string& line) { return tarqctlSays(line); }
+    static std::string trace() { return mBoard->ask({"trace"}); }
 
     static inline const TestBoard* mBoard = nullptr;
     static inline std::unique_ptr<ChildProcess> mDaemon;
@@ -46,11 +39,9 @@ TEST_F(TarqctlLed, values_are_set_and_read_back) {
     const std::pair<const char*, const char*> kLines[] = {
             {"led color 3 #Ff8000", ""},
             {"led color 3", "ff8000\n"},
-            {"led color 3 --json", "{\"color\":\"ff8000\"}\n"},
             {"led color 11", "000000\n"},
-            {"led brightness 10 128 --json", "{}\n"},
+            {"led brightness 10 128", ""},
             {"led brightness 10", "128\n"},
-            {"--json led brightness 10", "{\"brightness\":128}\n"},
             {"led set --color 00000f --brightness 7 4 10", ""},
             {"led color 4", "00000f\n"},
             {"led brightness 10", "7\n"},
@@ -76,9 +67,8 @@ TEST_F(TarqctlLed, wrong_usage_is_told_and_nothing_is_sent) {
             {"led effect 1 type=1 color=ff0000 brightness=1 cont=1", "val: it is not given"},
             {"led effect 1 type=1 type=2", "type: it is given twice"},
             {"led effect 1 type", "type: it is none of type="}};
-    for (const auto& [line, why] : kLines) {
+    for (const auto& [line, why] : kLines)
         EXPECT_THAT(tarqctl(line), AllOf(HasSubstr(why), HasSubstr("\nusage: "), EndsWith("2")));
-    }
     EXPECT_THAT(tarqctl("led color x"), HasSubstr("\nhint: tarqctl led color --help\n"));
     EXPECT_EQ(trace(), before);
 }
@@ -95,7 +85,7 @@ TEST_F(TarqctlLed, attribute_that_the_daemon_cannot_open_is_named) {
         mBoard->command({"fault", attribute, fault});
         EXPECT_EQ(tarqctl(line), "the daemon cannot open /sys/class/rgbled/" +
                                          std::string(attribute) + "\nhint: tarqctl --board " +
-                                         mBoard->directory() + " log\n1");
+                                         mBoard->directory + " log\n1");
         mBoard->command({"fault", attribute, "none"});
         EXPECT_THAT(tarqctl(line), Not(HasSubstr("hint"))) << line;
     }
@@ -143,7 +133,7 @@ TEST_F(TarqctlLed, dry_run_is_what_playing_sends) {
             tarqctl("led play x"),
             HasSubstr("; the board has alert, breathing, progress, rainbow, wave_fast; x.xml of "
                       "this directory is another file\nhint: tarqctl --board " +
-                      mBoard->directory() + " led play ./x.xml\n1"));
+                      mBoard->directory + " led play ./x.xml\n1"));
     std::filesystem::current_path(before);
     EXPECT_THAT(tarqctl("led play --json --dry-run " + file),
                 AllOf(HasSubstr("{\"left_out\":\"attribute s of <eff> is missing\",\"line\":3}\n"),
@@ -237,18 +227,12 @@ TEST(LedLog, tells_a_call_from_others_by_thread_operation_and_arguments) {
     EXPECT_THAT(notOpened("setRgbColor", {"4", "5"}), ElementsAre("no such call"));
 }
 
-TEST_F(TarqctlLed, examples_work_and_the_trace_has_the_times_of_the_log) {
-    for (const tarq::tools::Command& command : tarq::tools::ledCommands()) {
-        EXPECT_THAT(tarqctl(std::string("led --help ") + command.name),
-                    HasSubstr(command.sentence));
-        const std::string line = std::string(command.example).substr(strlen("tarqctl "));
-        EXPECT_THAT(tarqctl(line), Not(HasSubstr("hint"))) << line;
-    }
+TEST_F(TarqctlLed, trace_has_the_times_of_the_log) {
     tarqctl("led color 15 a0b0c0");
     EXPECT_THAT(tarqctl("trace --times"),
                 MatchesRegex("(.*\n)*[0-9]{2}-[0-9]{2} [0-9:]{8}\\.[0-9]{3} set_color f a0b0c0 "
                              "\\(refused: LED 15 .*\\)\n"));
-    const std::string trace = mBoard->directory() + "/run/leds.jsonl";
+    const std::string trace = mBoard->ledRecords();
     std::filesystem::rename(trace, trace + ".away");
     EXPECT_EQ(tarqctl("trace"), trace + ": No such file or directory\nhint: scripts/run\n2");
     std::filesystem::rename(trace + ".away", trace);

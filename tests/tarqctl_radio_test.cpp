@@ -3,40 +3,30 @@
 
 #include "tests/run_tarqctl.h"
 #include "tests/test_board.h"
-#include "tools/tarqctl/commands/radio_commands.h"
 
 using namespace testing;
 
 namespace {
 
-using Words = std::vector<std::string>;
-
 class TarqctlRadio : public Test {
   protected:
     static void SetUpTestSuite() {
-        static const TestBoard board(
-                "<receiver/><touch_panel type='a' id='1'/><leds count='12'/>"
-                "<coprocessor manufacturer='1002' version='6.10.3'/>",
-                "ro.vendor.433_check_enable=true\n");
+        static const TestBoard board("<receiver/>", "ro.vendor.433_check_enable=true\n");
         mBoard = &board;
     }
     void SetUp() override {
-        std::filesystem::remove(mBoard->directory() + "/run/properties/persist.radiokey.frequence");
+        std::filesystem::remove(mBoard->properties() + "/persist.radiokey.frequence");
         startDaemon();
     }
     void startDaemon() {
         mDaemon = nullptr;
-        mDaemon = std::make_unique<ChildProcess>(
-                Words{TARQD}, Words{"TARQ_LOG=" + mBoard->directory() + "/run/log"});
-        ASSERT_EQ(runTarqctl("wait radiokey_service"), "");
-        ASSERT_TRUE(eventually([] { return runTarqctl("radio status") == kReady; }));
+        mDaemon = mBoard->startDaemon(TARQD);
+        ASSERT_EQ(tarqctlSays("wait radiokey_service"), "");
+        ASSERT_TRUE(eventually([] { return tarqctlSays("radio status") == kReady; }));
     }
-    // Has the board play it: {"1", "2", "3"}. What it says when nothing hears it.
-    static std::string key(Words words) {
-        words.insert(words.begin(), "key");
-        std::string said;
-        mBoard->ask(words, &said);
-        return said;
+    // Has the board play it: "1 2 3". What it says when nothing hears it.
+    static std::string key(const std::string& words, int code = 0) {
+        return mBoard->ask(wordsOf("key " + words), code);
     }
     static std::string said(ChildProcess& watch) {
         const std::string line = watch.readLine();
@@ -54,7 +44,6 @@ Words watching(const std::string& options) {
 
 TEST_F(TarqctlRadio, status_and_strength_are_the_receivers) {
     const std::tuple<const char*, const char*, const char*, const char*> kRows[] = {
-            {"status", "7", "status --json", "{\"ready\":true,\"chip_status\":7}\n"},
             {"status", "0", "status",
              "ready, chip status 0, with which a virtual board says that no receiver answers\n"},
             {"status", "-1", "status",
@@ -65,19 +54,13 @@ TEST_F(TarqctlRadio, status_and_strength_are_the_receivers) {
             {"rssi", "-100", "rssi --json", "{\"rssi_dbm\":-100}\n"}};
     for (const auto& [name, value, line, expected] : kRows) {
         mBoard->command({"set", std::string("receiver_") + name, value});
-        EXPECT_EQ(runTarqctl(std::string("radio ") + line), expected) << value;
-    }
-    for (const tarq::tools::Command& command : tarq::tools::radioCommands()) {
-        const std::string line = std::string(command.example).substr(strlen("tarqctl "));
-        if (line == "radio watch") continue;
-        EXPECT_THAT(runTarqctl(line), Not(HasSubstr("hint"))) << line;
+        EXPECT_EQ(tarqctlSays(std::string("radio ") + line), expected) << value;
     }
 }
 
 TEST_F(TarqctlRadio, frequency_is_kept_for_the_next_start) {
     const std::pair<const char*, const char*> kLines[] = {
             {"radio frequency", "433 (default)\n"},
-            {"radio frequency --json", "{\"frequency\":433,\"stored\":null}\n"},
             {"radio frequency 2147483647", "2147483647, also after restarts\n"},
             {"radio frequency -2147483648 --json",
              "{\"frequency\":-2147483648}\ntarqctl: radio frequency -2147483648: the number was "
@@ -87,18 +70,17 @@ TEST_F(TarqctlRadio, frequency_is_kept_for_the_next_start) {
             {"setprop persist.radiokey.frequence abc", ""},
             {"radio frequency", "0 (what the daemon makes of \"abc\")\n"},
             {"radio frequency 315", "315, also after restarts\n"}};
-    for (const auto& [line, expected] : kLines) EXPECT_EQ(runTarqctl(line), expected) << line;
-    EXPECT_EQ(key({"1", "2", "3", "--frequency", "315"}), "");
+    for (const auto& [line, expected] : kLines) EXPECT_EQ(tarqctlSays(line), expected) << line;
+    EXPECT_EQ(key("1 2 3 --frequency 315"), "");
     startDaemon();
     ChildProcess watch(watching("-n 1 2>&1"));
     EXPECT_EQ(said(watch), "watch -n 1: registered; chip status 1; frequency at a start: 315");
-    EXPECT_THAT(key({"1", "2", "3"}),
+    EXPECT_THAT(key("1 2 3", 1),
                 HasSubstr("the receiver is tuned to 315, the key was sent at 433"));
-    EXPECT_EQ(key({"1", "-2", "3", "--frequency", "315"}), "");
+    EXPECT_EQ(key("1 -2 3 --frequency 315"), "");
     EXPECT_EQ(said(watch), "1 -2 3 -100 dBm");
-    for (const std::string line : {"frequency 2147483648", "frequency x", "watch -n 0"}) {
-        EXPECT_THAT(runTarqctl("radio " + line), HasSubstr("\nusage: ")) << line;
-    }
+    for (const std::string line : {"frequency 2147483648", "frequency x", "watch -n 0"})
+        EXPECT_THAT(tarqctlSays("radio " + line), HasSubstr("\nusage: ")) << line;
 }
 
 // A key may be late on its way, so two of them arrive as far apart as they please; but none comes
@@ -111,12 +93,10 @@ TEST_F(TarqctlRadio, what_was_watched_is_replayed_and_watched_again) {
         ChildProcess watch(watching("--json -n 4 2>&1"));
         EXPECT_THAT(said(watch), HasSubstr("registered"));
         if (isReplay) {
-            EXPECT_EQ(key({"--replay", record}), "");
+            EXPECT_EQ(key("--replay " + record), "");
         } else {
-            EXPECT_EQ(key({"1", "2", "3", "--rssi", "-2147483648"}), "");
-            EXPECT_EQ(key({"-1", "2147483647", "0", "--rssi", "-60", "--repeat", "3", "--every",
-                           "100"}),
-                      "");
+            EXPECT_EQ(key("1 2 3 --rssi -2147483648"), "");
+            EXPECT_EQ(key("-1 2147483647 0 --rssi -60 --repeat 3 --every 100"), "");
         }
         std::string lines;
         std::string keys;
@@ -154,7 +134,7 @@ TEST_F(TarqctlRadio, silence_is_explained_by_the_link_that_is_silent) {
     mBoard->command({"set", "receiver_status", "1"});
     mBoard->command({"fault", "receiver", "none"});
     EXPECT_EQ(said(watch), ready);
-    EXPECT_EQ(key({"1", "2", "3"}), "");
+    EXPECT_EQ(key("1 2 3"), "");
     EXPECT_EQ(said(watch), "1 2 3 -100 dBm");
     watch.kill(SIGINT);
     EXPECT_EQ(said(watch), "watch: 1 event");
@@ -165,7 +145,7 @@ TEST_F(TarqctlRadio, watch_ends_with_its_output_or_with_the_daemon) {
     ChildProcess watch(watching("2>&1")), full(watching("2>&1 >/dev/full"));
     for (ChildProcess* each : {&watch, &full}) EXPECT_THAT(said(*each), HasSubstr("registered"));
     mDaemon->kill(SIGSTOP);
-    EXPECT_EQ(key({"1", "2", "3", "--rssi", "-60"}), "");
+    EXPECT_EQ(key("1 2 3 --rssi -60"), "");
     mBoard->command({"set", "receiver_rssi", "-100"});  // leaves the key's strength as it was
     mDaemon->kill(SIGCONT);
     EXPECT_EQ(full.wait(), 2);
@@ -173,7 +153,7 @@ TEST_F(TarqctlRadio, watch_ends_with_its_output_or_with_the_daemon) {
     EXPECT_EQ(watch.readAll(),
               "1 2 3 -60 dBm\ntarqctl: radio watch: 1 event\n"
               "tarqctl: radio watch: the daemon ended\nhint: tarqctl --board " +
-                      mBoard->directory() + " log\n");
+                      mBoard->directory + " log\n");
     EXPECT_EQ(watch.wait(), 2);
 }
 
@@ -183,7 +163,7 @@ TEST_F(TarqctlRadio, watch_ends_with_its_time_whoever_is_stopped_meanwhile) {
     EXPECT_THAT(forever.readAll(), EndsWith("watch --for 0.1: 0 events in 0.1 s\n"));
     EXPECT_EQ(forever.wait(), 0);
     for (ChildProcess* each : {&enough, &few}) EXPECT_THAT(said(*each), HasSubstr("registered"));
-    EXPECT_EQ(key({"1", "2", "3", "--rssi", "-100"}), "");
+    EXPECT_EQ(key("1 2 3 --rssi -100"), "");
     EXPECT_EQ(enough.wait(), 0);
     EXPECT_EQ(said(few), "1 2 3 -100 dBm");
     mDaemon->kill(SIGSTOP);
@@ -195,54 +175,24 @@ TEST_F(TarqctlRadio, watch_ends_with_its_time_whoever_is_stopped_meanwhile) {
 TEST_F(TarqctlRadio, watch_and_followers_end_with_the_board) {
     TestBoard board("<receiver/><leds count='1'/><coprocessor manufacturer='1' version='1.2.3'/>",
                     "ro.vendor.433_check_enable=true\n");
-    const ChildProcess daemon({TARQD}, {"TARQ_LOG=" + board.directory() + "/run/log"});
+    const auto daemon = board.startDaemon(TARQD);
     EXPECT_EQ(ChildProcess({TARQCTL, "wait"}).wait(), 0);
     ChildProcess watch(watching("2>&1"));
     EXPECT_THAT(said(watch), HasSubstr("registered"));
     ChildProcess trace({"sh", "-c", "exec " TARQCTL " trace -f 2>&1"});
     ChildProcess serial({"sh", "-c", "exec " TARQCTL " serial -f 2>&1"});
-    writeFile(board.path("/sys/class/rgbled/set_color"), "0 ff0000");
+    writeFile(board.device("/sys/class/rgbled/set_color"), "0 ff0000");
     EXPECT_EQ(said(trace), "set_color 0 ff0000");
     EXPECT_TRUE(eventually([&] {  // it follows
         return readFile("/proc/" + std::to_string(serial.pid()) + "/wchan") == "hrtimer_nanosleep";
     }));
     board.end(SIGTERM);
-    setenv("TARQ_BOARD", mBoard->directory().c_str(), 1);
+    setenv("TARQ_BOARD", mBoard->directory.c_str(), 1);
     EXPECT_THAT(watch.readAll(), EndsWith("the board ended\nhint: scripts/run\n"));
     EXPECT_EQ(watch.wait(), 2);
     EXPECT_THAT(serial.readAll(), HasSubstr("skipped\ntarqctl: serial -f: the board ended\n"));
     EXPECT_EQ(serial.wait(), 2);
     EXPECT_THAT(trace.readAll(), HasSubstr("tarqctl: trace -f: the board ended\n"));
-}
-
-TEST(TarqctlRadioGate, without_the_property_nobody_waits_and_the_reason_is_told) {
-    const TemporaryDirectory board;
-    std::filesystem::create_directories(board / "run/properties");
-    const Words environment = {"TARQ_BOARD=" + board.path(), "TARQ_LOG=" + board / "run/log"};
-    const ChildProcess daemon({TARQD}, environment);
-    EXPECT_EQ(ChildProcess({TARQCTL, "wait"}, environment).wait(), 0);
-    ChildProcess watch(watching("2>&1"), environment);
-    EXPECT_EQ(watch.readAll(),
-              "tarqctl: radio watch: radiokey_service is not registered: property "
-              "ro.vendor.433_check_enable is not \"true\"\nhint: tarqctl --board " +
-                      board.path() + " services\n");
-    EXPECT_EQ(watch.wait(), 2);
-}
-
-TEST_F(TarqctlRadio, examples_of_what_is_done_to_a_board_work) {
-    if (!mBoard->withoutFuse().empty()) GTEST_SKIP() << mBoard->withoutFuse();
-    const TemporaryDirectory here;
-    writeFile(mBoard->path("/vendor/etc/leds/wave_fast.xml"),
-              "<e loop='1' interval='20' duration='40'><led id='0'><eff s='1'>ff</eff></led></e>");
-    for (const tarq::tools::Command& command : tarq::tools::commands()) {
-        if (command.group != std::string("the board")) continue;
-        ChildProcess line({"sh", "-c",
-                           "cd $0 && PATH=${1%/*}:$PATH && " + std::string(command.example),
-                           here.path(), TARQCTL});
-        EXPECT_EQ(line.wait(), 0) << command.example;
-    }
-    EXPECT_TRUE(std::filesystem::exists(here / "wave.gif"));
-    mBoard->command({"fault", "touch_panel", "none"});
 }
 
 }  // namespace

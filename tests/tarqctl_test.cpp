@@ -1,36 +1,17 @@
-
 #include <gmock/gmock.h>
 #include <sys/file.h>
 #include <unistd.h>
 
-#include <sstream>
-
 #include "tests/plain_board.h"
+#include "tests/run_tarqctl.h"
 #include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/ask/known_services.h"
-#include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/tarqctl.h"
+#include "tools/tarqctl/commands/led_commands.h"
 
 using namespace tarq::tools;
 using namespace testing;
 
 namespace {
-
-using Words = std::vector<std::string>;
-
-struct Result {
-    int code;
-    std::string out;
-    std::string err;
-};
-
-Result tarqctl(const Words& words, bool coloured = false, const std::string& input = "") {
-    std::istringstream in(input);
-    std::ostringstream out;
-    std::ostringstream err;
-    const int code = runTarqctl(words, coloured, in, out, err);
-    return {code, out.str(), err.str()};
-}
 
 // Every failure has one shape, and a hint that can be followed; none of those here has quotes.
 void expectFailure(const Result& result, int code, const std::string& why) {
@@ -41,8 +22,7 @@ void expectFailure(const Result& result, int code, const std::string& why) {
                 MatchesRegex("tarqctl: [^\n]+: [^\n]+\nhint: (tarqctl|scripts/run)[^\n]*"
                              "\n(usage: tarqctl [^\n]+\n)?"));
     const size_t hint = result.err.find("hint: ") + strlen("hint: ");
-    std::istringstream line(result.err.substr(hint, result.err.find('\n', hint) - hint));
-    Words words{std::istream_iterator<std::string>(line), {}};
+    Words words = wordsOf(result.err.substr(hint, result.err.find('\n', hint) - hint));
     if (words[0] != "tarqctl") return;
     words.erase(words.begin());
     EXPECT_EQ(tarqctl(words).code, 0) << result.err;
@@ -79,16 +59,15 @@ TEST_F(Tarqctl, wrong_usage_names_the_fault_and_hints_at_the_help) {
         expectFailure(tarqctl(words), 2, fault);
         EXPECT_THAT(tarqctl(words).err, HasSubstr("\nusage: "));
     }
-    for (const std::string time : {"12x", "", " 1", "0x10", "9223372036854775808"}) {
+    for (const std::string time : {"12x", "", " 1", "0x10", "9223372036854775808"})
         expectFailure(tarqctl({"ota-time", time}), 2, '"' + time + '"');
-    }
     EXPECT_EQ(tarqctl({"setprop", "a", "--json"}).out,
               "{\"error\":{\"code\":\"usage\",\"message\":\"setprop a: VALUE is required\","
               "\"hint\":\"tarqctl setprop --help\"}}\n");
 }
 
 TEST_F(Tarqctl, global_options_stand_on_either_side_and_shell_takes_all_that_follows) {
-    const std::string dir = mBoard.directory();
+    const std::string& dir = mBoard.directory;
     const std::pair<Words, const char*> cases[] = {
             {{"hwinfo", "--timeout=5", "--board=" + dir}, "hwinfo"},
             {{"--timeout", "5", "ota-time", "-7", "--board", dir}, "ota-time -7"},
@@ -126,9 +105,8 @@ TEST_F(Tarqctl, list_that_cannot_be_sent_is_refused) {
     expectFailure(tarqctl({"match", "--file", "/nowhere"}), 2,
                   "/nowhere: No such file or directory");
     const Words words = {"match", "--file", "-"};
-    expectFailure(tarqctl(words, false, "a:b\ncaf\xe9\n"), 2, "-:2: it is not UTF-8");
-    expectFailure(tarqctl(words, false, std::string("#\n\na:\0\n", 7)), 2,
-                  "-:3: it has a NUL in it");
+    expectFailure(tarqctl(words, "a:b\ncaf\xe9\n"), 2, "-:2: it is not UTF-8");
+    expectFailure(tarqctl(words, std::string("#\n\na:\0\n", 7)), 2, "-:3: it has a NUL in it");
 }
 
 TEST_F(Tarqctl, help_of_every_command_has_one_shape) {
@@ -141,7 +119,9 @@ TEST_F(Tarqctl, help_of_every_command_has_one_shape) {
         EXPECT_THAT(tarqctl({"-h"}).out, HasSubstr(command.sentence));
         EXPECT_EQ(tarqctl({"help", command.name}).out, tarqctl({command.name, "-h"}).out);
     }
-    EXPECT_THAT(tarqctl({"help", "radio", "rssi"}, true).out,
+    for (const Command& command : ledCommands())
+        EXPECT_THAT(tarqctl({"led", "-h"}).out, HasSubstr(command.sentence));
+    EXPECT_THAT(tarqctl({"help", "radio", "rssi"}, "", true).out,
                 AllOf(StartsWith("\x1b[1musage:\x1b[0m tarqctl [OPTIONS] radio rssi\n"),
                       HasSubstr("\n\x1b[1mexample:\x1b[0m\n  tarqctl radio rssi\n")));
     EXPECT_THAT(tarqctl({"--version", "--json"}).out,
@@ -178,9 +158,9 @@ TEST_F(Tarqctl, board_is_the_only_one_that_the_user_runs) {
 }
 
 TEST_F(Tarqctl, properties_are_listed_in_order_and_one_is_printed_alone) {
-    writeFile(mBoard / "run/properties/ro.b", "two words");
-    writeFile(mBoard / "run/properties/ro.a", "");
-    writeFile(mBoard / "run/properties/.writing", "half");
+    mBoard.setProperty("ro.b", "two words");
+    mBoard.setProperty("ro.a", "");
+    mBoard.setProperty(".writing", "half");
     EXPECT_EQ(tarqctl({"getprop"}).out, "[ro.a]: []\n[ro.b]: [two words]\n");
     EXPECT_EQ(tarqctl({"getprop", "--json"}).out,
               "{\"properties\":{\"ro.a\":\"\",\"ro.b\":\"two words\"}}\n");
@@ -200,9 +180,9 @@ TEST_F(Tarqctl, property_is_set_or_the_refusal_says_why) {
     expectFailure(tarqctl({"setprop", "ro.a", "\": "}), 1, ": it is read-only and already set");
     expectFailure(tarqctl({"setprop", "long", std::string(92, 'x')}), 1,
                   ": the value has 92 bytes, 91 are allowed");
-    EXPECT_EQ(readFile(mBoard / "run/properties/ro.a"), "[1,2]");
+    EXPECT_EQ(mBoard.property("ro.a"), "[1,2]");
 
-    std::filesystem::remove_all(mBoard / "run/properties");
+    std::filesystem::remove_all(mBoard.properties());
     expectFailure(tarqctl({"setprop", "a", "1"}), 1, ": No such file or directory\nhint");
     expectFailure(tarqctl({"getprop"}), 2, "run/properties: No such file or directory\n");
 }
@@ -223,12 +203,13 @@ TEST_F(Tarqctl, log_is_passed_on_coloured_or_taken_apart) {
     lines += "01-02 03:04:05.007 123456  1034 V         : \xff";
     json += "{\"time\":\"01-02 03:04:05.007\",\"pid\":123456,\"tid\":1034,\"priority\":\"V\","
             "\"tag\":\"\",\"text\":\"\uFFFD\"}\n";
-    writeFile(mBoard / "run/log", lines);
+    writeFile(mBoard.log(), lines);
     EXPECT_EQ(tarqctl({"log"}).out, lines + "\n");
     EXPECT_EQ(tarqctl({"log", "--json"}).out, json);
-    EXPECT_EQ(tarqctl({"log"}, true).out, "\x1b[33m" + good.substr(0, good.size() - 1) + "\x1b[0m" +
-                                                  lines.substr(good.size() - 1) + "\n");
-    std::filesystem::remove(mBoard / "run/log");
+    EXPECT_EQ(tarqctl({"log"}, "", true).out, "\x1b[33m" + good.substr(0, good.size() - 1) +
+                                                      "\x1b[0m" + lines.substr(good.size() - 1) +
+                                                      "\n");
+    std::filesystem::remove(mBoard.log());
     expectFailure(tarqctl({"log"}), 2, "run/log: No such file or directory\n");
 }
 
@@ -242,14 +223,14 @@ TEST_F(Tarqctl, absent_service_is_explained_by_what_can_be_seen) {
     EXPECT_EQ(whyAbsent(services, {false, false, true}, 0), refused);
     EXPECT_EQ(whyAbsent(services, {true, false, true}, 1), "property ro.optional is not \"true\"");
 
-    writeFile(mBoard / "run/properties/ro.optional", "true");
+    mBoard.setProperty("ro.optional", "true");
     EXPECT_EQ(whyAbsent(services, {true, false, true}, 1), late);
     EXPECT_EQ(whyAbsent(services, {true, false, false}, 1), starting + late);
 
-    writeFile(mBoard / "run/properties/ro.vendor.zigbee_check_enable", "true");
+    mBoard.setProperty("ro.vendor.zigbee_check_enable", "true");
     EXPECT_EQ(whyAbsent(services, {true, true, false}, 2), startupCheck());
     EXPECT_EQ(whyAbsent(services, {false, false, false}, 0), starting + refused);
-    writeFile(mBoard / "run/properties/ro.vendor.zigbee.info", "exist=0");
+    mBoard.setProperty("ro.vendor.zigbee.info", "exist=0");
     EXPECT_EQ(startupCheck() + whyAbsent(services, {true, true, false}, 2), starting + refused);
 }
 

@@ -6,8 +6,6 @@
 #include <sys/syscall.h>
 
 #include <memory>
-#include <string>
-#include <vector>
 
 #include "host/run/control.h"
 #include "tests/child_process.h"
@@ -15,7 +13,7 @@
 
 // The device's paths of this process lead into it. That is read once a process, so a test binary
 // keeps one board for all its cases and changes it with command().
-class TestBoard {
+class TestBoard : public tarq::host::Board {
   public:
     // Words in front of a program that keep FUSE from it, where this machine lets them.
     static constexpr char kHideFuse[] =
@@ -27,21 +25,22 @@ class TestBoard {
     explicit TestBoard(const std::string& devices, const std::string& buildProp = "",
                        const std::string& with = "")
         : mLine("exec " + with + " " VIRTUAL_BOARD " serve \"$0\" \"$1\" 2>&1") {
+        directory = mDirectory.path();
         writeFile(mFolder / "board.xml", "<board>" + devices + "</board>");
         writeFile(mFolder / "build.prop", buildProp);
-        setenv("TARQ_BOARD", mDirectory.path().c_str(), 1);
+        setenv("TARQ_BOARD", directory.c_str(), 1);
         start();
     }
     ~TestBoard() {
         if (mProcess) end(SIGTERM);
-        if (mKilled) ChildProcess({"fusermount3", "-uzq", mDirectory / "hw"}).wait();
+        if (mKilled) ChildProcess({"fusermount3", "-uzq", hardware()}).wait();
     }
     TestBoard(const TestBoard&) = delete;
     TestBoard& operator=(const TestBoard&) = delete;
 
     void start() {
-        mProcess = std::make_unique<ChildProcess>(
-                std::vector<std::string>{"sh", "-c", mLine, mFolder.path(), mDirectory.path()});
+        mProcess =
+                std::make_unique<ChildProcess>(Words{"sh", "-c", mLine, mFolder.path(), directory});
         for (std::string said; (said = mProcess->readLine()) != "ready"; mWithoutFuse = said) {
             if (said.find("no FUSE") != std::string::npos) continue;
             FAIL() << "the board does not start: " << said << mProcess->readAll();
@@ -58,32 +57,34 @@ class TestBoard {
 
     // Why GPIO, cameras, faults and holds are not played here, for GTEST_SKIP; else "".
     const std::string& withoutFuse() const { return mWithoutFuse; }
+    // For SetUp().
+    void skipWithoutFuse() const {
+        if (!mWithoutFuse.empty()) GTEST_SKIP() << mWithoutFuse;
+    }
 
-    const std::string& directory() const { return mDirectory.path(); }
-
-    // "/sys/class/gpio/export" -> where it is on this machine
-    std::string path(const std::string& devicePath) const {
-        return mDirectory / ("root" + devicePath);
+    // The daemon on it, which logs where the tools look.
+    std::unique_ptr<ChildProcess> startDaemon(const char* tarqd) const {
+        return std::make_unique<ChildProcess>(Words{tarqd}, Words{"TARQ_LOG=" + log()});
     }
 
     // Has the board do it: {"set", "gpio42", "1"}.
-    void command(const std::vector<std::string>& words) const {
-        const tarq::host::Answer answer = tarq::host::askBoard({mDirectory.path()}, words);
+    void command(const Words& words) const {
+        const tarq::host::Answer answer = tarq::host::askBoard(*this, words);
         EXPECT_TRUE(answer.isDone) << answer.reason << answer.error;
     }
-    // Has tarqctl do it. The exit code, and what was printed.
-    int ask(std::vector<std::string> words, std::string* said) const {
+    // Has tarqctl do it, which is to end so. What it prints, errors as well.
+    std::string ask(Words words, int code = 0) const {
         const std::string line = "exec " TARQCTL " --board \"$0\" \"$@\" 2>&1";
-        words.insert(words.begin(), {"sh", "-c", line, mDirectory.path()});
+        words.insert(words.begin(), {"sh", "-c", line, directory});
         ChildProcess tool(words);
-        *said = tool.readAll();
-        return tool.wait();
+        std::string said = tool.readAll();
+        EXPECT_EQ(tool.wait(), code) << said;
+        return said;
     }
 
     // A cat of the held node, which has begun to read, and waits.
     std::unique_ptr<ChildProcess> waitingReader(const std::string& devicePath) const {
-        auto reader =
-                std::make_unique<ChildProcess>(std::vector<std::string>{"cat", path(devicePath)});
+        auto reader = std::make_unique<ChildProcess>(Words{"cat", device(devicePath)});
         const std::string process = "/proc/" + std::to_string(reader->pid());
         EXPECT_TRUE(eventually([&] {
             return readFile(process + "/wchan") == "request_wait_answer" &&

@@ -2,12 +2,6 @@
 #include <sys/mount.h>
 #include <sys/stat.h>
 
-#include <iterator>
-#include <memory>
-#include <sstream>
-
-#include "tests/child_process.h"
-#include "tests/temporary_directory.h"
 #include "tests/test_board.h"
 
 namespace {
@@ -18,7 +12,7 @@ class VirtualBoard : public testing::Test {
   protected:
     VirtualBoard() {
         writeFile(mFolder / "build.prop", "ro.a=1\n");
-        writeFile(mFolder / "board.xml", "<board/>");
+        writeFile(mFolder / "board.xml", "<board><receiver/></board>");
     }
     // A board that was killed has left it mounted.
     ~VirtualBoard() override { umount2((mDirectory / "hw").c_str(), MNT_DETACH); }
@@ -58,6 +52,7 @@ TEST_F(VirtualBoard, device_tree_is_there_when_it_is_ready_and_nothing_else) {
             EXPECT_EQ(stat((mDirectory / name).c_str(), &status), 0) << name;
             EXPECT_EQ(status.st_mode, S_IFDIR | (shared ? 0755u : 0700u)) << name;
         }
+        EXPECT_EQ(fs::status(mDirectory / "run/rf").permissions(), fs::perms::owner_all);
         EXPECT_EQ(readFile(mDirectory / "root/vendor/etc/leds/x.xml"), "<x/>");
         EXPECT_EQ(property("ro.a"), "1");
         EXPECT_FALSE(fs::exists(mDirectory / "run/properties/ro.left"));
@@ -144,12 +139,12 @@ TEST_F(VirtualBoard, folder_that_is_no_board_is_one_error_line) {
 TEST_F(VirtualBoard, ends_while_calls_wait_and_files_are_open_and_unmounts) {
     TestBoard board("<touch_panel type='a' id='1'/>");
     if (!board.withoutFuse().empty()) GTEST_SKIP() << board.withoutFuse();
-    const std::ifstream open(board.path("/sys/class/tpinfo/tpinfo_ic_info"));
+    const std::ifstream open(board.device("/sys/class/tpinfo/tpinfo_ic_info"));
     board.command({"hold", "touch_panel"});
     const auto reader = board.waitingReader("/sys/class/tpinfo/tpinfo_ic_info");
     board.end(SIGTERM);
     EXPECT_EQ(reader->wait(), 1);
-    EXPECT_TRUE(fs::is_empty(board.directory() + "/hw"));
+    EXPECT_TRUE(fs::is_empty(board.directory + "/hw"));
 }
 
 TEST_F(VirtualBoard, killed_one_has_lost_nothing_for_the_next) {
@@ -159,29 +154,28 @@ TEST_F(VirtualBoard, killed_one_has_lost_nothing_for_the_next) {
     board.command({"fault", "/data/kept", "empty"});
     board.end(SIGKILL);
     board.start();
-    EXPECT_EQ(readFile(board.path("/data/kept")), "x");
-    EXPECT_EQ(readFile(board.path("/sys/class/tpinfo/tpinfo_ic_info")), "type:a\nid:1\n");
+    EXPECT_EQ(readFile(board.device("/data/kept")), "x");
+    EXPECT_EQ(readFile(board.device("/sys/class/tpinfo/tpinfo_ic_info")), "type:a\nid:1\n");
 }
 
 TEST_F(VirtualBoard, without_fuse_there_are_plain_files_and_the_rest_says_so) {
     if (!TestBoard::canHideFuse()) GTEST_SKIP() << "unshare -m is refused";
-    const TestBoard board("<touch_panel type='a' id='1'/><gpio number='3'/><leds count='1'/>", "",
-                          TestBoard::kHideFuse);
+    const TestBoard board(
+            "<touch_panel type='a' id='1'/><gpio number='3'/><leds count='1'/>"
+            "<coprocessor manufacturer='1' version='1.2.3'/>",
+            "", TestBoard::kHideFuse);
+    EXPECT_TRUE(fs::is_character_file(board.device("/dev/ttyS3")));
     EXPECT_THAT(board.withoutFuse(), testing::HasSubstr("plain files only"));
-    const std::string file = board.path("/sys/class/tpinfo/tpinfo_ic_info");
+    const std::string file = board.device("/sys/class/tpinfo/tpinfo_ic_info");
     EXPECT_EQ(readFile(file), "type:a\nid:1\n");
     board.command({"set", "touch_panel", "new"});
     EXPECT_EQ(readFile(file), "new");
     for (const char* words : {"set gpio3 1", "fault touch_panel empty", "hold touch_panel"}) {
-        std::istringstream in(words);
-        std::string said;
-        EXPECT_EQ(board.ask({std::istream_iterator<std::string>(in), {}}, &said), 1);
-        EXPECT_THAT(said, testing::HasSubstr(words + std::string(": needs FUSE: ")));
+        EXPECT_THAT(board.ask(wordsOf(words), 1),
+                    testing::HasSubstr(words + std::string(": needs FUSE: ")));
     }
-    std::string said;
-    EXPECT_EQ(board.ask({"trace"}, &said), 2);
-    EXPECT_THAT(said, testing::HasSubstr("leds.jsonl: needs FUSE: "));
-    EXPECT_TRUE(std::ofstream(board.path("/sys/class/rgbled/set_color"), std::ios::app) << "1");
+    EXPECT_THAT(board.ask({"trace"}, 2), testing::HasSubstr("leds.jsonl: needs FUSE: "));
+    EXPECT_TRUE(std::ofstream(board.device("/sys/class/rgbled/set_color"), std::ios::app) << "1");
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 
 #include "common/pause.h"
 #include "tests/captured_log.h"
+#include "tests/child_process.h"
 #include "tests/plain_board.h"
 #include "tools/tarqctl/view/frame_text.h"
 #include "tools/tarqctl/view/hex_text.h"
@@ -50,8 +51,8 @@ struct Port : PlainBoard {
     explicit Port(const std::string& enabled = "true") {
         grantpt(master);
         unlockpt(master);
-        std::filesystem::create_directories(file("/dev"));
-        std::filesystem::create_symlink(ptsname(master), file("/dev/ttyS3"));
+        std::filesystem::create_directories(device("/dev"));
+        std::filesystem::create_symlink(ptsname(master), device("/dev/ttyS3"));
         setProperty("ro.vendor.zigbee_check_enable", enabled);
     }
     ~Port() {
@@ -70,10 +71,6 @@ struct Port : PlainBoard {
     const int master = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
 };
 
-auto countDescriptors() {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-}
-
 TEST(Ash, frames_are_those_of_the_protocol) {
     EXPECT_EQ(ash::resetFrame(), bytesOf("1A C0 38 BC 7E"));
     EXPECT_EQ(ash::acknowledgement(0), bytesOf("80 70 78 7E"));
@@ -89,7 +86,7 @@ TEST(Ash, frames_are_those_of_the_protocol) {
 
 TEST(SerialPort, is_set_up_as_asked_or_told_why_not) {
     const Port port;
-    const auto descriptors = countDescriptors();
+    const auto descriptors = openDescriptors();
     const struct {
         int32_t baud;
         uint8_t stopBits;
@@ -129,7 +126,7 @@ TEST(SerialPort, is_set_up_as_asked_or_told_why_not) {
         EXPECT_EQ(said, c.said == "silent" ? "" : c.said);
         EXPECT_EQ(result, c.said.empty() ? 0 : -1);
         EXPECT_EQ(serialPort >= 0, c.said.empty());
-        EXPECT_EQ(countDescriptors(), descriptors + (c.said.empty() ? 1 : 0));
+        EXPECT_EQ(openDescriptors(), descriptors + (c.said.empty() ? 1 : 0));
         if (!c.said.empty()) continue;
         termios found = {};
         tcgetattr(serialPort, &found);
@@ -235,7 +232,7 @@ struct Check {
 void run(const Check& check) {
     SCOPED_TRACE(check.name);
     const Port port;
-    if (check.name == "no port") std::filesystem::remove(port.file("/dev/ttyS3"));
+    if (check.name == "no port") std::filesystem::remove(port.device("/dev/ttyS3"));
     Conversation left = check.conversation;
     duringPause = [&] {
         const Bytes question = port.read();
@@ -248,9 +245,9 @@ void run(const Check& check) {
     };
     paused = {};
     CapturedLog log;
-    const auto descriptors = countDescriptors();
+    const auto descriptors = openDescriptors();
     const int32_t result = zigbee_check_module();
-    EXPECT_EQ(countDescriptors(), descriptors);
+    EXPECT_EQ(openDescriptors(), descriptors);
     duringPause();  // what was sent after the last pause
     std::string told;
     for (const std::string& entry : log.take()) told += "|" + entry;
