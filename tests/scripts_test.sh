@@ -46,6 +46,7 @@ output=$("$run" bash -c 'cat; echo "${TARQ_BOARD%.*}"; exit 7' <<<"input" 2>/dev
 same "status" 7 $?
 same "output" "input"$'\n'"$TMPDIR/tarqd-$UID/demo_panel" "$output"
 nothing_left "a failing command"
+same "mode of a board" 700 "$("$run" sh -c 'stat -c %a "$TARQ_BOARD/run"' 2>/dev/null)"
 
 "$run" no_such_command 2>/dev/null
 same "status of a missing command" 127 $?
