@@ -27,10 +27,10 @@ int connectToDaemon(const Session& session) {
 
 Failure notListening(const Session& session, int error) {
     const bool hasLog = access(session.board.log().c_str(), R_OK) == 0;
-    return session.failure(
-            "no_daemon",
-            "cannot connect to " + session.board.binderSocket() + ": " + host::socketError(error),
-            hasLog ? session.next("log") : howToStart(error));
+    return session.failure("no_daemon",
+                           "no daemon serves, cannot connect to " + session.board.binderSocket() +
+                                   ": " + host::socketError(error),
+                           hasLog ? session.next("log") : howToStart(error));
 }
 
 Failure daemonTooSlow(const Session& session, const std::string& likelyCause,

@@ -56,6 +56,10 @@ Failure noAnswer(const Session& session, const std::string& likelyCause,
     if (const std::optional<Stopped> stopped = findStopped(session.board)) {
         return session.failure("timeout", silence + stopped->why + rest, stopped->hint);
     }
+    if (const std::optional<Stopped> held = findHeld(session.board)) {
+        return session.failure("timeout", silence + likelyCause + "; " + held->why + rest,
+                               session.next(held->hint));
+    }
     std::ostringstream longer;
     longer << "--timeout " << std::clamp(session.timeout.count() * 6, 60.0, kMaxTimeout) << " "
            << session.line;
