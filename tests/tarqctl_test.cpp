@@ -57,7 +57,7 @@ TEST_F(Tarqctl, wrong_usage_names_the_fault_and_hints_at_the_help) {
     const std::pair<Words, const char*> cases[] = {
             {{}, "no command is given"},
             {{"--vers"}, "there is no option --vers"},
-            {{"\x1b[m\n"}, "tarqctl: '\\x1b[m\\n': there is no such command"},
+            {{"\x1b[m\n"}, "tarqctl: $'\\x1b[m\\x0a': there is no such command"},
             {{"frobnicate"}, "there is no such command, only services"},
             {{"help", "frobnicate"}, "there is no such command, only services"},
             {{"frobnicate", "--help"}, "there is no such command, only services"},

@@ -13,6 +13,8 @@
 #include "host/run/faults.h"
 #include "host/run/socket.h"
 
+#include "tools/tarqctl/session.h"
+
 namespace tarq::tools {
 
 // Who listens at the socket; 0 when nobody does. The kernel takes connections for a stopped one,
@@ -62,7 +64,7 @@ std::optional<Stopped> findHeld(const host::Board& board) {
     host::BoardState state;
     if (!host::parseBoardState(host::askBoard(board, {"board"}, 1).text, &state)) return {};
     for (const host::NodeState& node : state.nodes) {
-        const std::string& name = node.name.empty() ? node.path : node.name;
+        const std::string name = shellQuoted(node.name.empty() ? node.path : node.name);
         if (node.isHeld) return Stopped{name + " is held", "release " + name};
         if (node.fault == host::nameOf(host::kNodeFaults, host::NodeFault::kSlow)) {
             return Stopped{name + " is slow", "fault " + name + " none"};
