@@ -103,7 +103,8 @@ TEST_F(Tarqctl, global_options_stand_on_either_side_and_shell_takes_all_that_fol
     };
     for (const auto& [words, command] : cases) {
         expectFailure(tarqctl(words), 2,
-                      std::string("tarqctl: ") + command + ": no daemon serves, cannot connect to " + dir +
+                      std::string("tarqctl: ") + command +
+                              ": no daemon serves, cannot connect to " + dir +
                               "/run/binder.sock: No such file or directory\nhint: scripts/run\n");
     }
 }

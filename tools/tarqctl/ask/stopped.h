@@ -16,8 +16,8 @@ struct Stopped {
     std::string hint;  // the command line that makes it go on, or tells who holds it
 };
 
-// A node that the board holds, or is slow with: who asks the hardware may wait for it. The hint is a
-// command of this tool. Nothing when there is none, or the board does not tell within a second.
+// A node that the board holds, or is slow with: who asks the hardware may wait for it. The hint is
+// a command of this tool. Nothing when there is none, or the board does not tell within a second.
 std::optional<Stopped> findHeld(const host::Board& board);
 
 // The board's process if it is stopped, by a signal or in a debugger, else its daemon if that is:
