@@ -359,7 +359,7 @@ TEST_F(TarqctlE2e, output_that_nobody_takes_ends_the_tool) {
     EXPECT_EQ(readFile(status), "141\n");
     const Result full = sh("tarqctl log -f 2>&1 >/dev/full");
     EXPECT_EQ(full.code, 2);
-    EXPECT_EQ(full.out, "tarqctl: standard output: cannot be written\n");
+    EXPECT_EQ(full.out, "tarqctl: standard output: cannot be written: No space left on device\n");
 }
 
 }  // namespace

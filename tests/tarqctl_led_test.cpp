@@ -188,10 +188,9 @@ TEST_F(TarqctlLed, refusal_of_the_driver_is_told_with_its_reason_and_its_place_i
 TEST_F(TarqctlLed, transfer_past_its_time_is_said_to_go_on) {
     mBoard->command({"hold", "xml_effect_trans_vals"});
     ChildProcess play({"sh", "-c", TARQCTL " --timeout 0.3 led play alert 2>&1"});
-    EXPECT_THAT(
-            play.readAll(),
-            AllOf(HasSubstr("; the daemon goes on with the transfer, so do not start another\n"),
-                  EndsWith(" trace -f\n")));
+    EXPECT_THAT(play.readAll(), AllOf(HasSubstr("; xml_effect_trans_vals is held; the daemon goes "
+                                                "on with the transfer, so do not start another\n"),
+                                      EndsWith(" release xml_effect_trans_vals\n")));
     mBoard->command({"release", "xml_effect_trans_vals"});
     EXPECT_TRUE(eventually([] { return trace().rfind("trans_state 0\n") == trace().size() - 14; }));
 }
@@ -225,6 +224,13 @@ TEST(LedLog, tells_a_call_from_others_by_thread_operation_and_arguments) {
     EXPECT_THAT(notOpened("getRgbColor", {"3", "ff"}), ElementsAre("/c"));
     EXPECT_THAT(notOpened("getRgbColor", {"3", "fe"}), IsEmpty());
     EXPECT_THAT(notOpened("setRgbColor", {"4", "5"}), ElementsAre("no such call"));
+}
+
+TEST_F(TarqctlLed, fault_of_the_driver_is_named_instead_of_a_value) {
+    mBoard->command({"fault", "get_color", "empty"});
+    EXPECT_THAT(tarqctl("led color 1"), AllOf(HasSubstr("the fault \"empty\" of get_color\nhint: "),
+                                              EndsWith("fault get_color none\n2")));
+    mBoard->command({"fault", "get_color", "none"});
 }
 
 TEST_F(TarqctlLed, trace_has_the_times_of_the_log) {

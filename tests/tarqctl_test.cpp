@@ -37,7 +37,7 @@ TEST_F(Tarqctl, wrong_usage_names_the_fault_and_hints_at_the_help) {
     const std::pair<Words, const char*> cases[] = {
             {{}, "no command is given"},
             {{"--vers"}, "there is no option --vers"},
-            {{"\x1b[m\n"}, "tarqctl: '\\x1b[m\\n': there is no such command"},
+            {{"\x1b[m\n"}, "tarqctl: $'\\x1b[m\\x0a': there is no such command"},
             {{"frobnicate"}, "there is no such command, only services"},
             {{"help", "frobnicate"}, "there is no such command, only services"},
             {{"frobnicate", "--help"}, "there is no such command, only services"},
@@ -82,7 +82,8 @@ TEST_F(Tarqctl, global_options_stand_on_either_side_and_shell_takes_all_that_fol
     };
     for (const auto& [words, command] : cases) {
         expectFailure(tarqctl(words), 2,
-                      std::string("tarqctl: ") + command + ": cannot connect to " + dir +
+                      std::string("tarqctl: ") + command +
+                              ": no daemon serves, cannot connect to " + dir +
                               "/run/binder.sock: No such file or directory\nhint: scripts/run\n");
     }
 }

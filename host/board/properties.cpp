@@ -85,11 +85,11 @@ static void loadDefaults(const fs::path& file, const host::Board& board) {
         } catch (const std::invalid_argument& malformed) {
             wrong = malformed.what();
         }
+        host::setLogSink({});
         if (wrong.empty()) continue;
         requireRoom(board);
         std::cerr << place << host::escaped(wrong) << '\n';
     }
-    host::setLogSink({});
 }
 
 void loadProperties(const fs::path& defaults, const host::Board& board) {

@@ -1,7 +1,7 @@
 // A board is switched on in this order: the directory is taken and made anew, the hardware of
-// board.xml is mounted into it, the parts that are no files are opened, and only then commands are
-// taken and "ready" is said. It is switched off in the opposite order by what the destructors do,
-// when a signal tells it to or whoever started it ends.
+// board.xml is mounted into it, the parts with commands of their own are opened, and only then
+// commands are taken and "ready" is said. It is switched off in the opposite order by what the
+// destructors do, when a signal tells it to or whoever started it ends.
 #include "host/board/serve.h"
 
 #include <signal.h>

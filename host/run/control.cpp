@@ -2,6 +2,7 @@
 
 #include <errno.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include "host/run/socket.h"
@@ -14,8 +15,9 @@ static bool sendPacket(int fd, const std::string& text) {
     return send(fd, text.data(), text.size(), MSG_NOSIGNAL) >= 0;
 }
 
-// Empty when none comes.
+// Empty when none comes; errno is EAGAIN then if the time was over.
 static std::string receivePacket(int fd) {
+    errno = 0;
     const ssize_t size = recv(fd, nullptr, 0, MSG_PEEK | MSG_TRUNC);
     if (size <= 0 || static_cast<size_t>(size) > kMaxSize) return "";
     std::string text(static_cast<size_t>(size), '\0');
@@ -23,16 +25,18 @@ static std::string receivePacket(int fd) {
     return text;
 }
 
-Answer askBoard(const Board& board, const std::vector<std::string>& words) {
+Answer askBoard(const Board& board, const std::vector<std::string>& words, int patience) {
     std::string request;
     for (const std::string& word : words) request += word + '\0';
     const int fd = connectTo(board.controlSocket());
     if (fd < 0) return {-fd};
+    const timeval time = {patience, 0};
+    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &time, sizeof(time));
     Answer answer;
     if (!sendPacket(fd, request)) {
         answer.error = errno;
     } else if (const std::string result = receivePacket(fd); result.empty()) {
-        answer.error = ECONNRESET;
+        answer.error = errno == EAGAIN ? EAGAIN : ECONNRESET;
     } else {
         answer.isDone = result[0] == '+';
         (answer.isDone ? answer.text : answer.reason) = result.substr(1);

@@ -19,8 +19,9 @@ struct Answer {
 };
 
 // Has a board do it: {"set", "gpio42", "1"}; {"board"} tells its state, see board_state.h. Returns
-// when it is done, or will not be. EMSGSIZE for more than a packet holds.
-Answer askBoard(const Board& board, const std::vector<std::string>& words);
+// when it is done, or will not be. EMSGSIZE for more than a packet holds; EAGAIN when no answer
+// came within the patience, in s, 0 being none.
+Answer askBoard(const Board& board, const std::vector<std::string>& words, int patience = 0);
 
 // ---- the board's side of a connection ----
 

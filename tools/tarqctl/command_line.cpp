@@ -4,12 +4,17 @@
 #include "tools/tarqctl/command_line.h"
 
 #include <CLI/App.hpp>
+#include <algorithm>
 
 namespace tarq::tools {
 
 // The commands that take another command line, with options of its own.
 static const char kShell[] = "shell";
 static const char kUp[] = "up";
+
+bool takesCommandLine(const std::string& command) {
+    return command == kShell || command == kUp;
+}
 
 // How many arguments the global option takes up with its value; 0 when it is no such option.
 static std::ptrdiff_t globalLength(const CLI::App& app, const std::string& argument) {

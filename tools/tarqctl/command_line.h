@@ -20,6 +20,9 @@ struct CommandLine {
     bool json = false;
 };
 
+// Whether another command line follows the command, as it does `shell` and `up`.
+bool takesCommandLine(const std::string& command);
+
 // The global options are those that the app has.
 CommandLine splitCommandLine(const CLI::App& app, const std::vector<std::string>& arguments);
 

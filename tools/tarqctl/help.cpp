@@ -2,6 +2,8 @@
 // own formatter begins with the description, and leaves out the global options.
 #include "tools/tarqctl/help.h"
 
+#include <string.h>
+
 #include <iomanip>
 #include <sstream>
 #include <utility>
@@ -94,33 +96,25 @@ static std::string indented(const std::string& lines) {
 
 static void print(std::ostream& out, const std::string& title, const Rows& rows) {
     if (rows.empty()) return;
-    out << "\n" << title << ":\n";
+    out << "\n" << title << "\n";
     for (const auto& [left, right] : rows) {
         out << "  " << std::left << std::setw(kNames) << left << " " << indented(right) << "\n";
     }
 }
 
-// A title is what stands at the beginning of a line and has a colon behind it.
-static std::string withBoldTitles(const std::string& help) {
-    std::istringstream lines(help);
-    std::string text;
-    for (std::string line; std::getline(lines, line);) {
-        const size_t colon = line.find(':');
-        const bool isTitle = colon != std::string::npos && line[0] != ' ';
-        text += isTitle ? "\x1b[1m" + line.insert(colon + 1, "\x1b[0m") + "\n" : line + "\n";
-    }
-    return text;
-}
-
 std::string HelpFormatter::make_help(const CLI::App* app, std::string /*name*/,
                                      CLI::AppFormatMode /*mode*/) const {
+    const auto title = [this](const std::string& text) {
+        return mColoured ? "\x1b[1m" + text + ":\x1b[0m" : text + ":";
+    };
     std::ostringstream out;
-    out << usageOf(*app) << "\n" << app->get_description() << "\n";
-    for (const auto& [group, rows] : subcommands(*app)) print(out, group, rows);
-    print(out, "arguments", positionals(*app));
-    print(out, "options", options(*app));
-    out << "\nexample:\n  " << app->get_footer() << "\n";
-    return mColoured ? withBoldTitles(out.str()) : out.str();
+    out << title("usage") << usageOf(*app).substr(strlen("usage:")) << "\n"
+        << app->get_description() << "\n";
+    for (const auto& [group, rows] : subcommands(*app)) print(out, title(group), rows);
+    print(out, title("arguments"), positionals(*app));
+    print(out, title("options"), options(*app));
+    out << "\n" << title("example") << "\n  " << app->get_footer() << "\n";
+    return out.str();
 }
 
 }  // namespace tarq::tools

@@ -1,6 +1,8 @@
 // tarqctl: the command line for people.
+#include <errno.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <string.h>
 #include <unistd.h>
 
 #include <iostream>
@@ -23,6 +25,12 @@ int main(int argc, char** argv) {
                                              std::cout, std::cerr);
     // What could not be printed was not done, whatever the daemon said.
     if (std::cout.flush()) return code;
-    std::cerr << "tarqctl: standard output: cannot be written\n";
+    // The stream has kept no reason; one more try tells.
+    const bool isBack = write(STDOUT_FILENO, "\n", 1) == 1;
+    std::cerr << "tarqctl: standard output: cannot be written: "
+              << (isBack           ? "it had no room"
+                  : errno == EBADF ? "it is closed"
+                                   : strerror(errno))
+              << "\n";
     return tarq::tools::kCouldNotAsk;
 }

@@ -1,5 +1,8 @@
 #include "tools/tarqctl/session.h"
 
+#include <ctype.h>
+
+#include <algorithm>
 #include <ostream>
 
 #include "host/run/text.h"
@@ -37,7 +40,20 @@ std::string shellQuoted(const std::string& word) {
     static const char kPlain[] =
             "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-@:.,/+=%";
     if (!word.empty() && word.find_first_not_of(kPlain) == std::string::npos) return word;
+    const bool hasControls = std::any_of(word.begin(), word.end(), [](char c) {
+        return iscntrl(static_cast<unsigned char>(c)) != 0;
+    });
     std::string quoted = "'";
+    if (hasControls) {  // as they are they would command the terminal, or forge a line
+        for (const char c : word) {
+            if (iscntrl(static_cast<unsigned char>(c)) != 0) {
+                quoted += "\\x" + host::hexOf(std::string(1, c));
+            } else {
+                quoted += c == '\'' || c == '\\' ? std::string("\\") + c : std::string(1, c);
+            }
+        }
+        return "$" + quoted + "'";
+    }
     // Nothing has a meaning between single quotes but the quote itself.
     for (const char c : word) {
         if (c == '\'') {

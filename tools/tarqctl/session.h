@@ -10,7 +10,7 @@
 
 namespace tarq::tools {
 
-// They mean one thing in every command.
+// They mean one thing in every command but `up`, which ends with that of its own command.
 enum ExitCode {
     kDone = 0,           // or yes
     kServiceSaidNo = 1,  // asked and refused, or no

@@ -90,6 +90,7 @@ CommandLine understood(const CLI::App& app, const std::vector<std::string>& argu
     CommandLine line = splitCommandLine(app, arguments);
     if (line.words.empty() || line.words[0] != "help") return line;
     std::vector<std::string> asked(line.words.begin() + 1, line.words.end());
+    if (!asked.empty() && takesCommandLine(asked[0])) asked.resize(1);
     asked.emplace_back("--help");
     if (line.json) asked.emplace_back("--json");
     return splitCommandLine(app, asked);

@@ -123,7 +123,9 @@ int Receiver::connectToListener(int32_t frequency) const {
     const auto end = std::chrono::steady_clock::now() + kUntilFound;
     for (;;) {
         const int fd = host::connectTo(mBoard.directory + host::tunedSocket(frequency), SOCK_DGRAM);
-        const bool isOver = tunedFrequency() || std::chrono::steady_clock::now() > end;
+        const std::optional<int32_t> tuned = tunedFrequency();
+        const bool isOver =
+                (tuned && *tuned != frequency) || std::chrono::steady_clock::now() > end;
         if (fd >= 0 || isOver) return std::max(fd, -1);
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }

@@ -40,6 +40,10 @@ const char* howToStart(int error) {
     return error == EACCES ? "scripts/run --shared" : "scripts/run";
 }
 
+Failure boardEnded(const Session& session) {
+    return session.failure("no_board", "the board ended", howToStart(0));
+}
+
 void openBoard(Session& session) {
     if (session.board.isNone()) session.board = onlyRunningBoard(session);
     const std::string run = session.board.run();

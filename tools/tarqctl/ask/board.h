@@ -12,6 +12,9 @@ namespace tarq::tools {
 // The command that starts a board, after the error with which none could be reached.
 const char* howToStart(int error);
 
+// The board ended while something went on that needs it.
+Failure boardEnded(const Session& session);
+
 // Settles on the board that was given or else the only one that the user runs, and makes it this
 // process's board. To be called before anything that reads properties or calls the daemon. Throws
 // a Failure when there is none, or more than one.

@@ -27,16 +27,15 @@ int connectToDaemon(const Session& session) {
 
 Failure notListening(const Session& session, int error) {
     const bool hasLog = access(session.board.log().c_str(), R_OK) == 0;
-    return session.failure(
-            "no_daemon",
-            "cannot connect to " + session.board.binderSocket() + ": " + host::socketError(error),
-            hasLog ? session.next("log") : howToStart(error));
+    return session.failure("no_daemon",
+                           "no daemon serves, cannot connect to " + session.board.binderSocket() +
+                                   ": " + host::socketError(error),
+                           hasLog ? session.next("log") : howToStart(error));
 }
 
-Failure daemonTooSlow(const Session& session, const std::string& likelyCause,
-                      const Unfinished& unfinished) {
+Failure daemonTooSlow(const Session& session, const std::string& likelyCause, const Asked& asked) {
     const std::string check = startupCheck();
-    return noAnswer(session, check.empty() ? likelyCause : check, unfinished);
+    return noAnswer(session, check.empty() ? likelyCause : check, asked);
 }
 
 static const Session& opened(Session& session) {
@@ -44,9 +43,9 @@ static const Session& opened(Session& session) {
     return session;
 }
 
-Daemon::Daemon(Session& session, const std::string& likelyCause, const Unfinished& unfinished)
+Daemon::Daemon(Session& session, const std::string& likelyCause, const Asked& asked)
     : mSession(opened(session)),
-      mLimit(session, [=, &session] { return daemonTooSlow(session, likelyCause, unfinished); }) {
+      mLimit(session, [=, &session] { return daemonTooSlow(session, likelyCause, asked); }) {
     // Without this look defaultServiceManager() would wait for a daemon for ever.
     if (const int error = connectToDaemon(session)) throw notListening(session, error);
 }

@@ -20,14 +20,14 @@ Failure notListening(const Session& session, int error);
 // As noAnswer(), but while the daemon has not come so far that it answers anybody that is the
 // cause.
 Failure daemonTooSlow(const Session& session, const std::string& likelyCause,
-                      const Unfinished& unfinished = {});
+                      const Asked& asked = {});
 
 // The daemon of the session's board, for as long as it is asked: within --timeout.
 class Daemon {
   public:
     // Opens the board. Throws a Failure at once when nobody listens there. likelyCause completes
     // the sentence "no answer after 10 s: …".
-    Daemon(Session& session, const std::string& likelyCause, const Unfinished& unfinished = {});
+    Daemon(Session& session, const std::string& likelyCause, const Asked& asked = {});
 
     // Null if nothing is registered under the name.
     static android::sp<android::IBinder> find(const android::String16& name);

@@ -4,6 +4,7 @@
 #include <string.h>
 #include <unistd.h>
 
+#include <CLI/App.hpp>
 #include <optional>
 #include <ostream>
 #include <thread>
@@ -13,6 +14,12 @@
 #include "tools/tarqctl/ask/interrupt.h"
 
 namespace tarq::tools {
+
+void addFollow(CLI::App& app, bool* follows) {
+    app.add_flag("-f", *follows,
+                 "go on with what is added, until Ctrl-C or the board's end,\n"
+                 "which is exit code 2");
+}
 
 int printFile(const Session& session, const std::string& path, bool follows,
               const host::GrowingFile::TakeLine& print) {
@@ -48,7 +55,7 @@ void printRecord(const Session& session, const std::string& path, const std::str
 
 int printed(const Session& session, bool follows) {
     if (!follows || !session.out.good()) return kDone;
-    throw session.failure("no_board", "the board ended", howToStart(0));
+    throw boardEnded(session);
 }
 
 }  // namespace tarq::tools

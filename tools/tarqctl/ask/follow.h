@@ -4,7 +4,14 @@
 #include "host/run/growing_file.h"
 #include "tools/tarqctl/session.h"
 
+namespace CLI {
+class App;
+}
+
 namespace tarq::tools {
+
+// Declares -f.
+void addFollow(CLI::App& app, bool* follows);
 
 // Hands over every line, and if so wished what is added afterwards: until Ctrl-C, which ends the
 // process as done, until the board ends, or until nothing can be printed any more. An errno when

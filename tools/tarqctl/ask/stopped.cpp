@@ -8,7 +8,12 @@
 #include <fstream>
 #include <sstream>
 
+#include "host/run/board_state.h"
+#include "host/run/control.h"
+#include "host/run/faults.h"
 #include "host/run/socket.h"
+
+#include "tools/tarqctl/session.h"
 
 namespace tarq::tools {
 
@@ -53,6 +58,19 @@ static std::optional<Stopped> stopped(const std::string& who, const std::string&
 std::optional<Stopped> findStopped(const host::Board& board) {
     if (const auto one = stopped("the board", board.controlSocket())) return one;
     return stopped("the daemon", board.binderSocket());
+}
+
+std::optional<Stopped> findHeld(const host::Board& board) {
+    host::BoardState state;
+    if (!host::parseBoardState(host::askBoard(board, {"board"}, 1).text, &state)) return {};
+    for (const host::NodeState& node : state.nodes) {
+        const std::string name = shellQuoted(node.name.empty() ? node.path : node.name);
+        if (node.isHeld) return Stopped{name + " is held", "release " + name};
+        if (node.fault == host::nameOf(host::kNodeFaults, host::NodeFault::kSlow)) {
+            return Stopped{name + " is slow", "fault " + name + " none"};
+        }
+    }
+    return {};
 }
 
 }  // namespace tarq::tools

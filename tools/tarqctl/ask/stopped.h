@@ -1,4 +1,5 @@
-// Why nobody answers, where the kernel knows it: a stopped process takes calls and does nothing.
+// Why nobody answers, where somebody knows it: the kernel, of a stopped process, which takes calls
+// and does nothing; the board, of a node.
 #pragma once
 
 #include <sys/types.h>
@@ -11,9 +12,13 @@
 namespace tarq::tools {
 
 struct Stopped {
-    std::string why;   // "the daemon is stopped (process 12)"
+    std::string why;   // "the daemon is stopped (process 12)", "touch_panel is held"
     std::string hint;  // the command line that makes it go on, or tells who holds it
 };
+
+// A node that the board holds, or is slow with: who asks the hardware may wait for it. The hint is
+// a command of this tool. Nothing when there is none, or the board does not tell within a second.
+std::optional<Stopped> findHeld(const host::Board& board);
 
 // The board's process if it is stopped, by a signal or in a debugger, else its daemon if that is:
 // a daemon that asks a stopped board waits as well. Nothing where neither is, or it cannot be told.

@@ -48,19 +48,23 @@ TimeLimit::TimeLimit(const Session& session, std::function<Failure()> failure)
     : mTimer(session.timeout,
              [&session, failure = std::move(failure)] { endWith(session, failure()); }) {}
 
-Failure noAnswer(const Session& session, const std::string& likelyCause,
-                 const Unfinished& unfinished) {
-    const bool goesOn = !unfinished.what.empty();
-    const std::string rest = goesOn ? "; " + unfinished.what : "";
+Failure noAnswer(const Session& session, const std::string& likelyCause, const Asked& asked) {
+    const bool goesOn = !asked.goesOn.empty();
+    const std::string rest = goesOn ? "; " + asked.goesOn : "";
     const std::string silence = "no answer after " + seconds(session.timeout) + ": ";
     if (const std::optional<Stopped> stopped = findStopped(session.board)) {
         return session.failure("timeout", silence + stopped->why + rest, stopped->hint);
+    }
+    const std::optional<Stopped> held = asked.isHardware ? findHeld(session.board) : std::nullopt;
+    if (held) {
+        return session.failure("timeout", silence + likelyCause + "; " + held->why + rest,
+                               session.next(held->hint));
     }
     std::ostringstream longer;
     longer << "--timeout " << std::clamp(session.timeout.count() * 6, 60.0, kMaxTimeout) << " "
            << session.line;
     return session.failure("timeout", silence + likelyCause + rest,
-                           session.next(goesOn ? unfinished.command : longer.str()));
+                           session.next(goesOn ? asked.command : longer.str()));
 }
 
 std::string seconds(std::chrono::duration<double> time) {

@@ -41,15 +41,17 @@ class TimeLimit {
     Timer mTimer;
 };
 
-// What it means when --timeout is over: "no answer after 10 s: LIKELY CAUSE", and the same command
-// with more time to try next; unless something goes on that is not to be begun once more. A process
-// that is stopped is the cause, and what lets it go on comes next.
-struct Unfinished {
-    std::string what;     // "the transfer goes on"
-    std::string command;  // to try next: "trace -f"
+// What is known of a call before it is made.
+struct Asked {
+    bool isHardware = false;   // so that a node which is held or slow may be what it waits for
+    std::string goesOn = {};   // "the transfer goes on", if it does when nobody waits any more
+    std::string command = {};  // to try next then: "trace -f"
 };
-Failure noAnswer(const Session& session, const std::string& likelyCause,
-                 const Unfinished& unfinished = {});
+
+// What it means when --timeout is over: "no answer after 10 s: LIKELY CAUSE", and the same command
+// with more time to try next. A process that is stopped is the cause, and so is a node where
+// hardware is asked; what lets it go on comes next.
+Failure noAnswer(const Session& session, const std::string& likelyCause, const Asked& asked = {});
 
 // "10 s"
 std::string seconds(std::chrono::duration<double> time);

@@ -22,22 +22,22 @@ static void throwIfRefused(const Session& session, const std::vector<host::LedRe
     const size_t command = session.line.find(' ', session.line.find(' ') + 1);
     Words lines;
     for (const host::LedRecord& record : refused) {
-        lines.push_back(host::escaped("the driver refuses " + record.attribute + " \"" +
-                                      record.text + "\": " + record.whyRefused));
+        lines.push_back("the driver refuses " + record.attribute + " \"" + record.text +
+                        "\": " + record.whyRefused);
     }
     throwIfAny(session, lines, "tarqctl " + session.line.substr(0, command) + " --help");
 }
 
 std::optional<LedCall> askLeds(Session& session, const std::string& operation,
                                const std::function<Status(IRgbLedsService&, LedAnswer*)>& call,
-                               const Unfinished& unfinished) {
+                               const Asked& asked) {
     LedAnswer answer;
     std::optional<LedCall> logged;
     std::vector<host::LedRecord> refused;
     {
         const Daemon daemon(session,
                             "the LED driver is slow, or the daemon is still starting, or hangs",
-                            unfinished);
+                            asked);
         const auto leds = daemon.service<IRgbLedsService>();
         LedLog log(session.board.log());
         LedRefusals refusals(session.board.ledRecords());

@@ -17,6 +17,9 @@ static std::string cell(const std::string& text, size_t width) {
 
 static std::string tableOf(std::vector<host::NodeState> nodes) {
     nodes.insert(nodes.begin(), {"node", "path", "state", "fault"});
+    for (host::NodeState& node : nodes) {
+        for (std::string* text : {&node.name, &node.path}) *text = host::escaped(*text);
+    }
     size_t names = 0;
     size_t paths = 0;
     for (const host::NodeState& node : nodes) {
@@ -47,8 +50,8 @@ static int board(Session& session) {
             state.withoutFuse.empty()
                     ? "by FUSE"
                     : "by plain files, which play no GPIO, camera or fault: " + state.withoutFuse;
-    session.out << session.board.directory + " is played " + host::escaped(played) + "\n\n" +
-                           tableOf(state.nodes)
+    session.out << host::escaped(session.board.directory) + " is played " + host::escaped(played) +
+                           "\n\n" + tableOf(state.nodes)
                 << std::flush;
     return kDone;
 }

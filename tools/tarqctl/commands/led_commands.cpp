@@ -78,6 +78,20 @@ void requireDriver(const Session& session) {
             howToStart(0));
 }
 
+// A file that is played as empty or as garbage is read as 0 or as any number.
+void requireSound(const Session& session, const std::string& attribute) {
+    host::BoardState board;
+    std::string hint;
+    if (!askState(session, &board, &hint).empty()) return;
+    for (const host::NodeState& node : board.nodes) {
+        if (node.name != attribute || node.fault == host::NodeState().fault) continue;
+        throw session.failure("fault",
+                              "what was read is not known: the board plays the fault \"" +
+                                      node.fault + "\" of " + attribute,
+                              session.next("fault " + attribute + " none"));
+    }
+}
+
 int32_t read(Session& session, const std::string& operation, const std::string& attribute,
              int32_t id, Status (IRgbLedsService::*get)(int32_t, int32_t*)) {
     int32_t value = 0;
@@ -88,6 +102,7 @@ int32_t read(Session& session, const std::string& operation, const std::string& 
         return status;
     });
     requireDriver(session);
+    requireSound(session, attribute);
     return value;
 }
 

@@ -26,6 +26,6 @@ struct LedAnswer {
 std::optional<LedCall> askLeds(Session& session, const std::string& operation,
                                const std::function<android::binder::Status(
                                        com::tarq::rgbleds::IRgbLedsService&, LedAnswer*)>& call,
-                               const Unfinished& unfinished = {});
+                               const Asked& asked = {true});
 
 }  // namespace tarq::tools

@@ -47,13 +47,13 @@ static Failure noSuchEffect(const Session& session, const std::string& word, std
     }
     why += names.empty() ? "; the board has no effects there" : "; the board has";
     for (const std::string& name : names) {
-        why += (name == *names.begin() ? " " : ", ") + host::escaped(name);
+        why += (name == *names.begin() ? " " : ", ") + name;
     }
     std::string hint =
             names.empty() ? kHelp : session.next("led play " + shellQuoted(*names.begin()));
     for (const std::string& here : {word, word + ".xml"}) {
         if (!fs::is_regular_file(here, unreadable)) continue;
-        why += "; " + host::escaped(here) + " of this directory is another file";
+        why += "; " + here + " of this directory is another file";
         hint = session.next("led play " + shellQuoted("./" + here));
     }
     return session.failure("not_loaded", why, hint, kServiceSaidNo);
@@ -67,9 +67,8 @@ static bool isMissingName(const std::string& word, const std::string& file) {
 static Failure notLoaded(const Session& session, const std::string& word, const std::string& file) {
     const std::string why = whyUnreadable(file);
     if (why.empty()) {
-        return session.failure(
-                "not_loaded", host::escaped(file) + ": the daemon cannot read it, only tarqctl can",
-                "ls -l " + shellQuoted(deviceFile(file)), kServiceSaidNo);
+        return session.failure("not_loaded", file + ": the daemon cannot read it, only tarqctl can",
+                               "ls -l " + shellQuoted(deviceFile(file)), kServiceSaidNo);
     }
     if (isMissingName(word, file)) return noSuchEffect(session, word, why);
     return session.failure("not_loaded", why, kHelp, kServiceSaidNo);
@@ -99,14 +98,14 @@ static std::vector<std::string> placed(const Session& session, const std::string
 static int play(Session& session, const std::string& word, const std::string& file) {
     openBoard(session);
     LedRefusals refusals(session.board.ledRecords());
-    const std::optional<LedCall> call =
-            askLeds(session, "loadXmlFile",
-                    [&file](auto& leds, LedAnswer* answer) {
-                        int32_t meaningless = 0;
-                        answer->arguments = {file};
-                        return leds.loadXmlFile(android::String16(file.c_str()), &meaningless);
-                    },
-                    {"the daemon goes on with the transfer, so do not start another", "trace -f"});
+    const std::optional<LedCall> call = askLeds(
+            session, "loadXmlFile",
+            [&file](auto& leds, LedAnswer* answer) {
+                int32_t meaningless = 0;
+                answer->arguments = {file};
+                return leds.loadXmlFile(android::String16(file.c_str()), &meaningless);
+            },
+            {true, "the daemon goes on with the transfer, so do not start another", "trace -f"});
     if (!call) {
         const std::string log = session.board.log();
         const int error = access(log.c_str(), R_OK) != 0 ? errno : host::writeError(session.board);
@@ -117,7 +116,7 @@ static int play(Session& session, const std::string& word, const std::string& fi
     }
     if (call->fileUnreadable) throw notLoaded(session, word, file);
     for (const std::string& what : call->leftOut) {
-        session.notice("left out: " + host::escaped(what));
+        session.notice("left out: " + what);
     }
     const auto isTransfer = [](const host::LedRecord& record) {
         return record.attribute.rfind("xml_effect_trans_", 0) == 0;

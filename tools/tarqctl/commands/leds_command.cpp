@@ -67,10 +67,6 @@ void printColours(const Session& session, int64_t ms, const Colours& colours) {
     printJson(session.out, {{"ms", ms}, {"leds", leds}});
 }
 
-Failure boardEnded(const Session& session) {
-    return session.failure("no_board", "the board ended", howToStart(0));
-}
-
 // As blocks on a terminal; without one, or with --json or NO_COLOR, a line for each change.
 void watch(const Session& session) {
     LedReplay leds(session);

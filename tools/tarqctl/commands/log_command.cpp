@@ -37,9 +37,7 @@ static void print(const Session& session, const std::string& line) {
 
 Run declareLog(CLI::App& app) {
     const auto following = std::make_shared<bool>(false);
-    app.add_flag("-f", *following,
-                 "go on with what is added, until Ctrl-C or the board's end,\n"
-                 "which is exit code 2");
+    addFollow(app, following.get());
     return [following](Session& session) -> int {
         openBoard(session);
         const std::string path = session.board.log();

@@ -4,12 +4,11 @@
 #include <com/tarq/hardwareInfo/IHardwareInfoService.h>
 #include <errno.h>
 #include <string.h>
-#include <sys/statvfs.h>
 
 #include <CLI/App.hpp>
-#include <algorithm>
 #include <ostream>
 
+#include "host/run/disk.h"
 #include "host/run/growing_file.h"
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/daemon.h"
@@ -41,12 +40,6 @@ struct Answer {
     SilentProbes silent;
 };
 
-// A log that cannot be written is told by the room that is left: who writes it cannot say so there.
-bool isFull(const std::string& path) {
-    struct statvfs system = {};
-    return statvfs(path.c_str(), &system) == 0 && system.f_bavail == 0;
-}
-
 // Without reasons.
 Explanation verdictAlone(const Daemon& daemon, const Items& items, const std::string& why) {
     std::vector<android::String16> parts;
@@ -64,8 +57,9 @@ Explanation verdictAlone(const Daemon& daemon, const Items& items, const std::st
 }
 
 // From what the daemon logged meanwhile, else without reasons.
-void explainAnswer(const Daemon& daemon, const std::string& path, host::GrowingFile& log,
+void explainAnswer(const Daemon& daemon, const host::Board& board, host::GrowingFile& log,
                    const Items& items, Answer* answer) {
+    const std::string path = board.log();
     MatchLog requests;
     const int error = log.read([&requests](const std::string& line) { requests.add(line); });
     std::string why = path + ": " + (error != 0 ? strerror(error) : "it has no such request");
@@ -76,7 +70,9 @@ void explainAnswer(const Daemon& daemon, const std::string& path, host::GrowingF
         if (answer->isExplained) return;
         if (answer->explanation.verdict == "unknown") why = answer->explanation.sentence;
     }
-    if (error == 0 && isFull(path)) why = path + ": " + strerror(ENOSPC);
+    // A log that cannot be written is told by the room that is left: who writes it cannot say so.
+    const int full = error == 0 ? host::writeError(board) : 0;
+    if (full != 0) why = path + ": " + strerror(full);
     answer->explanation = verdictAlone(daemon, items, why);
     answer->silent = {};  // any may be
     if (!answer->fits) answer->silent = {{"tp", "lcd", "internal_camera"}, true};
@@ -84,20 +80,20 @@ void explainAnswer(const Daemon& daemon, const std::string& path, host::GrowingF
 
 // The call returns when all that it logs has been written.
 Answer ask(Session& session, const Items& items, const std::string& otaTime) {
-    const Daemon daemon(session, "it asks the hardware, or the daemon is still starting, or hangs");
+    const Daemon daemon(session, "it asks the hardware, or the daemon is still starting, or hangs",
+                        {true});
     const auto service = daemon.service<IHardwareInfoService>();
     int64_t time = 0;
     if (!otaTime.empty() && parseOtaTime(otaTime, &time).empty()) {
         daemon.expectOk(service->setOtaTimestamp(time));
     }
-    const std::string path = session.board.log();
-    host::GrowingFile log(path);
+    host::GrowingFile log(session.board.log());
     log.skip();
     Answer answer;
     std::vector<android::String16> list;
     for (const std::string& item : items) list.emplace_back(item.data(), item.size());
     daemon.expectOk(service->isMatchHardwareInfo(list, &answer.fits));
-    explainAnswer(daemon, path, log, items, &answer);
+    explainAnswer(daemon, session.board, log, items, &answer);
     answer.explanation.verdict = answer.fits ? "yes" : "no";
     answer.explanation.service = answer.explanation.verdict;
     return answer;

@@ -202,9 +202,7 @@ Watch::End waitForEnd(const Session& session, IRadioKeyService& radio, Watch& wa
 }
 
 [[noreturn]] void failWith(const Session& session, Watch::End end) {
-    if (end == Watch::End::kBoardEnded) {
-        throw session.failure("no_board", "the board ended", howToStart(0));
-    }
+    if (end == Watch::End::kBoardEnded) throw boardEnded(session);
     Failure failure = notListening(session, ECONNREFUSED);
     failure.why = "the daemon ended";
     throw failure;

@@ -20,9 +20,7 @@ static void print(FramePrinter* printer, const std::string& line) {
 
 Run declareSerial(CLI::App& app) {
     const auto follows = std::make_shared<bool>(false);
-    app.add_flag("-f", *follows,
-                 "go on with what is added, until Ctrl-C or the board's end,\n"
-                 "which is exit code 2");
+    addFollow(app, follows.get());
     return [follows](Session& session) -> int {
         openBoard(session);
         FramePrinter printer(session, {host::senderName(true), host::senderName(false)});

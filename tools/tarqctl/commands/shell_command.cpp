@@ -85,7 +85,7 @@ Run declareShell(CLI::App& app) {
         if (output.empty() && isatty(STDOUT_FILENO) == 1) {
             session.notice(
                     "no standard output came back; how the command ended is not told, and its "
-                    "standard error is lost");
+                    "standard error does not come back");
         }
         if (session.json) {
             printJson(session.out, {{"output", output}});

@@ -33,9 +33,7 @@ static void print(const Session& session, bool hasTimes, const std::string& line
 
 Run declareTrace(CLI::App& app) {
     const auto options = std::make_shared<Options>();
-    app.add_flag("-f", options->follows,
-                 "go on with what is added, until Ctrl-C or the board's end,\n"
-                 "which is exit code 2");
+    addFollow(app, &options->follows);
     app.add_flag("--times", options->hasTimes,
                  "with the times of the log; without, two runs of the same\n"
                  "can be compared");

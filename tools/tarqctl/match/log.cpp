@@ -251,17 +251,15 @@ void MatchLog::readStretch(const Lines& lines, const Texts* items, bool isDoubtf
 MatchLog::Requests MatchLog::readThread(const std::vector<Stretch>& stretches, const Texts* items) {
     Requests all;
     bool isOpen = false;
+    size_t doubtful = 0;  // the stretches in front of this one
+    for (size_t i = 1; items == nullptr && i < stretches.size(); ++i) {
+        const Lines& lines = stretches[i].lines;
+        if (std::any_of(lines.begin(), lines.end(), tellsOfBoardInList)) doubtful = i;
+    }
     for (size_t i = 0; i < stretches.size(); ++i) {
         const Lines& lines = stretches[i].lines;
-        const bool isDoubtful =
-                items == nullptr &&
-                std::any_of(stretches.begin() + static_cast<ptrdiff_t>(i) + 1, stretches.end(),
-                            [](const Stretch& later) {
-                                return std::any_of(later.lines.begin(), later.lines.end(),
-                                                   tellsOfBoardInList);
-                            });
         Requests requests;
-        readStretch(lines, items, isDoubtful, &requests);
+        readStretch(lines, items, i < doubtful, &requests);
         const size_t first = next(lines, 0, beginsRequest);
         const size_t inside = next(lines, 0, isInsideRequest);
         if (items == nullptr && !isOpen && inside < first) {

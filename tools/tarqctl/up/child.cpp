@@ -55,7 +55,8 @@ void Child::become(const Signals& signals, const Guard& guard, pid_t parent) con
     signals.restore();
     execvp(words[0], words.data());
     const int error = errno;
-    dprintf(STDERR_FILENO, "tarqctl: up: %s: %s\n", words[0], strerror(error));
+    dprintf(STDERR_FILENO, "tarqctl: up: %s: %s\nhint: tarqctl up --help\n", words[0],
+            strerror(error));
     _exit(error == ENOENT ? kNotFound : kNotExecutable);
 }
 

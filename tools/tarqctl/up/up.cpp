@@ -86,7 +86,8 @@ void Up::passOn(int signal, Child& command) {
         mTold = steady_clock::now();
     }
     if (!mTold || steady_clock::now() - *mTold < kPatience || !command.isStopped()) return;
-    mParts.say(command.name() + " is stopped and did not end within 5 s, and is killed");
+    mParts.say(command.name() + " is stopped and did not end within " +
+               std::to_string(kPatience.count()) + " s, and is killed");
     command.signal(SIGKILL);
     mTold.reset();
 }

@@ -20,7 +20,7 @@ namespace tarq::tools {
 
 std::string whyUnreadable(const std::string& file) {
     const host::XmlError error = host::findXmlError(deviceFile(file));
-    return error.cause.empty() ? "" : error.describe(host::escaped(file));
+    return error.cause.empty() ? "" : error.describe(file);
 }
 
 static std::vector<EffectItem> readItems(const Session& session, const std::string& path,
