@@ -132,6 +132,7 @@ status_t DaemonSession::transact(uint64_t target, uint32_t code, const Parcel& d
     if ((flags & IBinder::FLAG_ONEWAY) != 0) return transactOneWay(target, code, data, flags);
     if (ended()) return DEAD_OBJECT;
     if (data.dataSize() > kMaxTransaction) return FAILED_TRANSACTION;
+    if (hasExported()) takeReleases();
     PacketHeader header = {};
     header.kind = PacketKind::kCall;
     header.target = target;

@@ -49,10 +49,15 @@ class DaemonSession : public Session {
     // Whether the daemon's end of the event connection is closed, within the time.
     bool daemonIsGone(int waitMs) const;
     void spawnEventThread();
+    // In place of that thread, where there is none: the releases up to the next callback's call,
+    // which only a thread for events may run. Any thread.
+    void takeReleases();
     // Returns when the session ends or the daemon sends what it must not.
     void handleEvents();
     void runCall(const Packet& packet);
 
+    std::mutex mHearing;  // of the flag; held while releases are taken
+    bool mHasEventThread = false;
     const int mEventFd;
     const uint64_t mId;
     const uint64_t mToken;
