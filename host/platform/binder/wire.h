@@ -38,7 +38,8 @@ enum class PacketKind : uint32_t {
     kOpen,     // code: kWireVersion
     kJoin,     // session, token; code: Lane
     kWelcome,  // code: kWireVersion; session, token; or instead of these status: -EMFILE where the
-               // user has its share of connections, -EPROTONOSUPPORT for a client of another version
+               // user has its share of connections, -EPROTONOSUPPORT for a client of another
+               // version
     kCall,     // target, code, flags, objects, data
     kReply,    // status; objects and data unless it is negative
     kRelease,  // target, count
