@@ -17,6 +17,7 @@
 #include "host/board/commands.h"
 #include "host/board/control_server.h"
 #include "host/board/hardware/file_system.h"
+#include "host/run/disk.h"
 
 namespace tarq::board {
 
@@ -91,13 +92,19 @@ void serve(const fs::path& folder, const fs::path& path, const ServeOptions& opt
     BoardDirectory directory(path, options.isShared);
     const host::Board& board = directory.board();
     PlainFiles files(board);
-    directory.boot(folder);
+    try {
+        directory.boot(folder);
+    } catch (const fs::filesystem_error&) {
+        host::requireRoom(board);  // to the library a full disk may be an input/output error
+        throw;
+    }
     if (!fs::exists(folder / "board.xml")) {
         say((folder / "board.xml").c_str(), "there is no such file, so no hardware is fitted");
     }
     std::optional<FileSystem> mounted;
     const std::string withoutFuse = mount(hardware, board.hardware(), options, &mounted);
     if (mounted) directory.linkHardware();
+    host::requireRoom(board);
     Commands commands(hardware, files, openParts(fitted, board, mounted.has_value()), withoutFuse);
     const ControlServer control(
             board, [&](const std::vector<std::string>& words) { return commands.perform(words); });

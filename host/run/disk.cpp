@@ -5,8 +5,11 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <stdlib.h>
+#include <string.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
+
+#include <system_error>
 
 namespace tarq::host {
 
@@ -24,6 +27,18 @@ int writeError(const Board& board) {
     close(fd);
     unlink(probe.c_str());
     return error;
+}
+
+void requireRoom(const Board& board) {
+    const int error = writeError(board);
+    if (error == 0 || error == ENOENT) return;
+    throw std::system_error(error, std::system_category(), board.directory);
+}
+
+std::string cannotBeWritten(const Board& board, int error) {
+    const std::string why = board.directory + " cannot be written: " + strerror(error);
+    const bool isFull = error == ENOSPC || error == EDQUOT;
+    return why + (isFull ? "; make room, or name another directory in TMPDIR" : "");
 }
 
 }  // namespace tarq::host
