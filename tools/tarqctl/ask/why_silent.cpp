@@ -1,4 +1,6 @@
-#include "tools/tarqctl/ask/stopped.h"
+// A stopped process is the cause for certain. A node that is held is one only if the call came to
+// it, so it is named beside what is likely.
+#include "tools/tarqctl/ask/why_silent.h"
 
 #include <errno.h>
 #include <signal.h>
@@ -6,14 +8,13 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <optional>
 #include <sstream>
 
 #include "host/run/board_state.h"
 #include "host/run/control.h"
 #include "host/run/faults.h"
 #include "host/run/socket.h"
-
-#include "tools/tarqctl/session.h"
 
 namespace tarq::tools {
 
@@ -29,48 +30,53 @@ static pid_t listenerOf(const std::string& path) {
     return listener.pid;
 }
 
-// The kernel's letter for it, such as S. It stands behind the name, which may hold anything.
-static char stateOf(pid_t process) {
+// It stands behind the name, which may hold anything.
+char stateOf(pid_t process) {
     std::ostringstream text;
     text << std::ifstream("/proc/" + std::to_string(process) + "/stat").rdbuf();
     const size_t name = text.str().rfind(") ");
     return name == std::string::npos ? '?' : text.str()[name + 2];
 }
 
-static std::optional<Stopped> stopped(const std::string& who, const std::string& socket) {
+static std::optional<Cause> findStopped(const std::string& who, const std::string& socket) {
     const pid_t process = listenerOf(socket);
     if (process == 0) return std::nullopt;
     const std::string number = std::to_string(process);
     switch (stateOf(process)) {
         case 'T': {
             const bool isOthers = kill(process, 0) != 0 && errno == EPERM;
-            return Stopped{who + " is stopped (process " + number + ")",
-                           (isOthers ? "sudo kill -CONT " : "kill -CONT ") + number};
+            return Cause{who + " is stopped (process " + number + ")",
+                         (isOthers ? "sudo kill -CONT " : "kill -CONT ") + number};
         }
         case 't':
-            return Stopped{who + " is held by a debugger (process " + number + ")",
-                           "grep TracerPid /proc/" + number + "/status"};
+            return Cause{who + " is held by a debugger (process " + number + ")",
+                         "grep TracerPid /proc/" + number + "/status"};
         default:
             return std::nullopt;
     }
 }
 
-std::optional<Stopped> findStopped(const host::Board& board) {
-    if (const auto one = stopped("the board", board.controlSocket())) return one;
-    return stopped("the daemon", board.binderSocket());
-}
-
-std::optional<Stopped> findHeld(const host::Board& board) {
+// Nothing when there is none, or the board does not tell within a second.
+static std::optional<Cause> findHeld(const host::Board& board) {
     host::BoardState state;
     if (!host::parseBoardState(host::askBoard(board, {"board"}, 1).text, &state)) return {};
     for (const host::NodeState& node : state.nodes) {
         const std::string name = shellQuoted(node.name.empty() ? node.path : node.name);
-        if (node.isHeld) return Stopped{name + " is held", "release " + name};
+        if (node.isHeld) return Cause{name + " is held", "release " + name};
         if (node.fault == host::nameOf(host::kNodeFaults, host::NodeFault::kSlow)) {
-            return Stopped{name + " is slow", "fault " + name + " none"};
+            return Cause{name + " is slow", "fault " + name + " none"};
         }
     }
     return {};
+}
+
+Cause whyNobodyAnswers(const Session& session, bool isHardware, const Cause& likely) {
+    const host::Board& board = session.board;
+    if (const auto one = findStopped("the board", board.controlSocket())) return *one;
+    if (const auto one = findStopped("the daemon", board.binderSocket())) return *one;
+    const std::optional<Cause> held = isHardware ? findHeld(board) : std::nullopt;
+    if (!held) return likely;
+    return {likely.why + (likely.why.empty() ? "" : "; ") + held->why, session.next(held->hint)};
 }
 
 }  // namespace tarq::tools
