@@ -1,14 +1,32 @@
 // The command line of the virtual board, which has one command: the board only plays, until it is
 // told to end. What is done to it meanwhile, and what it has recorded, is asked of it by tarqctl.
+#include <errno.h>
 #include <stdio.h>
 
 #include <CLI/CLI.hpp>
+#include <system_error>
 
 #include "host/board/serve.h"
+#include "host/run/disk.h"
 #include "host/run/nearest.h"
 #include "host/run/standard_descriptors.h"
 
 static constexpr int kCouldNot = 2;  // play the board, or understand the command line
+
+// Whichever file it was that had no room, none has.
+static int serveBoard(const std::string& folder, const std::string& directory,
+                      const tarq::board::ServeOptions& options) {
+    try {
+        tarq::board::serve(folder, directory, options);
+        return 0;
+    } catch (const std::system_error& error) {
+        const int code = error.code().value();
+        if (code != ENOSPC && code != EDQUOT) throw;
+        fprintf(stderr, "virtual_board: %s\nhint: df -h\n",
+                tarq::host::cannotBeWritten({directory}, code).c_str());
+    }
+    return kCouldNot;
+}
 
 static int run(int argc, char** argv) {
     CLI::App app{"Plays the hardware of a device on a plain Linux machine.", "virtual_board"};
@@ -37,11 +55,14 @@ static int run(int argc, char** argv) {
         puts(version.what());
         return 0;
     } catch (const CLI::ParseError& error) {
-        const std::string word = argc > 1 && argv[1][0] != '-' ? argv[1] : "";
-        std::string why = error.what();
+        const bool isWord = argc > 1 && argv[1][0] != '-';
+        const CLI::App& asked = app.got_subcommand(serve) ? *serve : app;
+        std::string why = tarq::host::noSuchOption(asked, {argv + 1, argv + argc});
+        if (why.empty()) why = error.what();
         if (argc == 1) why = "no command is given; there is serve";
-        if (!word.empty() && !app.got_subcommand(serve)) {
-            why = word + ": " + tarq::host::noSuchCommand(word, {"serve"});
+        if (isWord && !app.got_subcommand(serve)) {
+            why = "'" + std::string(argv[1]) +
+                  "': " + tarq::host::noSuchCommand(argv[1], {"serve"});
         }
         fprintf(stderr,
                 "virtual_board: %s\nhint: virtual_board --help\n"
@@ -49,8 +70,7 @@ static int run(int argc, char** argv) {
                 why.c_str());
         return kCouldNot;
     }
-    tarq::board::serve(folder, directory, options);
-    return 0;
+    return serveBoard(folder, directory, options);
 }
 
 // Exit codes: 0 ended as told, else kCouldNot.

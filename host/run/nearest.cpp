@@ -1,5 +1,8 @@
 #include "host/run/nearest.h"
 
+#include <ctype.h>
+
+#include <CLI/App.hpp>
 #include <algorithm>
 #include <numeric>
 #include <utility>
@@ -35,6 +38,29 @@ std::string noSuchCommand(const std::string& word, const std::vector<std::string
     std::string all;
     for (const std::string& name : names) all += " " + name;
     return "there is no such command, only" + all;
+}
+
+std::string noSuchOption(const CLI::App& app, const std::vector<std::string>& words) {
+    std::vector<std::string> names;
+    for (const CLI::App* a = &app; a != nullptr; a = a->get_parent()) {
+        for (const CLI::Option* option : a->get_options()) {
+            for (const std::string& name : option->get_snames()) names.push_back("-" + name);
+            for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+        }
+    }
+    for (const std::string& word : words) {
+        if (word == "--") break;
+        const bool isLong = word.rfind("--", 0) == 0;
+        const bool isShort = word.size() > 1 && word[0] == '-' && !isLong &&
+                             isdigit(static_cast<unsigned char>(word[1])) == 0;
+        if (!isLong && !isShort) continue;
+        const std::string name = isLong ? word.substr(0, word.find('=')) : word.substr(0, 2);
+        if (std::count(names.begin(), names.end(), name) > 0) continue;
+        const std::string meant = isLong ? nearestName(name, names) : "";
+        const std::string guess = meant.empty() ? "" : "; did you mean " + meant + "?";
+        return "there is no option " + (isLong ? name : word) + guess;
+    }
+    return "";
 }
 
 }  // namespace tarq::host

@@ -4,6 +4,10 @@
 #include <string>
 #include <vector>
 
+namespace CLI {
+class App;
+}
+
 namespace tarq::host {
 
 // Letters to be changed, added or taken away to make one of the other.
@@ -15,5 +19,10 @@ std::string nearestName(const std::string& word, const std::vector<std::string>&
 // "there is no such command, only a b", or of one that may be meant "there is no such command; did
 // you mean a?"
 std::string noSuchCommand(const std::string& word, const std::vector<std::string>& names);
+
+// Of the words of a command line that the parser did not take the first that looks like an option
+// and is none of the app and those above it: "there is no option --nope", or with one that may be
+// meant, as above. "" when there is no such word.
+std::string noSuchOption(const CLI::App& app, const std::vector<std::string>& words);
 
 }  // namespace tarq::host

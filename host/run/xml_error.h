@@ -20,6 +20,8 @@ struct XmlError {
 };
 
 // Reads the whole file with the parser and the settings of the daemon.
+XmlError loadXml(const std::string& file, tinyxml2::XMLDocument* document);
+// For who does not want what is in it.
 XmlError findXmlError(const std::string& file);
 
 }  // namespace tarq::host

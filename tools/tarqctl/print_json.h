@@ -3,6 +3,7 @@
 
 #include <iosfwd>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 
 #include "tools/tarqctl/session.h"
@@ -11,6 +12,11 @@ namespace tarq::tools {
 
 // Keeps its members in the order in which they were added.
 using Json = nlohmann::ordered_json;
+
+// null for what is empty, and for no number.
+Json orNull(const std::string& text);
+Json orNull(const std::optional<std::string>& text);
+Json orNull(int number);
 
 // One line, flushed. Bytes that are not UTF-8 become U+FFFD.
 void printJson(std::ostream& out, const Json& json);

@@ -2,7 +2,6 @@
 // are in the log that it wrote meanwhile, on whichever thread, beside the requests of others. Ours
 // is one with our items that came out as ours did.
 #include <com/tarq/hardwareInfo/IHardwareInfoService.h>
-#include <errno.h>
 #include <string.h>
 
 #include <CLI/App.hpp>
@@ -75,7 +74,7 @@ void explainAnswer(const Daemon& daemon, const host::Board& board, host::Growing
     if (full != 0) why = path + ": " + strerror(full);
     answer->explanation = verdictAlone(daemon, items, why);
     answer->silent = {};  // any may be
-    if (!answer->fits) answer->silent = {{"tp", "lcd", "internal_camera"}, true};
+    if (!answer->fits) answer->silent = {{kTouchPanel, kDisplay, kCamera}, true};
 }
 
 // The call returns when all that it logs has been written.

@@ -2,9 +2,7 @@
 // tools that knows those texts.
 #pragma once
 
-#include <map>
 #include <optional>
-#include <utility>
 #include <vector>
 
 #include "host/run/growing_file.h"

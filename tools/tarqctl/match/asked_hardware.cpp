@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "tools/tarqctl/ask/board.h"
+#include "tools/tarqctl/match/facts.h"
 
 namespace tarq::tools {
 
@@ -12,8 +13,8 @@ struct Needs {
     const char* path;  // how the paths begin
 };
 static constexpr Needs kNeeds[] = {
-        {"lcd", "/sys/class/gpio/"},
-        {"internal_camera", "/dev/v4l-subdev"},
+        {kDisplay, "/sys/class/gpio/"},
+        {kCamera, "/dev/v4l-subdev"},
 };
 
 static bool isNeeded(const host::NodeState& node, const std::vector<std::string>& parts) {

@@ -22,9 +22,9 @@ struct Probe {
 };
 
 constexpr Probe kProbes[] = {
-        {"tp", Fact::kTouchPanelResult},
-        {"lcd", Fact::kDisplayResult},
-        {"internal_camera", Fact::kCameraResult},
+        {kTouchPanel, Fact::kTouchPanelResult},
+        {kDisplay, Fact::kDisplayResult},
+        {kCamera, Fact::kCameraResult},
 };
 
 bool isProbing(Fact fact) {
@@ -122,11 +122,11 @@ ProbeFinding probeFinding(const Item& part, const ItemFinding& finding, const Fa
                           bool match) {
     ProbeFinding found;
     found.answered = told(probing, Fact::kProbeFailed).empty();
-    if (part.name == "tp") {
+    if (part.name == kTouchPanel) {
         const std::vector<Texts> parts = told(probing, Fact::kTouchPanelFound);
         require(found.answered == !parts.empty());
         if (found.answered) found.part = parts[0][0];
-    } else if (part.name == "lcd") {
+    } else if (part.name == kDisplay) {
         findPanel(probing, part.value, &found);
     }
     const bool wordsFit = part.value != "null" && finding.missingWords.empty();
@@ -255,11 +255,12 @@ const ItemFinding* findingOf(const MatchRequest& request, const std::string& nam
 // The kind of part that a section of the timestamp file names, and the hardware did not tell.
 static std::string silentSection(const FallbackFinding& fallback) {
     if (!fallback.end || fallback.end->fact != Fact::kTimestampFileWrong) return "";
-    for (const auto& [section, part] :
-         {std::pair("TP ", "tp"), {"LCD ", "lcd"}, {"INTERNAL_CAMERA ", "internal_camera"}}) {
-        const bool isIt = !fallback.end->arguments.empty() &&
-                          fallback.end->arguments[0].rfind(section, 0) == 0;
-        if (isIt) return part;
+    if (fallback.end->arguments.empty()) return "";
+    const std::string& section = fallback.end->arguments[0];
+    for (const Probe& probe : kProbes) {
+        std::string kind = probe.part;  // in capitals there
+        std::transform(kind.begin(), kind.end(), kind.begin(), toupper);
+        if (section.rfind(kind + " ", 0) == 0) return probe.part;
     }
     return "";
 }
@@ -278,7 +279,7 @@ SilentProbes silentProbes(const MatchRequest& request) {
     }
     const bool passed = request.outcome == Outcome::kYes;
     silent.decide = !passed && !unfit.empty() && silent.parts.size() == unfit.size();
-    const std::string asked = passed && fallback.end ? "internal_camera" : silentSection(fallback);
+    const std::string asked = passed && fallback.end ? kCamera : silentSection(fallback);
     if (!asked.empty()) {
         silent.parts.push_back(asked);
         silent.decide = true;

@@ -13,6 +13,10 @@
 namespace tarq::tools {
 
 constexpr char kOverlayId[] = "overlay_id";  // the item that names no part
+// The parts for which the hardware is asked.
+constexpr char kTouchPanel[] = "tp";
+constexpr char kDisplay[] = "lcd";
+constexpr char kCamera[] = "internal_camera";
 
 // name:value, as the daemon reads it: split at the first colon, else all name.
 struct Item {
