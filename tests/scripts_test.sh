@@ -203,12 +203,16 @@ mkdir -p "$copy/build/dev"
 cp -r "$1/scripts" "$copy"
 ln -s "$copy/scripts/run" "$work/link"
 echo "CMAKE_HOME_DIRECTORY:INTERNAL=$1" >"$copy/build/dev/CMakeCache.txt"
-flock "$copy/build/dev" sh -c "echo >'$work/up'; sleep 0.5" &
+flock "$copy/build/dev" sh -c "echo >'$work/up'; read -r go <'$work/up'" &
 read -r -t 60 <"$work/up"
-output=$("$work/link" true 2>&1)
+"$work/link" true 2>"$work/errors" &
+started=$!
+said "waiting for another build"
+echo go >"$work/up"
+finish 2
 same "a foreign build, once the other has ended" \
     "scripts/build: waiting for another build in $copy/build/dev
-scripts/build: $copy/build was made for $1; remove it: rm -r $copy/build" "$output"
+scripts/build: $copy/build was made for $1; remove it: rm -r $copy/build" "$(<"$work/errors")"
 wait
 
 # ---- packages are missing, and there is no network ----
