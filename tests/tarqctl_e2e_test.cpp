@@ -364,9 +364,8 @@ TEST_F(TarqctlE2e, log_is_followed_until_interrupted_or_the_board_ends) {
     EXPECT_EQ(interrupted->wait(), 0);
     std::ofstream(mBoard.log(), std::ios::app) << "the last";
     close(board);
-    followHint(
-            finish(*log), 2,
-            "the last\ntarqctl: log -f: the board in " + mBoard.board().directory + " has ended\n");
+    followHint(finish(*log), 2,
+               "the last\ntarqctl: log -f: the board in " + mBoard.directory + " has ended\n");
 }
 
 TEST_F(TarqctlE2e, terminal_gets_colours_and_a_word_for_no_output) {
