@@ -189,21 +189,22 @@ TEST_F(TarqctlLed, refusal_of_the_driver_is_told_with_its_reason_and_its_place_i
 }
 
 TEST_F(TarqctlLed, transfer_past_its_time_is_said_to_go_on) {
+    const auto inTime = [](const std::string& command) {  // which ends the process
+        return ChildProcess({"sh", "-c", TARQCTL " --timeout 0.3 " + command + " 2>&1"}).readAll();
+    };
     mBoard->command({"hold", "xml_effect_trans_vals"});
-    EXPECT_THAT(
-            tarqctl("--timeout 0.3 wait radiokey_service"),
-            HasSubstr(": radiokey_service: property ro.vendor.433_check_enable is not \"true\"\n"));
+    EXPECT_THAT(inTime("wait radiokey_service"),
+                HasSubstr(": property ro.vendor.433_check_enable is not \"true\"\nhint: "));
     tarqctl("setprop ro.vendor.433_check_enable true");
-    EXPECT_THAT(tarqctl("--timeout 0.3 wait radiokey_service"),
+    EXPECT_THAT(inTime("wait radiokey_service"),
                 AllOf(HasSubstr(": radiokey_service: xml_effect_trans_vals is held\nhint: "),
-                      EndsWith(" release xml_effect_trans_vals\n2")));
+                      EndsWith(" release xml_effect_trans_vals\n")));
     std::filesystem::remove(mBoard->properties() + "/ro.vendor.433_check_enable");
-    EXPECT_THAT(tarqctl("--timeout 0.3 wait nobody"),
-                HasSubstr(": nobody: no service of that name is known\nhint: "));
-    ChildProcess play({"sh", "-c", TARQCTL " --timeout 0.3 led play alert 2>&1"});
-    EXPECT_THAT(play.readAll(), AllOf(HasSubstr("; xml_effect_trans_vals is held; the daemon goes "
-                                                "on with the transfer, so do not start another\n"),
-                                      EndsWith(" release xml_effect_trans_vals\n")));
+    EXPECT_THAT(inTime("wait nobody"), HasSubstr(": nobody: no service of that name is known\n"));
+    EXPECT_THAT(inTime("led play alert"),
+                AllOf(HasSubstr("; xml_effect_trans_vals is held; the daemon goes on with the "
+                                "transfer, so do not start another\n"),
+                      EndsWith(" release xml_effect_trans_vals\n")));
     mBoard->command({"release", "xml_effect_trans_vals"});
     EXPECT_TRUE(eventually([] { return trace().rfind("trans_state 0\n") == trace().size() - 14; }));
 }
