@@ -130,6 +130,9 @@ TEST_F(TarqctlE2e, check_at_the_start_is_named_while_it_holds_up_the_calls) {
             {{"--timeout", "0.2", "wait"}, "not serving after 0.2 s"},
             {{"--timeout", "0.2", "wait", "radiokey_service"}, "after 0.2 s: radiokey_service"}};
     for (const auto& [words, why] : cases) {
+        if (words.back() == "radiokey_service") {
+            mBoard.setProperty("ro.vendor.433_check_enable", "true");
+        }
         const Result result = tarqctl(words);
         EXPECT_EQ(result.code, 2);
         EXPECT_THAT(result.out, HasSubstr(why + check));
