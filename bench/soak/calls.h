@@ -71,7 +71,7 @@ template <typename Call>
 android::status_t Caller::call(const char* name, android::status_t expected, Call&& call,
                                int limitMs) {
     const auto excused = [this] {
-        return shared->excusedMs[mClient] + shared->excusedMs[kClients];
+        return shared->excusedUs[mClient] + shared->excusedUs[kClients];
     };
     const int64_t excusedBefore = excused();
     const int64_t begun = nowMs();
@@ -79,7 +79,7 @@ android::status_t Caller::call(const char* name, android::status_t expected, Cal
     shared->waiting[mClient].call = name;
     const android::status_t status = call();
     shared->waiting[mClient].call = nullptr;
-    judge(name, expected, status, nowMs() - begun - (excused() - excusedBefore), limitMs);
+    judge(name, expected, status, nowMs() - begun - (excused() - excusedBefore) / 1000, limitMs);
     return status;
 }
 

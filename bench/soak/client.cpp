@@ -127,7 +127,7 @@ class Client {
     }
 
     void act() {
-        switch (mCaller.mRandom.number(1, 60)) {
+        switch (mCaller.mRandom.number(1, 40)) {
             case 1:
                 return registerForKeys();
             case 2:
@@ -156,7 +156,7 @@ class Client {
         }
         if (becomes([&] { return holdingsOf(getpid()) == before; })) return;
         const Holdings now = holdingsOf(getpid());
-        finding(mCaller.mName.c_str(), "held: %d descriptors, %d threads; before %d, %d",
+        finding(mCaller.mName.c_str(), "held: %zu descriptors, %zu threads; before %zu, %zu",
                 now.descriptors, now.threads, before.descriptors, before.threads);
     }
 

@@ -6,8 +6,10 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <vector>
 
 #include "bench/soak/soak.h"
 
@@ -39,42 +41,35 @@ void pauseMs(int ms) {
     usleep(static_cast<useconds_t>(ms) * 1000);
 }
 
-static int entriesOf(const std::string& directory) {
+static std::vector<std::string> entriesOf(const std::string& directory) {
     std::error_code error;
-    int count = 0;
+    std::vector<std::string> paths;
     for (std::filesystem::directory_iterator entry(directory, error), end; entry != end;
          entry.increment(error)) {
-        ++count;
+        paths.push_back(entry->path());
     }
-    return count;
+    return paths;
 }
 
 Holdings holdingsOf(pid_t process) {
     const std::string files = "/proc/" + std::to_string(process);
-    return {entriesOf(files + "/fd"), entriesOf(files + "/task")};
+    return {entriesOf(files + "/fd").size(), entriesOf(files + "/task").size()};
 }
 
-// Threads that come or go in between do not count.
-double Starvation::of(std::initializer_list<pid_t> processes) {
-    std::map<std::string, Times> threads;
-    int64_t ran = 1;
-    int64_t waited = 0;
-    for (const pid_t process : processes) {
-        const std::string tasks = "/proc/" + std::to_string(process) + "/task";
-        std::error_code error;
-        for (std::filesystem::directory_iterator task(tasks, error), end; task != end;
-             task.increment(error)) {
-            Times now = {};
-            if (!(std::ifstream(task->path() / "schedstat") >> now.ranNs >> now.waitedNs)) continue;
-            threads[task->path()] = now;
-            const auto before = mThreads.find(task->path());
-            if (before == mThreads.end()) continue;
-            ran += now.ranNs - before->second.ranNs;
-            waited += now.waitedNs - before->second.waitedNs;
-        }
+// A thread that comes or goes in between does not count.
+int64_t Starvation::waitedUs(pid_t process) {
+    std::map<std::string, int64_t> threads;
+    int64_t most = 0;
+    for (const std::string& thread : entriesOf("/proc/" + std::to_string(process) + "/task")) {
+        int64_t ranNs = 0;
+        int64_t waitedNs = 0;
+        if (!(std::ifstream(thread + "/schedstat") >> ranNs >> waitedNs)) continue;
+        threads[thread] = waitedNs;
+        const auto before = mWaitedNs.find(thread);
+        if (before != mWaitedNs.end()) most = std::max(most, waitedNs - before->second);
     }
-    mThreads.swap(threads);
-    return static_cast<double>(waited) / static_cast<double>(ran + waited);
+    mWaitedNs.swap(threads);
+    return most / 1000;
 }
 
 size_t daemonHeap() {

@@ -45,10 +45,10 @@ struct Shared {
     std::atomic<int> findings;
 
     // Why a call may take long: nodes that are held or slow now, a daemon or a board that is
-    // stopped, or that waits for a processor. The driver adds up the time of it, in ms; for each
+    // stopped, or that waits for a processor. The driver adds up the time of it, in µs; for each
     // client that for which it was stopped, behind them what counts for all.
     std::atomic<int> disturbances;
-    std::atomic<int64_t> excusedMs[kClients + 1];
+    std::atomic<int64_t> excusedUs[kClients + 1];
 
     // What each client waits for, and since when; for who never gets its answer.
     struct Waiting {
@@ -135,24 +135,20 @@ int runWitness();
 size_t heapInUse();  // bytes of this process
 
 struct Holdings {
-    int descriptors, threads;
+    size_t descriptors, threads;
     bool operator==(const Holdings& other) const {
         return descriptors == other.descriptors && threads == other.threads;
     }
 };
 Holdings holdingsOf(pid_t process);
 
-// Which part of the time since the last call the processes that wanted to run waited for a
-// processor, from 0 to 1.
+// How long that thread of a process that waited longest for a processor did so since the last call.
 class Starvation {
   public:
-    double of(std::initializer_list<pid_t> processes);
+    int64_t waitedUs(pid_t process);
 
   private:
-    struct Times {
-        int64_t ranNs, waitedNs;
-    };
-    std::map<std::string, Times> mThreads;
+    std::map<std::string, int64_t> mWaitedNs;  // by the thread's folder
 };
 
 // Of the daemon, as it says itself every 50 ms.
