@@ -25,8 +25,9 @@ void Caller::callSomething() {
     using Method = void (Caller::*)();
     (this->*mRandom.oneOf<Method>({&Caller::askHardware, &Caller::match, &Caller::useLeds,
                                    &Caller::notifyByLeds, &Caller::notifyByLeds,
-                                   &Caller::notifyOneWay, &Caller::playEffect, &Caller::runCommand,
-                                   &Caller::useRadio, &Caller::lookUp, &Caller::sendMalformed}))();
+                                   &Caller::notifyOneWay, &Caller::flood, &Caller::playEffect,
+                                   &Caller::runCommand, &Caller::useRadio, &Caller::lookUp,
+                                   &Caller::sendMalformed}))();
 }
 
 void Caller::judge(const char* name, status_t expected, status_t status, int64_t tookMs,
@@ -104,8 +105,7 @@ void Caller::notifyByLeds() {
     if (status == android::OK) ++shared->leds[which].done;
 }
 
-// A flood of them may be refused, where the daemon has no room for more; what it took it carries
-// out.
+// What the daemon has no room for may be refused; what it took it carries out.
 void Caller::notifyOneWay() {
     const int count = mRandom.oneIn(10) ? 60 : 2;
     for (int i = 0; i < count; ++i) {
@@ -119,6 +119,20 @@ void Caller::notifyOneWay() {
         } else if (status != android::FAILED_TRANSACTION) {
             finding(mName.c_str(), "wrong: a one-way call returned %d", status);
         }
+    }
+}
+
+// More than the daemon lets wait of one client: it stops to listen to it, and to it alone.
+void Caller::flood() {
+    if (!mRandom.oneIn(10)) return;
+    Parcel data;
+    data.writeInterfaceToken(com::tarq::hardwareInfo::IHardwareInfoService::descriptor);
+    data.writeString16Vector({String16(std::string(20000, 'x').c_str())});
+    const sp<IBinder> hardware = android::IInterface::asBinder(mServices.hardware);
+    for (int i = 0; i < 100; ++i) {
+        hardware->transact(IBinder::FIRST_CALL_TRANSACTION + 1, data, nullptr,
+                           IBinder::FLAG_ONEWAY);
+        ++shared->oneWay;
     }
 }
 

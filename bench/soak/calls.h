@@ -60,6 +60,7 @@ class Caller {
     void useLeds();
     void notifyByLeds();
     void notifyOneWay();
+    void flood();
     void playEffect();
     void runCommand();
     void useRadio();

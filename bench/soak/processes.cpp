@@ -3,6 +3,7 @@
 // last one.
 #include "bench/soak/processes.h"
 
+#include <errno.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <stdio.h>
@@ -44,6 +45,7 @@ static pid_t spawn(std::vector<std::string> command, bool saysReady) {
     }
     close(ends[1]);
     char byte;
+    errno = ESRCH;
     if (saysReady && read(ends[0], &byte, 1) != 1) giveUp(argv[0]);
     close(ends[0]);
     return pid;
