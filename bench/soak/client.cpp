@@ -192,6 +192,7 @@ int runClient(int number, Random random) {
     ++shared->idle;
     while (shared->phase != Phase::kLeave) pauseMs(5);
     client.checkHoldings(before);
+    if (hasLeaks()) finding(client.mCaller.mName.c_str(), "held: a leak, see above");
     return 0;
 }
 

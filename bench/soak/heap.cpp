@@ -16,4 +16,11 @@ size_t heapInUse() {
     return info.uordblks + info.hblkhd;
 }
 
+bool hasLeaks() {
+    using Look = int (*)();
+    static const auto look =
+            reinterpret_cast<Look>(dlsym(RTLD_DEFAULT, "__lsan_do_recoverable_leak_check"));
+    return look != nullptr && look() != 0;
+}
+
 }  // namespace soak

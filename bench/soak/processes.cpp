@@ -81,7 +81,8 @@ void Processes::startRole(int role, int life, const std::function<int(Random)>& 
         if (user != geteuid() && (setgid(user) != 0 || setuid(user) != 0)) giveUp("setuid");
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         prctl(PR_SET_DUMPABLE, 1);  // it looks at its own /proc
-        exit(body(Random(mSeed, role, life)));
+        // Not exit(): it destroys the descriptors of the interfaces, which events still need.
+        _exit(body(Random(mSeed, role, life)));
     }
     mRoles[pid] = role;
 }

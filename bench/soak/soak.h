@@ -133,6 +133,7 @@ int runWitness();
 // ---- what a process has ----
 
 size_t heapInUse();  // bytes of this process
+bool hasLeaks();     // of this process, where a sanitizer can tell, which prints them
 
 struct Holdings {
     size_t descriptors, threads;
