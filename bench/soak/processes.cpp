@@ -29,6 +29,15 @@ void giveUp(const char* what) {
     _exit(2);
 }
 
+// A process of its own group: when the shell that started the soak ends, its group is hung up if one
+// of it is stopped just then.
+static pid_t forkAlone() {
+    const pid_t pid = fork();
+    if (pid < 0) giveUp("fork");
+    if (pid == 0) setpgid(0, 0);
+    return pid;
+}
+
 // saysReady: its first output is waited for.
 static pid_t spawn(std::vector<std::string> command, bool saysReady) {
     std::vector<char*> argv;
@@ -36,7 +45,7 @@ static pid_t spawn(std::vector<std::string> command, bool saysReady) {
     argv.push_back(nullptr);
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) giveUp("pipe");
-    const pid_t pid = fork();
+    const pid_t pid = forkAlone();
     if (pid == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (saysReady) dup2(ends[1], STDOUT_FILENO);
@@ -75,7 +84,7 @@ void Processes::end() {
 
 void Processes::startRole(int role, int life, const std::function<int(Random)>& body) {
     fflush(stdout);
-    const pid_t pid = fork();
+    const pid_t pid = forkAlone();
     if (pid == 0) {
         const uid_t user = userOf(role);
         if (user != geteuid() && (setgid(user) != 0 || setuid(user) != 0)) giveUp("setuid");
