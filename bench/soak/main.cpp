@@ -37,8 +37,11 @@ class Soak {
 
 Soak::Soak(const std::string& directory) : mLog(directory + "/log"), mProcesses(directory, mLog) {
     askWitness();
-    pauseMs(500);
-    mBefore = holdingsOf(mProcesses.daemon);
+    for (Holdings now = {1, 1}; !(now == mBefore);) {  // until what it had to start has ended
+        mBefore = now;
+        pauseMs(500);
+        now = holdingsOf(mProcesses.daemon);
+    }
     mHeapBefore = daemonHeap();
 }
 
