@@ -29,8 +29,8 @@ void giveUp(const char* what) {
     _exit(2);
 }
 
-// A process of its own group: when the shell that started the soak ends, its group is hung up if one
-// of it is stopped just then.
+// A process of its own group: when the shell that started the soak ends, its group is hung up if
+// one of it is stopped just then.
 static pid_t forkAlone() {
     const pid_t pid = fork();
     if (pid < 0) giveUp("fork");
