@@ -15,10 +15,14 @@ static bool sendPacket(int fd, const std::string& text) {
     return send(fd, text.data(), text.size(), MSG_NOSIGNAL) >= 0;
 }
 
-// Empty when none comes; errno is EAGAIN then if the time was over.
+// Empty when none comes; errno is EAGAIN then if the time was over. The time begins anew in a
+// process that was stopped and goes on: the kernel ends such a wait with EINTR.
 static std::string receivePacket(int fd) {
-    errno = 0;
-    const ssize_t size = recv(fd, nullptr, 0, MSG_PEEK | MSG_TRUNC);
+    ssize_t size;
+    do {
+        errno = 0;
+        size = recv(fd, nullptr, 0, MSG_PEEK | MSG_TRUNC);
+    } while (size < 0 && errno == EINTR);
     if (size <= 0 || static_cast<size_t>(size) > kMaxSize) return "";
     std::string text(static_cast<size_t>(size), '\0');
     recv(fd, text.data(), text.size(), 0);

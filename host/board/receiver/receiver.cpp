@@ -108,7 +108,11 @@ void Receiver::receive(const std::vector<int32_t>& key) {
     const host::Reception reception = {key[0], key[1], key[2], rssiDBm};
     const int program = connectToListener(key[3]);
     setsockopt(program, SOL_SOCKET, SO_SNDTIMEO, &kPatience, sizeof(kPatience));
-    const bool isTaken = send(program, &reception, sizeof(reception), 0) == sizeof(reception);
+    ssize_t sent;
+    do {  // a board that was stopped meanwhile and goes on gets EINTR
+        sent = send(program, &reception, sizeof(reception), 0);
+    } while (sent < 0 && errno == EINTR);
+    const bool isTaken = sent == sizeof(reception);
     const bool isLate = !isTaken && errno == EAGAIN;
     close(program);
     if (isLate) refuse("nobody takes what it receives");
