@@ -4,7 +4,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-#include "host/run/lock.h"
+#include "host/run/board.h"
 #include "tests/child_process.h"
 #include "tests/plain_board.h"
 #include "tools/tarqctl/ask/known_services.h"

@@ -11,8 +11,8 @@
 #include <system_error>
 
 #include "host/board/properties.h"
-#include "host/run/lock.h"
-#include "host/run/stale_mount.h"
+#include "host/run/board.h"
+#include "host/run/file_systems.h"
 
 namespace tarq::board {
 

@@ -6,7 +6,7 @@
 
 #include <stdexcept>
 
-#include "host/run/board_state.h"
+#include "host/run/control.h"
 #include "host/run/faults.h"
 #include "host/run/text.h"
 

@@ -5,7 +5,7 @@
 #include <CLI/CLI.hpp>
 
 #include "host/board/serve.h"
-#include "host/run/nearest.h"
+#include "host/run/text.h"
 #include "host/run/standard_descriptors.h"
 
 static constexpr int kCouldNot = 2;  // play the board, or understand the command line

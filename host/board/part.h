@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/run/board_state.h"
+#include "host/run/control.h"
 
 namespace tarq::board {
 

@@ -15,7 +15,7 @@
 #include <system_error>
 #include <vector>
 
-#include "host/run/disk.h"
+#include "host/run/file_systems.h"
 #include "host/run/text.h"
 
 namespace tarq::board {

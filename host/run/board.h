@@ -1,15 +1,17 @@
-// What lies in the directory of a running board, each path once; what is below run/rf is in
-// receiver_wire.h.
+// A running board: what lies in its directory, each path once, and who has it. What is below run/rf
+// is in receiver_wire.h.
 #pragma once
 
 #include <stddef.h>
 
 #include <string>
+#include <vector>
 
 namespace tarq::host {
 
 // A board by its directory, which exists as long as somebody keeps it; run/ is there only while the
-// board is switched on. A value: whoever reads or writes there is handed one.
+// board is switched on. A value: whoever reads or writes there is handed one, so that one process
+// may look at any number of boards. Nothing here touches the disk.
 struct Board {
     std::string directory = {};  // "" is no board
 
@@ -43,5 +45,23 @@ struct Board {
 
 // In bytes: the longest directory below which every socket has an address (sockaddr_un).
 constexpr size_t kMaxBoardPath = 91;
+
+// ---- who has it: the lock on BOARD/run/lock, which its process holds until it ends ----
+
+// Takes the board for this process, and makes its directory if need be. A descriptor,
+// close-on-exec, that holds the lock until it is closed; or -errno: -EWOULDBLOCK when another
+// process has it.
+int lockBoard(const Board& board);
+
+// Whether a process has it, at this moment: it may end before the caller looks at anything else.
+// False as well for a directory that does not exist or may not be read. Never waits.
+bool isRunning(const Board& board);
+
+// Where `tarqctl up` keeps the boards of this user, each in a directory of its own: below TMPDIR,
+// or /tmp without one. The name has the user's number in it, since all users may share that place.
+std::string usersBoards();
+
+// The boards of this user that run, sorted by their directories; none of other users.
+std::vector<Board> runningBoards();
 
 }  // namespace tarq::host

@@ -1,9 +1,14 @@
+// Both ends of the control socket stand here, so that a packet is written and read in one file. The
+// socket keeps packets apart (SOCK_SEQPACKET), so no length goes ahead of one: its size is asked of
+// the kernel before it is taken.
 #include "host/run/control.h"
 
 #include <errno.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
+
+#include <nlohmann/json.hpp>
 
 #include "host/run/socket.h"
 
@@ -15,7 +20,8 @@ static bool sendPacket(int fd, const std::string& text) {
     return send(fd, text.data(), text.size(), MSG_NOSIGNAL) >= 0;
 }
 
-// Empty when none comes; errno is EAGAIN then if the time was over.
+// Empty when none comes; errno is EAGAIN then if the time was over. The packet's size is asked for
+// first, because what finds no room in a buffer is cut off without a word.
 static std::string receivePacket(int fd) {
     errno = 0;
     const ssize_t size = recv(fd, nullptr, 0, MSG_PEEK | MSG_TRUNC);
@@ -57,6 +63,47 @@ std::vector<std::string> receiveCommand(int fd) {
 
 void sendAnswer(int fd, const Answer& answer) {
     sendPacket(fd, answer.isDone ? "+" + answer.text : "-" + answer.reason);
+}
+
+using Json = nlohmann::ordered_json;
+
+static Json orNull(const std::string& text) {
+    return text.empty() ? Json(nullptr) : Json(text);
+}
+
+static std::string orEmpty(const Json& json) {
+    return json.is_null() ? "" : json.get<std::string>();
+}
+
+std::string boardStateLine(const BoardState& board) {
+    Json nodes = Json::array();
+    for (const NodeState& node : board.nodes) {
+        nodes.push_back({{"name", orNull(node.name)},
+                         {"path", orNull(node.path)},
+                         {"state", node.state},
+                         {"fault", node.fault},
+                         {"held", node.isHeld}});
+    }
+    const Json json = {{"played_by", board.withoutFuse.empty() ? "fuse" : "plain_files"},
+                       {"reason", orNull(board.withoutFuse)},
+                       {"nodes", nodes}};
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+bool parseBoardState(const std::string& line, BoardState* board) {
+    try {
+        const Json json = Json::parse(line);
+        *board = {orEmpty(json.at("reason"))};
+        for (const Json& node : json.at("nodes")) {
+            board->nodes.push_back({orEmpty(node.at("name")), orEmpty(node.at("path")),
+                                    node.at("state").get<std::string>(),
+                                    node.at("fault").get<std::string>(),
+                                    node.at("held").get<bool>()});
+        }
+        return true;
+    } catch (const Json::exception&) {
+        return false;
+    }
 }
 
 }  // namespace tarq::host

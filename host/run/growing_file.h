@@ -1,17 +1,20 @@
-// Following a file that others append to.
+// A file of lines that grows: one process adds to it, and any number of others follow it.
 #pragma once
 
 #include <functional>
 #include <string>
+#include <utility>
 
 namespace tarq::host {
 
 // Reads a file line by line while others append to it. When it is emptied, or another file takes
-// its place, reading starts anew.
+// its place, reading starts anew. It never waits: whoever follows a file looks again after a while.
+// For one thread at a time.
 class GrowingFile {
   public:
     using TakeLine = std::function<void(const std::string&)>;
 
+    // The file need not be there yet: each look tries again.
     explicit GrowingFile(std::string path);
     ~GrowingFile();
     GrowingFile(const GrowingFile&) = delete;
@@ -32,7 +35,29 @@ class GrowingFile {
 
     const std::string mPath;
     int mFd = -1;
-    std::string mPartial;
+    std::string mPartial;  // the last line as far as it has been read
+};
+
+// Adds to such a file. For one thread at a time.
+class RecordFile {
+  public:
+    // what: whose lines are missing, should it come to that, for people: "board: the trace".
+    explicit RecordFile(std::string what) : mWhat(std::move(what)) {}
+    ~RecordFile();
+    RecordFile(const RecordFile&) = delete;
+    RecordFile& operator=(const RecordFile&) = delete;
+
+    // Begins the file, or goes on with one that is there. Throws std::system_error.
+    void open(const std::string& file);
+    // One write, which anybody who follows the file gets whole. Before open() nothing is written.
+    // A line that finds no room is lost, and the caller goes on: that lines are missing is said
+    // once, on standard error.
+    void add(const std::string& line) const;
+
+  private:
+    const std::string mWhat;
+    int mFd = -1;
+    mutable bool mLacksLines = false;
 };
 
 }  // namespace tarq::host

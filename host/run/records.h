@@ -25,9 +25,12 @@
 
 namespace tarq::host {
 
+// Of this moment.
 int64_t nowMs();
 
 // "01-02 03:04:05.006": that moment as the log tells it, so that the two can be laid side by side.
+// In the time zone of this process, as the log is in the daemon's. A clock that was set since this
+// process looked at it first is not followed.
 std::string logTime(int64_t ms);
 
 struct LedRecord {
@@ -48,6 +51,7 @@ struct LedLine {
 };
 bool parseLedLine(const std::string& line, LedLine* parsed);
 
+// Bytes of one direction as one read or write had them: frames may begin and end within them.
 struct SerialChunk {
     int64_t ms = 0;
     bool isFromHost = false;

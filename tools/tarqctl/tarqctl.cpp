@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <ostream>
 
-#include "host/run/nearest.h"
+#include "host/run/text.h"
 #include "tools/tarqctl/command_line.h"
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/help.h"

@@ -10,7 +10,7 @@
 #include "host/board/coprocessor/coprocessor.h"
 #include "host/board/hardware/hardware.h"
 #include "host/board/part.h"
-#include "host/board/record_file.h"
+#include "host/run/growing_file.h"
 
 namespace tarq::board {
 
@@ -48,7 +48,7 @@ class CoprocessorPort : public Part {
     Coprocessor mCoprocessor;
     std::string mTerminal;
 
-    RecordFile mRecord{"the record of the serial line"};
+    host::RecordFile mRecord{"virtual_board: the record of the serial line"};
     std::filesystem::path mLink;
     std::unique_ptr<SerialLine> mLine;
 };

@@ -21,7 +21,7 @@ namespace tarq::board {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-SerialLine::SerialLine(Answer answer, const RecordFile& record)
+SerialLine::SerialLine(Answer answer, const host::RecordFile& record)
     : mAnswer(std::move(answer)), mRecord(record) {
     char name[64] = {};
     mEnd = eventfd(0, EFD_CLOEXEC);

@@ -9,7 +9,7 @@
 
 #include "host/board/coprocessor/ash_reader.h"
 #include "host/board/coprocessor/coprocessor.h"
-#include "host/board/record_file.h"
+#include "host/run/growing_file.h"
 
 namespace tarq::board {
 
@@ -19,7 +19,7 @@ class SerialLine {
     using Answer = std::function<std::vector<Coprocessor::Sending>(const ash::Frame& question)>;
 
     // answer: called by the thread. record: outlives this. Throws std::system_error.
-    SerialLine(Answer answer, const RecordFile& record);
+    SerialLine(Answer answer, const host::RecordFile& record);
     ~SerialLine();
     SerialLine(const SerialLine&) = delete;
     SerialLine& operator=(const SerialLine&) = delete;
@@ -41,7 +41,7 @@ class SerialLine {
     void sendWhatIsDue();
 
     const Answer mAnswer;
-    const RecordFile& mRecord;
+    const host::RecordFile& mRecord;
     int mMaster = -1;
     int mSlave = -1;  // held, so that the master never reads a hang-up between two users
     int mEnd = -1;    // readable when the thread is to end

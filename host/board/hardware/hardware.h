@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "host/board/hardware/node.h"
-#include "host/run/board_state.h"
+#include "host/run/control.h"
 #include "host/run/faults.h"
 
 namespace tarq::board {

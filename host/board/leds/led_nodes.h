@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "host/board/hardware/hardware.h"
-#include "host/board/record_file.h"
+#include "host/run/growing_file.h"
 #include "host/run/records.h"
 
 namespace tarq::board {
@@ -20,7 +20,7 @@ class LedTrace {
 
   private:
     const size_t mLeds;
-    RecordFile mFile{"the trace of the LEDs"};
+    host::RecordFile mFile{"virtual_board: the trace of the LEDs"};
 };
 
 // Adds them, named as they are called; the hardware's lock is the driver's as well. What is written

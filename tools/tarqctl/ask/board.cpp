@@ -9,7 +9,7 @@
 #include <filesystem>
 
 #include "host/run/control.h"
-#include "host/run/lock.h"
+#include "host/run/board.h"
 #include "host/run/socket.h"
 #include "tools/tarqctl/ask/as_root.h"
 #include "tools/tarqctl/ask/time_limit.h"

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/run/board_state.h"
+#include "host/run/control.h"
 #include "tools/tarqctl/session.h"
 
 namespace tarq::tools {

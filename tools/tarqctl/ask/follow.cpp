@@ -9,7 +9,7 @@
 #include <ostream>
 #include <thread>
 
-#include "host/run/lock.h"
+#include "host/run/board.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/interrupt.h"
 

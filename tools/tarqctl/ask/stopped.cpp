@@ -8,7 +8,6 @@
 #include <fstream>
 #include <sstream>
 
-#include "host/run/board_state.h"
 #include "host/run/control.h"
 #include "host/run/faults.h"
 #include "host/run/socket.h"

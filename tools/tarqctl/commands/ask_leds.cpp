@@ -3,7 +3,7 @@
 // both, by its operation, arguments and records, before it is called done.
 #include <algorithm>
 
-#include "host/run/lock.h"
+#include "host/run/board.h"
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/daemon.h"

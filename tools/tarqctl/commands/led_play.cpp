@@ -12,7 +12,7 @@
 #include <set>
 
 #include "common/device_file.h"
-#include "host/run/disk.h"
+#include "host/run/file_systems.h"
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/led_refusals.h"

@@ -8,7 +8,7 @@
 #include <ostream>
 #include <thread>
 
-#include "host/run/lock.h"
+#include "host/run/board.h"
 #include "host/run/records.h"
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"

@@ -8,7 +8,7 @@
 #include <CLI/App.hpp>
 #include <ostream>
 
-#include "host/run/disk.h"
+#include "host/run/file_systems.h"
 #include "host/run/growing_file.h"
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/daemon.h"

@@ -12,7 +12,7 @@
 #include <optional>
 #include <ostream>
 
-#include "host/run/lock.h"
+#include "host/run/board.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/interrupt.h"
 #include "tools/tarqctl/commands/radio_commands.h"

@@ -6,7 +6,7 @@
 #include <map>
 
 #include "hardware_info/text.h"
-#include "host/run/nearest.h"
+#include "host/run/text.h"
 #include "tools/tarqctl/match/explanation.h"
 
 namespace tarq::tools {

@@ -12,7 +12,7 @@
 #include <deque>
 #include <functional>
 
-#include "host/run/disk.h"
+#include "host/run/file_systems.h"
 #include "host/run/growing_file.h"
 #include "tools/tarqctl/ask/known_services.h"
 #include "tools/tarqctl/up/folder.h"

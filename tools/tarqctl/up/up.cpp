@@ -8,7 +8,7 @@
 
 #include <optional>
 
-#include "host/run/disk.h"
+#include "host/run/file_systems.h"
 #include "tools/tarqctl/up/parts.h"
 
 namespace tarq::tools {

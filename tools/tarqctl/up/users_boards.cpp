@@ -13,8 +13,8 @@
 
 #include <filesystem>
 
-#include "host/run/lock.h"
-#include "host/run/stale_mount.h"
+#include "host/run/board.h"
+#include "host/run/file_systems.h"
 
 namespace tarq::tools {
 

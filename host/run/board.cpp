@@ -2,7 +2,7 @@
 // the process ends, so neither a kill nor a crash leaves a board that only seems to run. A board
 // that is switched off removes run/ with the lock file in it, so whoever has locked a file looks
 // whether it is still the one of that name.
-#include "host/run/lock.h"
+#include "host/run/board.h"
 
 #include <errno.h>
 #include <fcntl.h>

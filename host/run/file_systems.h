@@ -1,0 +1,21 @@
+// The file systems that a board needs: the one below its directory, which may be full, and the one
+// that is mounted in it, which may have been left by a kill.
+#pragma once
+
+#include <filesystem>
+
+#include "host/run/board.h"
+
+namespace tarq::host {
+
+// 0, or the errno with which the switched on board, its daemon and its properties cannot write any
+// more, such as ENOSPC; ENOENT where run/ is gone, as of a board that is just being switched off.
+// Cheap enough for every turn of a loop, and leaves nothing behind.
+int writeError(const Board& board);
+
+// Takes away a mount that a killed board left, if there is one. Until then every look at the place
+// fails (ENOTCONN), and a directory that holds it cannot be removed. Nothing tells whether it
+// worked: whoever needs the place finds out, and root may be needed for a mount of root's.
+void clearStaleMount(const std::filesystem::path& mountPoint);
+
+}  // namespace tarq::host
