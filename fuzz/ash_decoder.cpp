@@ -4,7 +4,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "host/board/coprocessor/ash_reader.h"
+#include "host/board/coprocessor/ash_frame.h"
 #include "tools/tarqctl/view/frame_text.h"
 
 using namespace tarq::board::ash;

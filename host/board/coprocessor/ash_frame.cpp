@@ -21,6 +21,7 @@ struct Kind {
     size_t maxContent;
 };
 
+// The first row whose bits fit is the kind, and no byte fits two of them.
 constexpr Kind kKinds[] = {
         {Type::kData, "DATA", 0x80, 0x00, 3, 128},      {Type::kAck, "ACK", 0xE0, 0x80, 0, 0},
         {Type::kNak, "NAK", 0xE0, 0xA0, 0, 0},          {Type::kReset, "RST", 0xFF, 0xC0, 0, 0},
@@ -38,7 +39,9 @@ __attribute__((format(printf, 1, 2))) std::string format(const char* pattern, ..
     return text;
 }
 
-// There and back again.
+// There and back again. The sequence of the protocol, begun anew for each frame: a byte is made of
+// the one before by a shift to the right, and by b8 when a bit falls out. Here 80 and 38 of that b8
+// are two steps.
 void randomise(Bytes& content) {
     uint8_t next = 0x42;
     for (uint8_t& byte : content) {
@@ -58,6 +61,7 @@ bool isCutInChecksum(const Bytes& bytes) {
            checksum(bytes.data(), size - 1) == (bytes[size - 1] << 8 | kFlag);
 }
 
+// Why a frame is to be skipped, the likeliest cause first; "" for a good one.
 std::string damageOf(const Frame& frame, const Bytes& bytes, const Kind* kind) {
     if (!frame.isChecksumGood && isCutInChecksum(bytes)) {
         return "may be cut by a flag in its checksum that is not escaped";

@@ -5,8 +5,6 @@
 
 #include <stdexcept>
 
-#include "host/board/coprocessor/serial_line.h"
-
 namespace tarq::board {
 
 namespace {

@@ -1,3 +1,5 @@
+// Only what the presence check asks is understood: the version, in the old form, and one query in
+// the extended form. Two bytes of a number stand with the lower one first.
 #include "host/board/coprocessor/ezsp.h"
 
 #include <stdio.h>

@@ -1,7 +1,7 @@
 // One thread waits for bytes of the host, for the time of the next write, or for its end. What is
 // read goes into the record and through the reader; the answers of each frame wait in a queue
 // ordered by time, so that a late or chopped answer holds up nothing else.
-#include "host/board/coprocessor/serial_line.h"
+#include "host/board/coprocessor/coprocessor_port.h"
 
 #include <errno.h>
 #include <fcntl.h>
@@ -53,6 +53,7 @@ void SerialLine::closeAll() const {
     }
 }
 
+// A signal may wake it as well, which is why a poll that fails is tried again.
 void SerialLine::run() {
     pollfd events[] = {{mMaster, POLLIN, 0}, {mEnd, POLLIN, 0}};
     while (events[1].revents == 0) {

@@ -27,6 +27,8 @@ static bool interrupted() {
     return fuse_interrupted() != 0;
 }
 
+// A name that was not there may be there a moment later, by an export or a fault that is taken
+// away, so the kernel keeps no answer.
 static void* onInit(fuse_conn_info*, fuse_config* config) {
     config->direct_io = 1;  // sizes mean nothing, and each read and write arrives as it was made
     config->entry_timeout = config->attr_timeout = config->negative_timeout = 0;
@@ -83,6 +85,7 @@ static int onCreate(const char*, mode_t, fuse_file_info*) {
     return -EACCES;
 }
 
+// A shell opens a file with O_TRUNC to write to it; sysfs takes no notice of that either.
 static int onTruncate(const char*, off_t, fuse_file_info*) {
     return 0;
 }

@@ -23,7 +23,8 @@ static Content garbage(off_t size) {
     return {std::string(kBytes, sizeof(kBytes) - 1), size};
 }
 
-// Fills the buffer from that place on; how much of it.
+// Fills the buffer from that place on; how much of it. The bytes are gone through again and again,
+// so that 100 MB of them are never in memory.
 static size_t copy(const Content& content, off_t offset, char* buffer, size_t size) {
     if (offset >= content.size) return 0;
     const size_t count = std::min(size, static_cast<size_t>(content.size - offset));
@@ -220,6 +221,8 @@ int Hardware::enter(std::unique_lock<std::mutex>& lock, const OpenFile& file,
     return entry.isThere() && entry.node->life() == file.life ? 0 : -ENODEV;
 }
 
+// What a reader gets is made when it begins and kept with its open file: two readers of one node
+// never see each other's halves.
 int Hardware::generate(OpenFile& file) {
     const NodeFault fault = file.entry->fault;
     file.content = {};
@@ -251,6 +254,8 @@ int Hardware::write(uint64_t number, const std::string& record, Interrupted inte
     return error != 0 ? error : file.entry->node->write(record);
 }
 
+// The node answers first and the fault is laid over it, so that a request which the node does not
+// know stays unknown.
 int Hardware::ioctl(uint64_t number, unsigned request, void* argument, Interrupted interrupted) {
     std::unique_lock lock(mMutex);
     OpenFile& file = mOpen.at(number);

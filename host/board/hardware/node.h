@@ -1,4 +1,5 @@
-// One file of the hardware: what its driver does when the file is read, written or asked.
+// One file of the hardware: what its driver does when the file is read, written or asked. The kinds
+// of them are in drivers.h and beside the parts that have files.
 #pragma once
 
 #include <errno.h>
@@ -37,10 +38,12 @@ class Node {
     // The whole content, made for a reader who begins at the start.
     virtual int read(std::string* /*content*/) { return -EINVAL; }
 
-    // One write is one record, wherever in the file it is made.
+    // One write is one record, wherever in the file it is made. As in sysfs, what one write() was
+    // given arrives at once, so a record is never pieced together.
     virtual int write(const std::string& /*record*/) { return -EINVAL; }
 
-    // argument: as many bytes as the request tells, filled or taken as it tells.
+    // argument: as many bytes as the request tells, filled or taken as it tells. A request has its
+    // size in its number, as _IOC_SIZE tells, and no more of the argument may be touched.
     virtual int ioctl(unsigned /*request*/, void* /*argument*/) { return -ENOTTY; }
 
     // Changes what is outside of the driver: the part that is fitted, the level on a line. Throws

@@ -87,6 +87,8 @@ fs::path PlainFiles::aside(const std::string& path) const {
     return mBoard.aside() + path;
 }
 
+// The paths are listed first, because giving one back takes it out of the directory that is being
+// walked.
 void PlainFiles::giveAllBack() {
     const fs::path top = mBoard.aside();
     if (!fs::exists(top)) return;

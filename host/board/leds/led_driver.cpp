@@ -26,6 +26,7 @@ static uint32_t dimmed(uint32_t colour, uint32_t brightness) {
 
 // ---- what is written and read ----
 
+// The first word of each record but those of a transfer is the LED.
 std::string LedDriver::write(const std::string& attribute, const std::string& record, int64_t now) {
     Fields fields(record);
     if (attribute == "set_color") return setColour(fields);
@@ -101,6 +102,8 @@ std::string LedDriver::setState(Fields& fields, int64_t now) {
     return "";
 }
 
+// An effect that lacks a parameter is refused but kept: the transfer goes on, and may bring what is
+// missing.
 std::string LedDriver::endTransfer(int64_t now) {
     if (!mTransfer) return kNoTransfer;
     const std::string missing = mTransfer->missing();
@@ -112,6 +115,7 @@ std::string LedDriver::endTransfer(int64_t now) {
 
 // ---- what is shown ----
 
+// Nothing where no stand-by effect goes on, so that what was set shows.
 std::optional<uint32_t> LedDriver::Standby::shown(int64_t now) const {
     const int64_t elapsed = now - start;
     if (type == kNone || (periods > 0 && elapsed / period >= periods)) return std::nullopt;

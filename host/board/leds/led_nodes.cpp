@@ -1,3 +1,6 @@
+// All attributes are files of one driver, and each write to one of them is a record of the trace,
+// with the reason if it was refused: the daemon cannot tell that, since it looks at no result of a
+// write.
 #include "host/board/leds/led_nodes.h"
 
 #include <utility>
@@ -14,6 +17,8 @@ struct Leds {
     std::shared_ptr<LedTrace> trace;
 };
 
+// The lock of the hardware is held in each call, so the order in the trace is that in which the
+// driver got the records.
 class LedAttribute : public Node {
   public:
     LedAttribute(std::shared_ptr<Leds> leds, std::string name)

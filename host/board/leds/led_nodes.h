@@ -1,4 +1,5 @@
 // The LED driver's attributes as files of the hardware, and the record of what is written to them.
+// The driver itself is in led_driver.h, and knows neither files nor the time.
 #pragma once
 
 #include <memory>
@@ -25,7 +26,7 @@ class LedTrace {
 
 // Adds them, named as they are called; the hardware's lock is the driver's as well. What is written
 // to them goes into the trace, once that was opened. Throws std::invalid_argument when there are
-// some already.
+// some already. count: 1 to 255.
 std::shared_ptr<LedTrace> addLeds(Hardware& hardware, size_t count);
 
 }  // namespace tarq::board

@@ -87,7 +87,8 @@ void Receiver::tell(std::vector<host::NodeState>* nodes) const {
                       host::nameOf(host::kReceiverFaults, mFault)});
 }
 
-// An absent one has the state of none.
+// An absent one has the state of none. A reader must never see half of it, so a new file is moved
+// into the place of the old one.
 void Receiver::tellState() const {
     const bool isAbsent = mFault == host::ReceiverFault::kAbsent;
     const std::string next = mBoard.directory + host::kRadio + "/next";
@@ -131,6 +132,7 @@ int Receiver::connectToListener(int32_t frequency) const {
     }
 }
 
+// A socket that nobody has open was left by a program that was killed, and tells nothing.
 std::optional<int32_t> Receiver::tunedFrequency() const {
     for (const fs::directory_entry& entry :
          fs::directory_iterator(mBoard.directory + host::kRadio)) {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/board/coprocessor/ash_reader.h"
+#include "host/board/coprocessor/ash_frame.h"
 #include "tools/tarqctl/view/frame_text.h"
 
 namespace tarq::tools {

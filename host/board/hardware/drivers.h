@@ -1,14 +1,49 @@
-// GPIO lines with the sysfs files of the kernel's GPIO class.
+// The kinds of files that drivers make of their hardware: those that only tell something, a camera,
+// and the lines of the kernel's GPIO class in sysfs.
 #pragma once
 
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "host/board/hardware/node.h"
 
 namespace tarq::board {
 
+// A text that a driver makes up, such as the touch panel's; or a property of the device tree, cells
+// or other bytes, which is set in hexadecimal.
+class Attribute : public Node {
+  public:
+    enum Kind { kText, kProperty };
+    Attribute(Kind kind, std::string bytes) : Node(0444), mKind(kind), mBytes(std::move(bytes)) {}
+
+    off_t size() const override;
+    int read(std::string* content) override;
+    void set(const std::string& value) override;
+    bool isPlain() const override { return true; }
+
+  private:
+    const Kind mKind;
+    std::string mBytes;
+};
+
+// A video sub-device: nothing can be read from it, and one request tells which sensor it has. 192
+// is the first number that V4L2 leaves to drivers (BASE_VIDIOC_PRIVATE), and the size is that of
+// the module information of the camera drivers, in which the name comes first.
+class Camera : public Node {
+  public:
+    // Throws std::invalid_argument for a name that does not fit into the answer.
+    explicit Camera(const std::string& sensor) : Node(0660) { Camera::set(sensor); }
+    int ioctl(unsigned request, void* argument) override;
+    void set(const std::string& value) override;
+
+  private:
+    std::string mSensor;
+};
+
+// One line, whether its files are there or not. An input shows the level, an output what it drives;
+// exports counts how often it was exported, which tells the lives of its files apart.
 struct GpioLine {
     bool level = false;   // what is on the line from outside
     bool output = false;  // the boot loader may have left it so
@@ -47,6 +82,8 @@ class GpioFile : public Node {
     GpioLine& mLine;
 };
 
+// in, out, or low and high, which are an output that drives this at once. A line that is told to be
+// an output drives 0, as in the kernel.
 class GpioDirection : public GpioFile {
   public:
     using GpioFile::GpioFile;

@@ -1,11 +1,48 @@
-// The kernel's rules are kept to the letter here, because the daemon's way of reading a line is
-// made of them: a line's files are there only while it is exported, numbers may be octal or
-// hexadecimal, and an output is read back as it is driven, not as the level outside is.
-#include "host/board/hardware/gpio.h"
+// What each driver answers, and with which errors it refuses. The kernel's rules for GPIO are kept
+// to the letter, because the daemon's way of reading a line is made of them: a line's files are
+// there only while it is exported, numbers may be octal or hexadecimal, and an output is read back
+// as it is driven, not as the level outside is.
+#include "host/board/hardware/drivers.h"
 
+#include <linux/ioctl.h>
 #include <stdlib.h>
+#include <string.h>
+
+#include "host/run/text.h"
 
 namespace tarq::board {
+
+off_t Attribute::size() const {
+    return mKind == kProperty ? static_cast<off_t>(mBytes.size()) : Node::size();
+}
+
+int Attribute::read(std::string* content) {
+    *content = mBytes;
+    return 0;
+}
+
+void Attribute::set(const std::string& value) {
+    const std::string why =
+            mKind == kProperty ? host::parseHex(value, &mBytes) : host::unescape(value, &mBytes);
+    if (!why.empty()) throw std::invalid_argument(why);
+}
+
+// The module information: the sensor's name at its start, zero-terminated; the rest is zero here.
+static constexpr size_t kInformationSize = 3766;
+static constexpr unsigned kGetInformation = _IOC(_IOC_READ, 'V', 192, kInformationSize);
+static_assert(kGetInformation == 0x8EB656C0);
+
+int Camera::ioctl(unsigned request, void* argument) {
+    if (request != kGetInformation) return -ENOTTY;
+    memset(argument, 0, kInformationSize);
+    memcpy(argument, mSensor.c_str(), mSensor.size());
+    return 0;
+}
+
+void Camera::set(const std::string& value) {
+    if (value.size() >= kInformationSize) throw std::invalid_argument("is too long for a name");
+    mSensor = value;
+}
 
 // The record without the one newline that echo appends and the kernel forgives.
 static std::string withoutNewline(std::string record) {
@@ -23,6 +60,8 @@ static bool parse(const std::string& record, long* number) {
     return errno == 0 && end != text.c_str() && end == text.c_str() + text.size();
 }
 
+// A line that is exported already is busy, one that is not cannot be unexported; a number that the
+// board does not have is no line at all.
 int GpioExport::write(const std::string& record) {
     long number = 0;
     if (!parse(record, &number)) return -EINVAL;
@@ -58,6 +97,7 @@ int GpioValue::read(std::string* content) {
     return 0;
 }
 
+// An input refuses (EPERM), and any number but 0 drives a 1.
 int GpioValue::write(const std::string& record) {
     if (!mLine.output) return -EPERM;
     long level = 0;
