@@ -1,14 +1,14 @@
 // The help is made from what the commands have declared, in one shape for all of them: the parser's
 // own formatter begins with the description, and leaves out the global options.
-#include "tools/tarqctl/help.h"
-
 #include <string.h>
 
+#include <CLI/App.hpp>
 #include <iomanip>
 #include <sstream>
 #include <utility>
 #include <vector>
 
+#include "tools/tarqctl/tarqctl.h"
 #include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
@@ -102,6 +102,19 @@ static void print(std::ostream& out, const std::string& title, const Rows& rows)
     }
 }
 
+namespace {
+
+class HelpFormatter : public CLI::FormatterBase {
+  public:
+    explicit HelpFormatter(bool coloured) : mColoured(coloured) {}
+
+    std::string make_help(const CLI::App* app, std::string name,
+                          CLI::AppFormatMode mode) const override;
+
+  private:
+    const bool mColoured;
+};
+
 std::string HelpFormatter::make_help(const CLI::App* app, std::string /*name*/,
                                      CLI::AppFormatMode /*mode*/) const {
     const auto title = [this](const std::string& text) {
@@ -115,6 +128,12 @@ std::string HelpFormatter::make_help(const CLI::App* app, std::string /*name*/,
     print(out, title("options"), options(*app));
     out << "\n" << title("example") << "\n  " << app->get_footer() << "\n";
     return out.str();
+}
+
+}  // namespace
+
+std::shared_ptr<CLI::FormatterBase> helpFormatter(bool coloured) {
+    return std::make_shared<HelpFormatter>(coloured);
 }
 
 }  // namespace tarq::tools

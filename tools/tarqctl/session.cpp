@@ -3,12 +3,31 @@
 #include <ctype.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <ostream>
 
 #include "host/run/text.h"
-#include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
+
+void printJson(std::ostream& out, const Json& json) {
+    // The default handler throws at text that is not UTF-8, and a command may print anything.
+    out << json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n" << std::flush;
+}
+
+int printResult(const Session& session, const Json& object, const std::string& text) {
+    if (session.json) {
+        printJson(session.out, object);
+    } else {
+        session.out << text + "\n" << std::flush;
+    }
+    return kDone;
+}
+
+int printDone(const Session& session) {
+    if (session.json) printJson(session.out, Json::object());
+    return kDone;
+}
 
 void printFailure(const Failure& failure, bool json, std::ostream& out, std::ostream& err) {
     if (json) {
@@ -31,9 +50,22 @@ std::string Session::next(const std::string& command) const {
     return "tarqctl --board " + shellQuoted(board.directory) + " " + command;
 }
 
+std::string Session::asRoot() const {
+    std::error_code unknown;
+    const std::string program = std::filesystem::read_symlink("/proc/self/exe", unknown);
+    const std::string words = next(line);
+    return "sudo " + (unknown ? "tarqctl" : shellQuoted(program)) + words.substr(words.find(' '));
+}
+
 std::string painted(const Session& session, const std::string& verdict, bool isYes) {
     if (!session.coloured) return verdict;
     return (isYes ? "\x1b[32m" : "\x1b[31m") + verdict + "\x1b[0m";
+}
+
+std::string joined(const std::vector<std::string>& words) {
+    std::string text;
+    for (size_t i = 0; i < words.size(); ++i) text += (i > 0 ? " " : "") + words[i];
+    return text;
 }
 
 std::string shellQuoted(const std::string& word) {

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <iosfwd>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -41,8 +42,9 @@ struct Session {
     bool coloured = false;  // out is a terminal that wants colours
     bool json = false;
     std::chrono::duration<double> timeout{10};
-    host::Board board = {};  // as given; never none once openBoard() has returned
-    std::string line = {};   // the command with its arguments, quoted for a shell
+    host::Board board = {};        // as given; never none once openBoard() has returned
+    std::string line = {};         // the command with its arguments, quoted for a shell
+    std::string path = "tarqctl";  // of the command: "tarqctl led play"
     std::vector<std::string> commandWords = {};  // of the command that `up` runs
 
     Failure failure(const std::string& code, const std::string& why, const std::string& hint,
@@ -51,12 +53,40 @@ struct Session {
     }
     // Tells on err what the user should know of a command that goes on, with or without --json.
     void notice(const std::string& text) const;
+
+    // ---- what to type next, for a hint ----
+
     // "tarqctl --board DIR COMMAND", to be tried next on the same board.
     std::string next(const std::string& command) const;
+    // "tarqctl led play --help": of the command that runs.
+    std::string help() const { return path + " --help"; }
+    // The same command for root: "sudo /DIR/tarqctl --board DIR COMMAND". sudo has a PATH of its
+    // own, on which a tool that somebody has built is not.
+    std::string asRoot() const;
 };
+
+// ---- output for programs: with --json, in place of the text ----
+
+// Keeps its members in the order in which they were added.
+using Json = nlohmann::ordered_json;
+
+// One line, flushed. Bytes that are not UTF-8 become U+FFFD.
+void printJson(std::ostream& out, const Json& json);
+
+// What a command has to say in the end: the object with --json, else the text as a line of its own.
+// Returns kDone, as the next one does.
+int printResult(const Session& session, const Json& object, const std::string& text);
+
+// For a command that has nothing to say but that it is done.
+int printDone(const Session& session);
+
+// ---- words ----
 
 // A yes in green or a no in red where out wants colours, else as it is.
 std::string painted(const Session& session, const std::string& verdict, bool isYes);
+
+// With a blank between two.
+std::string joined(const std::vector<std::string>& words);
 
 // The word as it is typed in a shell: as it is, or between single quotes.
 std::string shellQuoted(const std::string& word);

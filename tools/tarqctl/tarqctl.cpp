@@ -8,10 +8,8 @@
 #include <ostream>
 
 #include "host/run/text.h"
-#include "tools/tarqctl/command_line.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/help.h"
-#include "tools/tarqctl/print_json.h"
+#include "tools/tarqctl/session.h"
 #include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
@@ -28,7 +26,7 @@ void declareGlobals(CLI::App& app, Session& session, double* timeout) {
 }
 
 Run declare(CLI::App& app, Session& session, double* timeout) {
-    app.formatter(std::make_shared<HelpFormatter>(session.coloured));
+    app.formatter(helpFormatter(session.coloured));
     app.set_help_flag("-h,--help", "this text");
     app.set_version_flag("--version", TARQ_VERSION, "print the version");
     app.footer("tarqctl services");
@@ -112,6 +110,7 @@ int runCommand(const std::vector<std::string>& arguments, Session& session) {
     session.json = line.json;  // until the parser has come to it: its errors are printed so too
     session.commandWords = line.commandWords;
     session.line = line.words.empty() ? "command line" : quoted(line.words);
+    session.path = namedOn(app, line).path;
     try {
         app.parse(std::vector<std::string>(line.arguments.rbegin(), line.arguments.rend()));
     } catch (const CLI::CallForHelp& help) {

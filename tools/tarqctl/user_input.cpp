@@ -91,7 +91,7 @@ static void readFrom(const Session& session, const std::string& file,
     if (isRead) read(in);
     if (isRead && !in.bad()) return;
     throw session.failure("cannot_read", file + ": " + strerror(errno != 0 ? errno : EIO),
-                          "tarqctl " + session.line.substr(0, session.line.find(' ')) + " --help");
+                          session.help());
 }
 
 void readLines(const Session& session, const std::string& file,

@@ -26,7 +26,6 @@ static uint32_t dimmed(uint32_t colour, uint32_t brightness) {
 
 // ---- what is written and read ----
 
-// The first word of each record but those of a transfer is the LED.
 std::string LedDriver::write(const std::string& attribute, const std::string& record, int64_t now) {
     Fields fields(record);
     if (attribute == "set_color") return setColour(fields);

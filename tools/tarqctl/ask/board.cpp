@@ -8,11 +8,11 @@
 
 #include <filesystem>
 
-#include "host/run/control.h"
 #include "host/run/board.h"
+#include "host/run/control.h"
 #include "host/run/socket.h"
-#include "tools/tarqctl/ask/as_root.h"
 #include "tools/tarqctl/ask/time_limit.h"
+#include "tools/tarqctl/session.h"
 
 namespace tarq::tools {
 
@@ -74,7 +74,7 @@ static std::string cannotAsk(const Session& session, int error) {
 
 // One that may be opened but not asked is shared already, and obeys who started it.
 static std::string hintAt(const Session& session, int error) {
-    return error == EACCES ? asRoot(session) : howToStart(error);
+    return error == EACCES ? session.asRoot() : howToStart(error);
 }
 
 std::string askBoard(const Session& session, const std::vector<std::string>& words) {

@@ -8,9 +8,7 @@
 
 #include "host/run/records.h"
 #include "host/run/text.h"
-#include "tools/tarqctl/command_line.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/print_json.h"
 #include "tools/tarqctl/user_input.h"
 #include "tools/tarqctl/view/frame_printer.h"
 #include "tools/tarqctl/view/hex_text.h"
@@ -107,7 +105,7 @@ void refuseBytesAsFile(const Session& session, const Options& options) {
         if (isOne) return;
         throw session.failure("usage",
                               "one file is read, " + std::to_string(words.size()) + " were given",
-                              "tarqctl ash --help");
+                              session.help());
     }
     throw session.failure("usage", "there is no file of that name; bytes come on standard input",
                           "echo " + shellQuoted(text) + " | tarqctl ash");
@@ -120,7 +118,7 @@ int print(const Session& session, const Options& options) {
         readCharacters(session, options.file, [&capture](char c) { capture.take(c); });
         capture.finish();
     } catch (const std::invalid_argument& wrong) {
-        throw session.failure("bad_hex", options.file + ":" + wrong.what(), "tarqctl ash --help");
+        throw session.failure("bad_hex", options.file + ":" + wrong.what(), session.help());
     }
     return kDone;
 }

@@ -8,7 +8,6 @@
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/ask/led_refusals.h"
-#include "tools/tarqctl/command_line.h"
 #include "tools/tarqctl/commands/led_commands.h"
 #include "tools/tarqctl/view/effect_transfer.h"
 
@@ -19,13 +18,12 @@ using com::tarq::rgbleds::IRgbLedsService;
 using Words = std::vector<std::string>;
 
 static void throwIfRefused(const Session& session, const std::vector<host::LedRecord>& refused) {
-    const size_t command = session.line.find(' ', session.line.find(' ') + 1);
     Words lines;
     for (const host::LedRecord& record : refused) {
         lines.push_back("the driver refuses " + record.attribute + " \"" + record.text +
                         "\": " + record.whyRefused);
     }
-    throwIfAny(session, lines, "tarqctl " + session.line.substr(0, command) + " --help");
+    throwIfAny(session, lines);
 }
 
 std::optional<LedCall> askLeds(Session& session, const std::string& operation,

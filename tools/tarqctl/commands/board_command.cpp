@@ -7,7 +7,6 @@
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
 

@@ -87,8 +87,7 @@ std::string read(const Session& session, const std::string& file, Logs* logs) {
         if (file != "-" && !opened.is_open()) throw std::runtime_error(strerror(errno));
         return readLog(file == "-" ? session.in : opened, sink);
     } catch (const std::runtime_error& error) {
-        throw session.failure("cannot_read", file + ": " + error.what(),
-                              "tarqctl explain-log --help");
+        throw session.failure("cannot_read", file + ": " + error.what(), session.help());
     }
 }
 
@@ -125,7 +124,7 @@ int explainLog(Session& session, const std::string& file) {
         throw session.failure(
                 "no_request",
                 (file == "-" ? "standard input" : file) + ": " + whyNothing(logs, kind),
-                "tarqctl explain-log --help");
+                session.help());
     }
     return anyNo ? kServiceSaidNo : anyUnknown ? kCouldNotAsk : kDone;
 }

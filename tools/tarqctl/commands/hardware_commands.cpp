@@ -5,7 +5,6 @@
 #include "host/run/faults.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
 
@@ -18,7 +17,7 @@ static int tell(Session& session, const std::string& command, const Words& argum
     words.insert(words.end(), arguments.begin(), arguments.end());
     const std::string refusal = askBoard(session, words);
     if (refusal.empty()) return printDone(session);
-    throw session.failure("refused", refusal, "tarqctl " + command + " --help", kServiceSaidNo);
+    throw session.failure("refused", refusal, session.help(), kServiceSaidNo);
 }
 
 static Run declare(CLI::App& app, const std::string& command,

@@ -7,7 +7,6 @@
 #include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/match/facts.h"
-#include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
 

@@ -11,7 +11,6 @@
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/print_json.h"
 #include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
@@ -62,7 +61,7 @@ std::vector<Key> readRecord(const Session& session, const std::string& file) {
     std::vector<Key> keys;
     int number = 0;
     const auto wrong = [&](const std::string& what) {
-        return session.failure("bad_record", file + what, "tarqctl key --help");
+        return session.failure("bad_record", file + what, session.help());
     };
     readLines(session, file, [&](const std::string& line) {
         ++number;
@@ -97,7 +96,7 @@ void send(const Session& session, const Key& key, int32_t frequency, size_t sent
 int play(Session& session, const Options& options, bool hasRssi) {
     if (options.values.empty() && options.record.empty()) {
         throw session.failure("usage", "give the three values of a key, or --replay",
-                              "tarqctl key --help");
+                              session.help());
     }
     openBoard(session);
     std::vector<Key> recorded;

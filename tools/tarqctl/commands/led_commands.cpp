@@ -11,8 +11,6 @@
 
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"
-#include "tools/tarqctl/command_line.h"
-#include "tools/tarqctl/print_json.h"
 #include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {

@@ -17,7 +17,6 @@
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/led_refusals.h"
 #include "tools/tarqctl/commands/led_commands.h"
-#include "tools/tarqctl/print_json.h"
 #include "tools/tarqctl/user_input.h"
 #include "tools/tarqctl/view/effect_transfer.h"
 
@@ -26,7 +25,6 @@ namespace tarq::tools {
 namespace fs = std::filesystem;
 
 static constexpr char kFolder[] = "/vendor/etc/leds/";
-static constexpr char kHelp[] = "tarqctl led play --help";
 
 // The path for the daemon, which has another directory. A name with ".xml" may be a file here.
 static std::string fileOf(const std::string& word) {
@@ -49,8 +47,8 @@ static Failure noSuchEffect(const Session& session, const std::string& word, std
     for (const std::string& name : names) {
         why += (name == *names.begin() ? " " : ", ") + name;
     }
-    std::string hint =
-            names.empty() ? kHelp : session.next("led play " + shellQuoted(*names.begin()));
+    std::string hint = names.empty() ? session.help()
+                                     : session.next("led play " + shellQuoted(*names.begin()));
     for (const std::string& here : {word, word + ".xml"}) {
         if (!fs::is_regular_file(here, unreadable)) continue;
         why += "; " + here + " of this directory is another file";
@@ -71,14 +69,14 @@ static Failure notLoaded(const Session& session, const std::string& word, const 
                                "ls -l " + shellQuoted(deviceFile(file)), kServiceSaidNo);
     }
     if (isMissingName(word, file)) return noSuchEffect(session, word, why);
-    return session.failure("not_loaded", why, kHelp, kServiceSaidNo);
+    return session.failure("not_loaded", why, session.help(), kServiceSaidNo);
 }
 
 // With the places in the file, as far as it can be read here.
 static std::vector<std::string> placed(const Session& session, const std::string& file,
                                        const std::vector<host::LedRecord>& refused) {
     EffectTransfer sent = {file, {}, std::nullopt};
-    if (whyUnreadable(file).empty()) sent = transferEffect(session, file, kMostLeds, kHelp);
+    if (whyUnreadable(file).empty()) sent = transferEffect(session, file, kMostLeds);
     std::vector<std::string> lines;
     auto from = sent.records.begin();
     for (const host::LedRecord& record : refused) {
@@ -121,7 +119,7 @@ static int play(Session& session, const std::string& word, const std::string& fi
     const auto isTransfer = [](const host::LedRecord& record) {
         return record.attribute.rfind("xml_effect_trans_", 0) == 0;
     };
-    throwIfAny(session, placed(session, file, refusals.find(isTransfer)), kHelp);
+    throwIfAny(session, placed(session, file, refusals.find(isTransfer)));
     return printDone(session);
 }
 
@@ -146,7 +144,7 @@ static void printJson(const Session& session, const EffectRecord& record) {
 static int playDry(Session& session, const std::string& word, const std::string& file) {
     const std::optional<size_t> leds = findLeds(session, file);
     if (isMissingName(word, file)) throw noSuchEffect(session, word, whyUnreadable(file));
-    const EffectTransfer transfer = transferEffect(session, file, leds.value_or(kMostLeds), kHelp);
+    const EffectTransfer transfer = transferEffect(session, file, leds.value_or(kMostLeds));
     if (!leds) {
         session.notice("no board tells how many LEDs there are; LEDs 0 to " +
                        std::to_string(kMostLeds - 1) + " are taken to be there");

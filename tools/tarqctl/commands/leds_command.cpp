@@ -14,7 +14,6 @@
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/interrupt.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/print_json.h"
 #include "tools/tarqctl/view/draw_effect.h"
 #include "tools/tarqctl/view/leds.h"
 

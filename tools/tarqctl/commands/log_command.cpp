@@ -8,7 +8,6 @@
 #include "tools/tarqctl/ask/follow.h"
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/log/log_line.h"
-#include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
 

@@ -118,8 +118,7 @@ bool printNotes(const Session& session, const Answer& answer) {
 int match(Session& session, const Options& options) {
     const bool hasFile = !options.file.empty();
     if (!hasFile && options.items.empty()) {
-        throw session.failure("usage", "give the items of the package, or --file",
-                              "tarqctl match --help");
+        throw session.failure("usage", "give the items of the package, or --file", session.help());
     }
     const PackageList list =
             hasFile ? readList(session, options.file) : PackageList{options.items, {}};

@@ -10,10 +10,8 @@
 #include <map>
 #include <ostream>
 
-#include "tools/tarqctl/ask/as_root.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
 
@@ -94,10 +92,10 @@ static Setting set(const std::string& name, const std::string& value) {
 static std::string hintAfterRefusal(const Session& session, const std::string& name) {
     const std::string directory = session.board.properties();
     if (access(directory.c_str(), W_OK) != 0 && errno == EACCES) {
-        return asRoot(session);
+        return session.asRoot();
     }
     const bool isSet = !get(name, "").empty();
-    return isSet ? session.next("getprop " + shellQuoted(name)) : "tarqctl setprop --help";
+    return isSet ? session.next("getprop " + shellQuoted(name)) : session.help();
 }
 
 Run declareSetprop(CLI::App& app) {

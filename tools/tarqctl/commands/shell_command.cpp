@@ -6,10 +6,8 @@
 #include <CLI/App.hpp>
 #include <ostream>
 
-#include "tools/tarqctl/ask/as_root.h"
 #include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/print_json.h"
 #include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
@@ -41,7 +39,7 @@ void expectPermission(const Session& session, const Status& status) {
     if (uid != 0 && uid != kSystemUid) {
         throw session.failure("refused",
                               "uid " + std::to_string(uid) + " is neither root nor system",
-                              asRoot(session), kServiceSaidNo);
+                              session.asRoot(), kServiceSaidNo);
     }
     throw session.failure("refused", "the daemon could not start the command", session.next("log"),
                           kServiceSaidNo);

@@ -10,9 +10,7 @@
 #include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/ask/known_services.h"
 #include "tools/tarqctl/ask/stopped.h"
-#include "tools/tarqctl/command_line.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
 

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "tools/tarqctl/match/facts.h"
-#include "tools/tarqctl/print_json.h"
 #include "tools/tarqctl/session.h"
 
 namespace tarq::tools {

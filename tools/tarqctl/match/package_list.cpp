@@ -17,10 +17,10 @@ std::string whyNoItem(const std::string& line) {
 }
 
 // How to take away what is wrong with the encoding of a file.
-std::string howToMend(const std::string& file, const std::string& line) {
+std::string howToMend(const Session& session, const std::string& file, const std::string& line) {
     const bool is8 = line.rfind(kByteOrderMark, 0) == 0;
     const bool is16 = !is8 && whyNoItem(line) == "it is UTF-16";
-    if (file == "-" || (!is8 && !is16)) return "tarqctl match --help";
+    if (file == "-" || (!is8 && !is16)) return session.help();
     if (is8) return "sed -i 's/^\\xef\\xbb\\xbf//' " + shellQuoted(file);
     return "iconv -f UTF-16 -t UTF-8 " + shellQuoted(file) + " | tarqctl match --file -";
 }
@@ -43,7 +43,7 @@ PackageList readList(const Session& session, const std::string& file) {
         if (isBlank || line[0] == '#') return;
         const std::string why = whyNoItem(line);
         if (!why.empty()) {
-            throw session.failure("bad_item", place + ": " + why, howToMend(file, line));
+            throw session.failure("bad_item", place + ": " + why, howToMend(session, file, line));
         }
         list.items.push_back(line);
         list.places.push_back(place);

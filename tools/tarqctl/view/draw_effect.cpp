@@ -16,8 +16,6 @@
 
 namespace tarq::tools {
 
-static const char kHint[] = "tarqctl leds --help";
-
 struct Drawn {
     board::LedEffect effect;
     size_t leds;
@@ -26,14 +24,14 @@ struct Drawn {
 
 static Drawn effectOf(Session& session, const std::string& file) {
     const std::optional<size_t> leds = findLeds(session, file);
-    const EffectTransfer transfer = transferEffect(session, file, leds.value_or(kMostLeds), kHint);
+    const EffectTransfer transfer = transferEffect(session, file, leds.value_or(kMostLeds));
     std::vector<std::string> refusals;
     for (const EffectRecord& record : transfer.records) {
         const std::string trouble = transfer.trouble(record);
         if (!record.whyRefused.empty()) refusals.push_back(trouble);
         if (record.attribute.empty()) session.notice(trouble);
     }
-    throwIfAny(session, refusals, kHint);
+    throwIfAny(session, refusals);
     const std::string name = std::filesystem::path(file).filename();
     Drawn drawn = {*transfer.effect, leds.value_or(1), name.substr(0, 40)};
     if (leds) return drawn;
@@ -51,7 +49,7 @@ static Drawn whatPlays(Session& session) {
     const board::LedEffect* effect = replay.driver().effect();
     if (effect != nullptr) return {*effect, replay.leds(), "What runs"};
     throw session.failure("no_effect", "no effect runs; --effect FILE draws one that does not",
-                          kHint);
+                          session.help());
 }
 
 static std::string gifOf(const Session& session, const Drawn& drawn) {
@@ -70,7 +68,7 @@ void drawEffect(Session& session, const std::string& effectFile, const std::stri
     std::ofstream out(gifFile, std::ios::binary);
     out << bytes;
     if (out.flush()) return;
-    throw session.failure("cannot_write", gifFile + ": " + strerror(errno), kHint);
+    throw session.failure("cannot_write", gifFile + ": " + strerror(errno), session.help());
 }
 
 }  // namespace tarq::tools

@@ -23,8 +23,7 @@ std::string whyUnreadable(const std::string& file) {
     return error.cause.empty() ? "" : error.describe(file);
 }
 
-static std::vector<EffectItem> readItems(const Session& session, const std::string& path,
-                                         const std::string& hint) {
+static std::vector<EffectItem> readItems(const Session& session, const std::string& path) {
     std::string why = whyUnreadable(path);
     std::vector<EffectItem> items;
     if (why.empty()) {
@@ -33,7 +32,7 @@ static std::vector<EffectItem> readItems(const Session& session, const std::stri
         if (file != nullptr && readEffect(file.get(), &items)) return items;
         why = path + ": it has changed meanwhile";
     }
-    throw session.failure("not_loaded", why + "; the daemon would send nothing", hint,
+    throw session.failure("not_loaded", why + "; the daemon would send nothing", session.help(),
                           kServiceSaidNo);
 }
 
@@ -51,10 +50,9 @@ static EffectRecord recordOf(const EffectItem& item) {
     return {};
 }
 
-EffectTransfer transferEffect(const Session& session, const std::string& file, size_t leds,
-                              const std::string& hint) {
+EffectTransfer transferEffect(const Session& session, const std::string& file, size_t leds) {
     EffectTransfer transfer = {file, {{kTransferState, "1"}}, std::nullopt};
-    for (const EffectItem& item : readItems(session, file, hint)) {
+    for (const EffectItem& item : readItems(session, file)) {
         transfer.records.push_back(recordOf(item));
     }
     transfer.records.push_back({kTransferState, "0"});
@@ -91,11 +89,10 @@ std::optional<size_t> findLeds(Session& session, const std::string& file) {
     return line.leds;
 }
 
-void throwIfAny(const Session& session, const std::vector<std::string>& refusals,
-                const std::string& hint) {
+void throwIfAny(const Session& session, const std::vector<std::string>& refusals) {
     if (refusals.empty()) return;
     for (size_t i = 0; i + 1 < refusals.size(); ++i) session.notice(refusals[i]);
-    throw session.failure("refused", refusals.back(), hint, kServiceSaidNo);
+    throw session.failure("refused", refusals.back(), session.help(), kServiceSaidNo);
 }
 
 }  // namespace tarq::tools

@@ -29,10 +29,9 @@ struct EffectTransfer {
 };
 
 // Reads it, a path of the device or any other, with the daemon's reader, and writes it to a driver
-// of so many LEDs. Throws a Failure with the hint when the daemon would send nothing, as it cannot
+// of so many LEDs. Throws a Failure when the daemon would send nothing, as it cannot
 // be read: no such file, not readable and no XML are told apart.
-EffectTransfer transferEffect(const Session& session, const std::string& file, size_t leds,
-                              const std::string& hint);
+EffectTransfer transferEffect(const Session& session, const std::string& file, size_t leds);
 
 // Opens the board, and tells how many LEDs it has; nothing where that is not known. A file that is
 // none of the device needs no board.
@@ -43,7 +42,6 @@ constexpr size_t kMostLeds = 255;  // that a board has
 std::string whyUnreadable(const std::string& file);
 
 // Each one on err; the last one is the Failure that is thrown, if there is any.
-void throwIfAny(const Session& session, const std::vector<std::string>& refusals,
-                const std::string& hint);
+void throwIfAny(const Session& session, const std::vector<std::string>& refusals);
 
 }  // namespace tarq::tools

@@ -8,7 +8,7 @@
 #include <ostream>
 
 #include "host/board/coprocessor/ezsp.h"
-#include "tools/tarqctl/print_json.h"
+#include "tools/tarqctl/session.h"
 
 namespace tarq::tools {
 
