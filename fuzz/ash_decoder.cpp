@@ -5,7 +5,7 @@
 #include <stdint.h>
 
 #include "host/board/coprocessor/ash_frame.h"
-#include "tools/tarqctl/view/frame_text.h"
+#include "tools/tarqctl/view/frames.h"
 
 using namespace tarq::board::ash;
 using tarq::tools::textOf;

@@ -3,7 +3,7 @@
 
 #include "host/board/coprocessor/ash_frame.h"
 #include "host/board/coprocessor/ezsp.h"
-#include "tools/tarqctl/view/frame_text.h"
+#include "tools/tarqctl/view/frames.h"
 #include "tools/tarqctl/view/hex_text.h"
 
 using namespace tarq::board::ash;

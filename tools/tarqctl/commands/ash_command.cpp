@@ -10,7 +10,7 @@
 #include "host/run/text.h"
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/user_input.h"
-#include "tools/tarqctl/view/frame_printer.h"
+#include "tools/tarqctl/view/frames.h"
 #include "tools/tarqctl/view/hex_text.h"
 
 namespace tarq::tools {

@@ -14,7 +14,7 @@
 #include "tools/tarqctl/log/log_source.h"
 #include "tools/tarqctl/log/saved_log.h"
 #include "tools/tarqctl/match/explanation.h"
-#include "tools/tarqctl/match/log.h"
+#include "tools/tarqctl/match/match_log.h"
 
 namespace tarq::tools {
 

@@ -5,7 +5,7 @@
 
 #include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/log/led_log.h"
+#include "tools/tarqctl/log/led_outcome.h"
 
 namespace tarq::tools {
 

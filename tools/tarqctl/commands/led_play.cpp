@@ -15,8 +15,8 @@
 #include "host/run/file_systems.h"
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"
-#include "tools/tarqctl/ask/led_refusals.h"
 #include "tools/tarqctl/commands/led_commands.h"
+#include "tools/tarqctl/log/led_outcome.h"
 #include "tools/tarqctl/user_input.h"
 #include "tools/tarqctl/view/effect_transfer.h"
 

@@ -14,7 +14,7 @@
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/interrupt.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/view/draw_effect.h"
+#include "tools/tarqctl/view/effect_picture.h"
 #include "tools/tarqctl/view/leds.h"
 
 namespace tarq::tools {

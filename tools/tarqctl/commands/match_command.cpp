@@ -13,10 +13,10 @@
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/match/asked_hardware.h"
 #include "tools/tarqctl/match/explanation.h"
-#include "tools/tarqctl/match/log.h"
+#include "tools/tarqctl/match/match_log.h"
 #include "tools/tarqctl/match/package_list.h"
+#include "tools/tarqctl/match/silent_probes.h"
 #include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
@@ -75,7 +75,7 @@ void explainAnswer(const Daemon& daemon, const host::Board& board, host::Growing
     if (full != 0) why = path + ": " + strerror(full);
     answer->explanation = verdictAlone(daemon, items, why);
     answer->silent = {};  // any may be
-    if (!answer->fits) answer->silent = {{"tp", "lcd", "internal_camera"}, true};
+    if (!answer->fits) answer->silent = {{kTouchPanel, kDisplay, kCamera}, true};
 }
 
 // The call returns when all that it logs has been written.

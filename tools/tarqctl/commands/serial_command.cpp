@@ -6,7 +6,7 @@
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/follow.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/view/frame_printer.h"
+#include "tools/tarqctl/view/frames.h"
 
 namespace tarq::tools {
 

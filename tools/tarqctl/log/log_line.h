@@ -1,8 +1,10 @@
-// Lines of the log, as `logcat -v threadtime` writes them.
+// Lines of the log, as `logcat -v threadtime` writes them, and texts in them by the pattern with
+// which the daemon's printf made them.
 #pragma once
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tarq::tools {
 
@@ -20,5 +22,13 @@ std::optional<LogLine> parseLogLine(const std::string& line);
 
 // The escape sequence that the log itself uses for the priority; empty for the terminal's colour.
 const char* colourOf(char priority);
+
+// The arguments if the text was printed with the pattern, each as short as it can be. The pattern's
+// conversions are %s, %d, %u and %x, with or without a length such as z.
+std::optional<std::vector<std::string>> printedArguments(const char* pattern,
+                                                         const std::string& text);
+
+// The lines that the log makes of a text: it cuts a long one and begins a line behind a newline.
+std::vector<std::string> asLogged(const std::string& text);
 
 }  // namespace tarq::tools

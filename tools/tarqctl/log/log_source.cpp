@@ -18,7 +18,6 @@
 #include <utility>
 
 #include "host/run/text.h"
-#include "tools/tarqctl/log/log_text.h"
 
 namespace tarq::tools {
 

@@ -5,7 +5,10 @@
 
 #include <functional>
 #include <istream>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 
 namespace tarq::tools {
 
@@ -24,5 +27,46 @@ constexpr uint64_t kMaxUnpacked = uint64_t{1} << 30;  // bytes, of all that is p
 // a pipe. Returns what the input seems to be, such as "empty", for who finds no log in it. Throws
 // std::runtime_error when it cannot be read, is damaged, or unpacks to more than the limit.
 std::string readLog(std::istream& in, const LogSink& sink, uint64_t maxUnpacked = kMaxUnpacked);
+
+// Takes UTF-16 in pieces of any size. Half a pair becomes U+FFFD.
+class Utf16 {
+  public:
+    explicit Utf16(bool bigEndian) : mFirstShift(bigEndian ? 8 : 0) {}
+
+    // Of these bytes, what is complete by now.
+    std::string decode(std::string_view bytes);
+
+  private:
+    void take(uint32_t unit, std::string* text);
+
+    const int mFirstShift;  // of the first byte of a unit
+    bool mHasHalf = false;
+    uint32_t mHalf = 0;
+    uint32_t mHigh = 0;  // the first half of a pair that waits for the second
+};
+
+// Hands over the lines of a text that comes in pieces: a mark at its start tells UTF-16, and is
+// left away. A very long line is cut.
+class LogText {
+  public:
+    using TakeLine = std::function<void(const std::string&)>;
+    explicit LogText(TakeLine take) : mTake(std::move(take)) {}
+
+    void put(std::string_view bytes);
+    void finish();
+
+  private:
+    void begin();
+    void pass(std::string_view bytes);
+    void cut(std::string_view text);
+    void finishLine();
+
+    const TakeLine mTake;
+    bool mBegun = false;
+    std::string mStart;
+    std::optional<Utf16> mUtf16;
+    std::string mLine;
+    std::optional<bool> mHasCr;  // at the end of the first line
+};
 
 }  // namespace tarq::tools

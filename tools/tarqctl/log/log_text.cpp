@@ -1,6 +1,6 @@
 // The first bytes tell the encoding, so they are kept until there are three. From then on nothing
 // is kept but half a character and the line that has not ended.
-#include "tools/tarqctl/log/log_text.h"
+#include "tools/tarqctl/log/log_source.h"
 
 #include <algorithm>
 

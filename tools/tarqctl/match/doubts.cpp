@@ -89,7 +89,7 @@ std::vector<Doubt> doubtsAbout(const std::vector<std::string>& items,
         const auto part = std::find_if(board.begin(), board.end(),
                                        [&item](const Item& p) { return p.name == item.name; });
         if (part != board.end()) {
-            if (part->value != "null" && items[i].size() <= kMaxItemLength) {
+            if (part->value != kNoPart && items[i].size() <= kMaxItemLength) {
                 addInnerWords(*part, item, i, &doubts);
             }
         } else if (!board.empty() && item.name != kOverlayId) {

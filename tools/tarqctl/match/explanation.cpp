@@ -52,7 +52,7 @@ bool endedWith(Fact fact, const FallbackFinding& fallback) {
 size_t partCount(const MatchRequest& request) {
     return static_cast<size_t>(
             std::count_if(request.board.begin(), request.board.end(),
-                          [](const Item& part) { return part.value != "null"; }));
+                          [](const Item& part) { return part.value != kNoPart; }));
 }
 
 std::string partsClause(const MatchRequest& request) {
@@ -66,7 +66,7 @@ std::string partsClause(const MatchRequest& request) {
 
 // Whether a list says nothing of the overlay id that the board has.
 bool lacksOverlay(const MatchRequest& request) {
-    return request.overlayId != "-1" && findingOf(request, kOverlayId) == nullptr;
+    return request.overlayId != kNoOverlay && findingOf(request, kOverlayId) == nullptr;
 }
 
 std::string sentenceFor(const MatchRequest& request) {
@@ -155,26 +155,6 @@ Explanation explain(const MatchRequest& request) {
                                       " seem to have different units, such as s and ms"});
     }
     return explanation;
-}
-
-void withhold(const SilentProbes& silent, const std::string& why, Explanation* explanation) {
-    std::string names;
-    for (const std::string& part : silent.parts) names += (names.empty() ? "" : ", ") + part;
-    const std::string cause = "could not ask what is fitted as " + names + ": " + why;
-    if (silent.decide) {
-        const std::string& service = explanation->service.value_or("");
-        explanation->sentence =
-                cause + "; the service says " + service + ": " + explanation->sentence;
-        explanation->verdict = "unknown";
-    } else {
-        explanation->sentence += "; " + cause + ", so that counts as no";
-    }
-    for (ExplainedRow& row : explanation->rows) {
-        const bool isSilent = std::count(silent.parts.begin(), silent.parts.end(), row.name) > 0;
-        if (!isSilent || row.verdict != Verdict::kMisfit) continue;
-        row.verdict = Verdict::kUnknown;
-        row.better.clear();
-    }
 }
 
 }  // namespace tarq::tools

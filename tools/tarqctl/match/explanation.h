@@ -52,9 +52,6 @@ std::vector<ExplainedRow> explainedRows(const MatchRequest& request);
 std::vector<Doubt> doubtsAbout(const std::vector<std::string>& items,
                                const std::vector<Item>& board);
 
-// Takes back what rests on silent probes whose hardware could not be asked: why.
-void withhold(const SilentProbes& silent, const std::string& why, Explanation* explanation);
-
 // For people: the verdict, the table, and what would make it fit.
 std::string asText(const Explanation& explanation);
 // The same with a yes or no that is painted.

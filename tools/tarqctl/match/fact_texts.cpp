@@ -2,7 +2,7 @@
 // same. A pattern leaves out the end of a text where that tells nothing more.
 #include "tools/tarqctl/match/fact_texts.h"
 
-#include "tools/tarqctl/log/log_pattern.h"
+#include "tools/tarqctl/log/log_line.h"
 
 namespace tarq::tools {
 

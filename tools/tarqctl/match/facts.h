@@ -12,7 +12,14 @@
 
 namespace tarq::tools {
 
+// Words of the daemon's lists.
 constexpr char kOverlayId[] = "overlay_id";  // the item that names no part
+constexpr char kNoPart[] = "null";           // the value of a part that is not there
+constexpr char kNoOverlay[] = "-1";          // the overlay id of a board that has none
+// The parts of which a probe asks the hardware itself.
+constexpr char kTouchPanel[] = "tp";
+constexpr char kDisplay[] = "lcd";
+constexpr char kCamera[] = "internal_camera";
 
 // name:value, as the daemon reads it: split at the first colon, else all name.
 struct Item {
@@ -71,8 +78,8 @@ struct MatchRequest {
     bool listIsKnown = false;         // from its sender: none of its items can be missing
     // The next three are empty unless both the list and the board were told whole.
     std::vector<ItemFinding> items = {};
-    std::vector<Item> board = {};  // the parts, "null" where it has none
-    std::string overlayId = {};    // "-1" for none
+    std::vector<Item> board = {};  // all parts, kNoPart where it has none
+    std::string overlayId = {};    // or kNoOverlay
     bool itemsDone = false;        // all were examined
     // Requests at the same time write the same states: the daemon found another state than this
     // request's items had left.
@@ -84,6 +91,14 @@ struct MatchRequest {
 // nothing more.
 void readFacts(const FactLines& facts, bool isLast, MatchRequest* request);
 
+// What the hardware itself told of the part that an item is about, from the lines of its probe and
+// its result. Throws Outcome::kBroken where they contradict each other, or the list and the board.
+ProbeFinding probeFinding(const Item& part, const ItemFinding& finding, const FactLines& probing,
+                          bool match);
+
+// Throws Outcome::kBroken unless it holds.
+void require(bool holds);
+
 // Whether the item supports the board's part, or includes its overlay id.
 bool fits(const ItemFinding& finding);
 
@@ -92,14 +107,6 @@ const Item* partOf(const MatchRequest& request, const std::string& name);
 
 // What the last item of that name came to; null when there is none.
 const ItemFinding* findingOf(const MatchRequest& request, const std::string& name);
-
-// What was made of probes that told nothing. It is a guess unless the hardware was there to be
-// asked.
-struct SilentProbes {
-    std::vector<std::string> parts = {};
-    bool decide = false;  // without them the answer may be another one
-};
-SilentProbes silentProbes(const MatchRequest& request);
 
 // The parts that the board has, whatever the package names, which do not fit.
 std::vector<const Item*> misfits(const MatchRequest& request);

@@ -52,7 +52,7 @@ std::string itemWith(const std::string& name, const std::string& value, const Te
                      size_t maxSize) {
     std::string addition;
     for (const std::string& text : added) addition += (addition.empty() ? "" : ",") + text;
-    const bool replaced = value.empty() || value == "null";
+    const bool replaced = value.empty() || value == kNoPart;
     const std::string item = name + ":" + (replaced ? "" : value + ",") + addition;
     return item.size() <= maxSize ? item : name + ":" + addition;
 }
@@ -82,7 +82,7 @@ Verdict notSeen(const MatchRequest& request) {
 ExplainedRow overlayRow(const MatchRequest& request, const ItemFinding& finding) {
     const std::string& ids = finding.item.value;
     ExplainedRow row = {kOverlayId, request.overlayId, ids, notSeen(request), ""};
-    if (request.overlayId == "-1") row.board.reset();
+    if (request.overlayId == kNoOverlay) row.board.reset();
     if (!finding.examined) return row;
     if (!finding.overlayFits) {
         row.verdict = Verdict::kIgnored;
@@ -142,10 +142,10 @@ std::vector<ExplainedRow> explainedRows(const MatchRequest& request) {
     }
     for (const Item& part : request.board) {
         const ItemFinding* finding = findingOf(request, part.name);
-        if (part.value != "null") {
+        if (part.value != kNoPart) {
             rows.push_back(partRow(request, part, finding));
         } else if (finding != nullptr) {
-            const bool isNeither = finding->item.value == "null";
+            const bool isNeither = finding->item.value == kNoPart;
             rows.push_back(
                     ignoredRow(request, *finding,
                                isNeither ? "neither has one" : "the board lists no " + part.name));

@@ -1,6 +1,5 @@
 // The picture is what the board's driver shows: a file is read by the daemon's reader and handed to
 // a driver as the daemon hands it on, whose effect is then sampled frame by frame.
-#include "tools/tarqctl/view/draw_effect.h"
 
 #include <errno.h>
 #include <string.h>

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "host/board/leds/led_effect.h"
+#include "tools/tarqctl/session.h"
 
 namespace tarq::tools {
 
@@ -68,5 +69,12 @@ class EffectPicture {
     std::vector<Light> mLights;           // by pixel
     std::vector<uint8_t> mStanding;       // the pixels without any light
 };
+
+// ---- the whole of it, for a command ----
+
+// Draws the effect of the file, or without one the effect that the board plays, into a moving GIF.
+// Without a board the LEDs that the file names are drawn. What is left out and what the picture
+// lacks is noticed. Throws a Failure when the driver does not take all of it.
+void drawEffect(Session& session, const std::string& effectFile, const std::string& gifFile);
 
 }  // namespace tarq::tools

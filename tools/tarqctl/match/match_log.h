@@ -5,12 +5,12 @@
 #include <utility>
 
 #include "tools/tarqctl/log/log_line.h"
-#include "tools/tarqctl/match/facts.h"
+#include "tools/tarqctl/match/request_span.h"
 
 namespace tarq::tools {
 
 // Takes the lines of a log, of any number of daemons and threads, from any place on. Lines with
-// other tags are not kept.
+// other tags are not kept, nor are those of another shape.
 class MatchLog {
   public:
     void add(const LogLine& line);
@@ -25,26 +25,18 @@ class MatchLog {
     // their items. For who has sent them himself, and sees the log whole.
     std::vector<MatchRequest> with(const std::vector<std::string>& items) const;
 
-    struct Line {
-        size_t number;  // its place in the whole log
-        std::string time;
-        std::string text;
-        std::optional<FactLine> fact;
-    };
-    using Lines = std::vector<Line>;
-
   private:
     // What a thread has logged without a gap that is known of.
     struct Stretch {
         std::string dropped = {};  // what is missing in front of it: "12 lines"
-        Lines lines = {};
+        RequestLines lines = {};
     };
     using Requests = std::map<size_t, MatchRequest>;  // by the number of the first line
 
     std::vector<MatchRequest> read(const std::vector<std::string>* items) const;
     static Requests readThread(const std::vector<Stretch>& stretches,
                                const std::vector<std::string>* items);
-    static void readStretch(const Lines& lines, const std::vector<std::string>* items,
+    static void readStretch(const RequestLines& lines, const std::vector<std::string>* items,
                             bool isDoubtful, Requests* requests);
 
     size_t mLines = 0;

@@ -1,13 +1,17 @@
-// What the LED service writes into the daemon's log while it answers a call: the only place in the
-// tools that knows those texts.
+// What became of a call of the LED service, beyond its answer: what the service writes into the
+// daemon's log meanwhile, and what the board's LED driver did not take. This is the only place in
+// the tools that knows those texts of the log.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "host/run/growing_file.h"
+#include "host/run/records.h"
 
 namespace tarq::tools {
 
@@ -31,6 +35,21 @@ class LedLog {
 
   private:
     host::GrowingFile mFile;
+};
+
+// Follows the records of the board from the moment on at which it is made. A board that has none,
+// as on plain files, tells of no refusal.
+class LedRefusals {
+  public:
+    explicit LedRefusals(const std::string& records);
+
+    // The records that were refused since then and that the caller takes for its own, others may
+    // write as well. Call it after the call to the daemon: the driver had all before the answer.
+    using IsOurs = std::function<bool(const host::LedRecord&)>;
+    std::vector<host::LedRecord> find(const IsOurs& isOurs);
+
+  private:
+    host::GrowingFile mRecords;
 };
 
 }  // namespace tarq::tools

@@ -1,13 +1,13 @@
 // The LED service answers "done" also where an attribute could not be opened, and a file that it
 // cannot read costs it nothing; only its log tells. Each operation ends with a line that repeats
-// its arguments, and what went wrong stands before that line on the same thread.
-#include "tools/tarqctl/log/led_log.h"
+// its arguments, and what went wrong stands before that line on the same thread. What the driver
+// refuses is not even in the log, but in the records of the board.
+#include "tools/tarqctl/log/led_outcome.h"
 
 #include <algorithm>
 
 #include "rgbleds/led_attributes.h"
 #include "tools/tarqctl/log/log_line.h"
-#include "tools/tarqctl/log/log_pattern.h"
 
 namespace tarq::tools {
 
@@ -68,6 +68,20 @@ std::optional<LedCall> LedLog::find(const std::string& operation, const Argument
         }
     });
     return found;
+}
+
+LedRefusals::LedRefusals(const std::string& records) : mRecords(records) {
+    mRecords.skip();
+}
+
+std::vector<host::LedRecord> LedRefusals::find(const IsOurs& isOurs) {
+    std::vector<host::LedRecord> refused;
+    mRecords.read([&](const std::string& line) {
+        host::LedLine parsed;
+        if (!host::parseLedLine(line, &parsed) || parsed.record.whyRefused.empty()) return;
+        if (isOurs(parsed.record)) refused.push_back(parsed.record);
+    });
+    return refused;
 }
 
 }  // namespace tarq::tools

@@ -1,14 +1,32 @@
-// Printing the frames of a serial line while its bytes come.
+// The frames of a serial line as people and programs read them, printed while its bytes come.
 #pragma once
+
+#include <stdint.h>
 
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "host/board/coprocessor/ash_frame.h"
-#include "tools/tarqctl/view/frame_text.h"
+#include "tools/tarqctl/session.h"
 
 namespace tarq::tools {
+
+// When and from whom a frame came, as far as that is known.
+struct FrameOrigin {
+    std::string sender;              // "host" or "coprocessor"
+    std::optional<int64_t> ms = {};  // CLOCK_MONOTONIC
+    std::string time = {};           // the same moment as the log tells it, or ""
+};
+
+// Without its newline: "DATA frame 0 ack 0  EZSP 00 version, wants 7", or of a damaged one
+// "skipped 4 bytes, cancelled: 00 ff 55 aa".
+std::string textOf(const board::ash::Frame& frame);
+
+// A line: "01-02 08:14:03.120 host         RST", without an origin, which is not known of pasted
+// bytes, the frame alone; or with --json an object.
+void printFrame(const Session& session, const board::ash::Frame& frame,
+                const std::optional<FrameOrigin>& origin);
 
 // Each sender has a reader of its own, so that what both send at once does not get mixed; and so
 // has what came from nobody knows whom.

@@ -1,0 +1,169 @@
+// A thread answers one request after the other, so its lines are kept by thread, and cut where the
+// device says that it has dropped some. What lies before and behind such a gap cannot be one
+// request; where threads are not told apart, neighbours may have got into each other. Both make
+// what is certain uncertain, never the other way round.
+#include "tools/tarqctl/match/match_log.h"
+
+#include <string.h>
+
+#include <algorithm>
+#include <tuple>
+
+#include "hardware_info/peripheral_table.h"
+
+namespace tarq::tools {
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+// The daemon tells of an item without a colon, such as the line with which a board begins. What the
+// thread seems to have answered before may then be that list.
+bool tellsOfBoardInList(const RequestLine& line) {
+    if (!tells(line, Fact::kItemWithoutColon)) return false;
+    const std::optional<FactLine> item = factIn(line.fact->arguments[0]);
+    return item && item->fact == Fact::kBoardBegins;
+}
+
+// A line that only a request has, behind its beginning. The start of the daemon has the board and
+// its overlay id as well, and who asks for the hardware has the probes.
+bool isInsideRequest(const RequestLine& line) {
+    if (!line.fact) return false;
+    const Fact fact = line.fact->fact;
+    const bool isOfStart = fact == Fact::kBoardBegins || fact == Fact::kBoardsOverlayId ||
+                           fact == Fact::kBoardEnds || fact == Fact::kOverlayResult;
+    return fact > Fact::kListFollows && !isOfStart && !isOfProbe(fact);
+}
+
+// What the device says where it has dropped lines of a thread, in that thread's name: "uid=1000
+// expire 12 lines", or "identical 3 lines". Nothing for another text.
+std::string droppedBy(const LogLine& line) {
+    if (line.tag != "chatty") return "";
+    for (const char* verb : {" expire ", " identical "}) {
+        const size_t begin = line.text.rfind(verb);
+        if (begin != std::string::npos) return line.text.substr(begin + strlen(verb));
+    }
+    return "";
+}
+
+// A thread's log ends before a gap. What was read to the end is not proved, but for a no, which has
+// a last line of its own.
+void endAtGap(const std::string& dropped, MatchRequest* request) {
+    if (request->outcome != Outcome::kYes && request->outcome != Outcome::kCutOff) return;
+    if (!request->skippedBecause.empty()) return;
+    request->outcome = Outcome::kPruned;
+    request->dropped = dropped;
+}
+
+bool isMixedUp(const MatchRequest& request) {
+    return request.outcome == Outcome::kBroken || request.outcome == Outcome::kNotExplained ||
+           request.disturbed;
+}
+
+// Where threads are not told apart, what one request leaves over stands in the next one. So none
+// beside one that is not right is certain.
+void doubtMixed(std::map<size_t, MatchRequest>* requests) {
+    std::vector<MatchRequest*> inOrder;
+    for (auto& [number, request] : *requests) inOrder.push_back(&request);
+    std::vector<bool> mixedUp;
+    for (const MatchRequest* request : inOrder) mixedUp.push_back(isMixedUp(*request));
+    for (size_t i = 0; i < inOrder.size(); ++i) {
+        const bool isBeside =
+                (i > 0 && mixedUp[i - 1]) || (i + 1 < inOrder.size() && mixedUp[i + 1]);
+        if (!mixedUp[i] && !isBeside) continue;
+        MatchRequest mixed = unknownRequest(Outcome::kMixed);
+        mixed.time = inOrder[i]->time;
+        *inOrder[i] = mixed;
+    }
+}
+
+}  // namespace
+
+void MatchLog::add(const LogLine& line) {
+    const size_t number = mLines++;
+    const std::string dropped = droppedBy(line);
+    if (dropped.empty() && line.tag != kLogTag) return;
+    std::vector<Stretch>& stretches = mThreads[{line.pid, line.tid}];
+    if (stretches.empty() || !dropped.empty()) stretches.push_back({dropped});
+    if (!dropped.empty()) return;
+    stretches.back().lines.push_back({number, line.time, line.text, factIn(line.text)});
+}
+
+void MatchLog::add(const std::string& line) {
+    if (const std::optional<LogLine> parsed = parseLogLine(line)) add(*parsed);
+}
+
+std::vector<MatchRequest> MatchLog::all() const {
+    return read(nullptr);
+}
+
+std::vector<MatchRequest> MatchLog::with(const Texts& items) const {
+    const std::vector<MatchRequest> requests = read(&items);
+    std::vector<MatchRequest> compared;
+    for (const MatchRequest& request : requests) {
+        if (request.skippedBecause.empty()) compared.push_back(request);
+    }
+    return compared.empty() ? requests : compared;
+}
+
+void MatchLog::readStretch(const RequestLines& lines, const Texts* items, bool isDoubtful,
+                           Requests* requests) {
+    const auto told = std::find_if(lines.rbegin(), lines.rend(), tellsOfBoardInList);
+    const auto doubtful = items != nullptr ? 0 : static_cast<size_t>(lines.rend() - told);
+    for (size_t i = 0; i < lines.size();) {
+        const size_t start = i;
+        const std::optional<RequestSpan> span = spanAt(lines, start, items);
+        i = span ? span->end : start + 1;
+        if (!span) continue;
+        MatchRequest& request = (*requests)[lines[start].number];
+        request = isDoubtful || start < doubtful ? unknownRequest(Outcome::kNotExplained)
+                                                 : readSpan(lines, *span, items);
+        request.time = lines[start].time;
+    }
+}
+
+// What a thread tells of a request whose beginning is not there is one that nothing is known of,
+// unless it can be the rest of the one before.
+MatchLog::Requests MatchLog::readThread(const std::vector<Stretch>& stretches, const Texts* items) {
+    Requests all;
+    bool isOpen = false;
+    size_t doubtful = 0;  // the stretches in front of this one
+    for (size_t i = 1; items == nullptr && i < stretches.size(); ++i) {
+        const RequestLines& lines = stretches[i].lines;
+        if (std::any_of(lines.begin(), lines.end(), tellsOfBoardInList)) doubtful = i;
+    }
+    for (size_t i = 0; i < stretches.size(); ++i) {
+        const RequestLines& lines = stretches[i].lines;
+        Requests requests;
+        readStretch(lines, items, i < doubtful, &requests);
+        const size_t first = nextLine(lines, 0, beginsRequest);
+        const size_t inside = nextLine(lines, 0, isInsideRequest);
+        if (items == nullptr && !isOpen && inside < first) {
+            MatchRequest& request = requests[lines[inside].number];
+            request = unknownRequest(Outcome::kBegunBefore);
+            request.time = lines[inside].time;
+        }
+        if (!requests.empty()) {
+            MatchRequest& last = requests.rbegin()->second;
+            if (i + 1 < stretches.size()) endAtGap(stretches[i + 1].dropped, &last);
+            isOpen = last.outcome == Outcome::kPruned;
+        }
+        all.merge(requests);
+    }
+    return all;
+}
+
+std::vector<MatchRequest> MatchLog::read(const Texts* items) const {
+    Requests all;
+    for (const auto& [thread, stretches] : mThreads) {
+        Requests requests = readThread(stretches, items);
+        if (thread.second == 0) doubtMixed(&requests);
+        for (auto& [number, request] : requests) std::tie(request.pid, request.tid) = thread;
+        all.merge(requests);
+    }
+    std::vector<MatchRequest> inOrder;
+    for (auto& [number, request] : all) inOrder.push_back(std::move(request));
+    return inOrder;
+}
+
+}  // namespace tarq::tools
