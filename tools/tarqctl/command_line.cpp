@@ -54,6 +54,8 @@ static void addUp(const CLI::App& app, const std::vector<std::string>& rest, Com
     line->commandWords.assign(next, rest.end());
 }
 
+// The first word that is no option is the command; from there on only the words of two commands are
+// special.
 CommandLine splitCommandLine(const CLI::App& app, const std::vector<std::string>& arguments) {
     CommandLine line;
     for (auto next = arguments.begin(); next != arguments.end();) {

@@ -21,12 +21,14 @@ static bool isPositional(const CLI::Option* option) {
     return option->get_positional();
 }
 
+// Some are declared only to refuse them with a better word than the parser has.
 static std::vector<const CLI::Option*> shownPositionals(const CLI::App& app) {
     return app.get_options([](const CLI::Option* option) {
         return isPositional(option) && option->get_group() != kHidden;
     });
 }
 
+// NAME, [NAME] for one that may be left out, NAME... for one that may be given again.
 static std::string usageOf(const CLI::Option& positional) {
     const std::string name =
             positional.get_name() + (positional.get_items_expected_max() > 1 ? "..." : "");

@@ -1,3 +1,6 @@
+// What is printed for people and what for programs is decided here. Bytes of files, logs and
+// command lines are escaped on their way to a terminal, and JSON never fails for bytes that are no
+// UTF-8: a command that has done its work must be able to say so.
 #include "tools/tarqctl/session.h"
 
 #include <ctype.h>
@@ -50,6 +53,8 @@ std::string Session::next(const std::string& command) const {
     return "tarqctl --board " + shellQuoted(board.directory) + " " + command;
 }
 
+// The program is named by its path; where the system does not tell that, by its name. What next()
+// says begins with the name, which is replaced.
 std::string Session::asRoot() const {
     std::error_code unknown;
     const std::string program = std::filesystem::read_symlink("/proc/self/exe", unknown);

@@ -1,4 +1,5 @@
-// What a command works with, and how it says that it did not do what it was asked to.
+// What a command works with, and how it says that it did not do what it was asked to. A Session is
+// made once for each command line, and handed along; nothing of it is global.
 #pragma once
 
 #include <chrono>
@@ -18,7 +19,8 @@ enum ExitCode {
     kCouldNotAsk = 2,    // or wrong usage
 };
 
-// Thrown by whatever cannot go on.
+// Thrown by whatever cannot go on. All of it is for people but the code, and may hold any bytes: it
+// is escaped where it is printed, the hint excepted, which has to be typed as it is.
 struct Failure {
     std::string code;  // for programs: one word that stays, such as "no_daemon"
     std::string what;  // what was tried, on what
@@ -28,13 +30,17 @@ struct Failure {
     std::string usage = {};  // of the command, after wrong usage
 };
 
-// "tarqctl: WHAT: WHY" and "hint: HINT" on err, or one object on out.
+// "tarqctl: WHAT: WHY" and "hint: HINT" on err, or one object on out. Its last line is the hint,
+// but for wrong usage, which is followed by the usage.
 void printFailure(const Failure& failure, bool json, std::ostream& out, std::ostream& err);
 
+// It is a day, which is as good as for ever.
 constexpr double kMaxTimeout = 86400;  // seconds
 
 // The global options, what to read and where to print. Text is printed a line or more at a time and
-// flushed, so that a reader on a pipe sees it at once.
+// flushed, so that a reader on a pipe sees it at once. in, out and err are the process's own
+// streams but in tests, which hand over others. A time limit reads it on another thread, so nothing
+// of it changes while there is one.
 struct Session {
     std::istream& in;
     std::ostream& out;
@@ -52,6 +58,7 @@ struct Session {
         return {code, line, why, hint, exitCode};
     }
     // Tells on err what the user should know of a command that goes on, with or without --json.
+    // What it prints is no result: it goes to err so that out can be read by programs.
     void notice(const std::string& text) const;
 
     // ---- what to type next, for a hint ----
@@ -82,7 +89,7 @@ int printDone(const Session& session);
 
 // ---- words ----
 
-// A yes in green or a no in red where out wants colours, else as it is.
+// A yes in green or a no in red where out wants colours, else as it is. Not for JSON.
 std::string painted(const Session& session, const std::string& verdict, bool isYes);
 
 // With a blank between two.

@@ -25,6 +25,8 @@ void declareGlobals(CLI::App& app, Session& session, double* timeout) {
     addSeconds(app, "--timeout", "how long the daemon may take, in seconds; 10", timeout);
 }
 
+// An option of a command that is called like a global one, as --board of up is, stands for it
+// there.
 Run declare(CLI::App& app, Session& session, double* timeout) {
     app.formatter(helpFormatter(session.coloured));
     app.set_help_flag("-h,--help", "this text");
@@ -44,6 +46,7 @@ struct Named {
     std::string option = {};   // one that stands in the place of a command
 };
 
+// They are found by the words alone, since the parser may have failed.
 Named namedOn(const CLI::App& all, const CommandLine& line) {
     Named named = {&all};
     for (const std::string& word : line.words) {
@@ -100,6 +103,8 @@ std::string quoted(const std::vector<std::string>& words) {
     return joined(result);
 }
 
+// Whether JSON is wanted is known before anything can fail, so that every failure is printed in the
+// form that was asked for.
 int runCommand(const std::vector<std::string>& arguments, Session& session) {
     CLI::App app{
             "Talks to the device daemon of a virtual board, and to the board.\n"

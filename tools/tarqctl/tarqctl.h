@@ -21,6 +21,7 @@ int runTarqctl(const std::vector<std::string>& arguments, bool coloured, std::is
 
 // ---- the words of the command line, before any of them is given its meaning ----
 
+// One command line in the three forms that are needed of it.
 struct CommandLine {
     // What is left to parse. All that follows `shell` has become one word there.
     std::vector<std::string> arguments;
@@ -34,12 +35,14 @@ struct CommandLine {
 // Whether another command line follows the command, as it does `shell` and `up`.
 bool takesCommandLine(const std::string& command);
 
-// The global options are those that the app has.
+// The global options are those that the app has. The app has its commands declared by then. Nothing
+// is refused here: what is wrong with a command line is found by the parser.
 CommandLine splitCommandLine(const CLI::App& app, const std::vector<std::string>& arguments);
 
 // ---- the one shape of all help: usage, one sentence, arguments, options, an example ----
 
-// "usage: tarqctl [OPTIONS] setprop NAME VALUE\n"
+// "usage: tarqctl [OPTIONS] setprop NAME VALUE\n" Of the command that the app stands for, with
+// those above it.
 std::string usageOf(const CLI::App& app);
 
 // What the parser is given to print the help of any command with. coloured: titles are bold.

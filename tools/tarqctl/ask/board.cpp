@@ -18,6 +18,7 @@ namespace tarq::tools {
 
 namespace fs = std::filesystem;
 
+// Boards that run elsewhere than where `up` keeps them have to be named.
 static host::Board onlyRunningBoard(const Session& session) {
     const std::vector<host::Board> boards = host::runningBoards();
     if (boards.empty()) {
@@ -58,6 +59,7 @@ void openBoard(Session& session) {
     host::setProcessBoard(session.board);
 }
 
+// A board that is stopped takes connections and never answers, so the wait has a limit.
 static host::Answer answerTo(const Session& session, const std::vector<std::string>& words) {
     const TimeLimit limit(session, [&] { return noAnswer(session, "the board hangs"); });
     return host::askBoard(session.board, words);

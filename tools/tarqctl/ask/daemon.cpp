@@ -25,6 +25,8 @@ int connectToDaemon(const Session& session) {
     return 0;
 }
 
+// Where a daemon has run its log may tell why it does not any more, so that is what to look at
+// next.
 Failure notListening(const Session& session, int error) {
     const bool hasLog = access(session.board.log().c_str(), R_OK) == 0;
     return session.failure("no_daemon",
@@ -54,6 +56,7 @@ sp<IBinder> Daemon::find(const String16& name) {
     return android::defaultServiceManager()->checkService(name);
 }
 
+// Why a service is absent is worked out for those that are known; of another name nothing is known.
 sp<IBinder> Daemon::require(const String16& name) const {
     const sp<IBinder> service = find(name);
     if (service != nullptr) return service;

@@ -1,3 +1,6 @@
+// A file is followed by looking at it every 20 ms, which costs little and needs nothing of the
+// system. Whether the board still runs is asked before each look, so that the last look sees all
+// that it has written.
 #include "tools/tarqctl/ask/follow.h"
 
 #include <errno.h>

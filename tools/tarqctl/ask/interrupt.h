@@ -1,4 +1,5 @@
-// Something to do when the user, or whoever started the tool, has had enough.
+// Something to do when the user, or whoever started the tool, has had enough. A signal handler
+// could do next to nothing; a thread that waits for the signals may do anything.
 #pragma once
 
 #include <pthread.h>
@@ -15,6 +16,8 @@ namespace tarq::tools {
 // which then leaves the signals to this one.
 class Interrupt {
   public:
+    // interrupted may end the process, and is called once at most. The signals are blocked in the
+    // thread that makes it, and so in all that are started from there.
     explicit Interrupt(std::function<void()> interrupted);
     ~Interrupt();
     Interrupt(const Interrupt&) = delete;

@@ -32,6 +32,7 @@ const std::vector<KnownService>& knownServices() {
     return services;
 }
 
+// "" for a property that is not set, which cannot be told from one that is empty.
 static std::string property(const char* name) {
     char value[PROPERTY_VALUE_MAX];
     property_get(name, value, "");

@@ -1,3 +1,6 @@
+// The process behind a socket is known to the kernel, and its state is in /proc. So a stopped
+// process is found without asking it anything, whoever started it. What the board holds only the
+// board knows; it is asked with a patience of a second.
 #include "tools/tarqctl/ask/stopped.h"
 
 #include <errno.h>

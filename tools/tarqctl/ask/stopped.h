@@ -1,5 +1,6 @@
 // Why nobody answers, where somebody knows it: the kernel, of a stopped process, which takes calls
-// and does nothing; the board, of a node.
+// and does nothing; the board, of a node. Both are asked only when the time is up, so what they
+// cost does not matter, but neither may wait for whoever is stopped.
 #pragma once
 
 #include <sys/types.h>

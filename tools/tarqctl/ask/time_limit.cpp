@@ -48,6 +48,7 @@ TimeLimit::TimeLimit(const Session& session, std::function<Failure()> failure)
     : mTimer(session.timeout,
              [&session, failure = std::move(failure)] { endWith(session, failure()); }) {}
 
+// What is said of a cause is a guess unless somebody knows it, so who knows it is asked first.
 Failure noAnswer(const Session& session, const std::string& likelyCause, const Asked& asked) {
     const bool goesOn = !asked.goesOn.empty();
     const std::string rest = goesOn ? "; " + asked.goesOn : "";

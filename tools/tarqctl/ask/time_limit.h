@@ -12,7 +12,9 @@
 namespace tarq::tools {
 
 // Runs something on a thread of its own if it still exists after the delay, whatever its owner is
-// blocked in. Once the destructor has returned nothing runs any more.
+// blocked in. Once the destructor has returned nothing runs any more. The delay begins when it is
+// made. The owner must not hold a lock that what runs needs when it destroys this, as it waits for
+// that.
 class Timer {
   public:
     Timer(std::chrono::duration<double> delay, std::function<void()> expired);
@@ -31,7 +33,8 @@ class Timer {
 };
 
 // Prints the failure and ends the process when it exists for longer than --timeout. A call to the
-// daemon cannot be interrupted, and nothing else is left to do. Not to be held while printing.
+// daemon cannot be interrupted, and nothing else is left to do. Not to be held while printing. What
+// was printed until then stays; the exit code is that of the failure.
 class TimeLimit {
   public:
     // failure is called when the time is up, on another thread.
@@ -41,7 +44,8 @@ class TimeLimit {
     Timer mTimer;
 };
 
-// What is known of a call before it is made.
+// What is known of a call before it is made. It only makes the message better: nothing depends on
+// it.
 struct Asked {
     bool isHardware = false;   // so that a node which is held or slow may be what it waits for
     std::string goesOn = {};   // "the transfer goes on", if it does when nobody waits any more

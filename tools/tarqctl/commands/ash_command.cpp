@@ -19,6 +19,7 @@ namespace {
 
 using board::ash::Bytes;
 
+// A frame has at most 300 bytes on the line, so a line of `serial --json` is far below that.
 constexpr size_t kMaxJsonLine = 65536;  // in bytes
 
 struct Options {
@@ -26,6 +27,8 @@ struct Options {
     std::vector<std::string> more;  // what else was given, by mistake
 };
 
+// A line that begins with a brace is JSON, all else is hexadecimal; the two may be mixed line by
+// line.
 class Capture {
   public:
     explicit Capture(const Session& session) : mPrinter(session, {}) {}
@@ -91,7 +94,8 @@ void Capture::endJson() {
     mPrinter.take(origin, Bytes(bytes.begin(), bytes.end()));
 }
 
-// People give the bytes themselves where a file is expected.
+// People give the bytes themselves where a file is expected. What can be read as bytes and is no
+// file is answered with the command line that was meant.
 void refuseBytesAsFile(const Session& session, const Options& options) {
     std::vector<std::string> words = options.more;
     words.insert(words.begin(), options.file);

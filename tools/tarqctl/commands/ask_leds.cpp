@@ -17,6 +17,7 @@ using android::binder::Status;
 using com::tarq::rgbleds::IRgbLedsService;
 using Words = std::vector<std::string>;
 
+// A driver that refuses has done nothing, so a service that answers "done" was wrong about that.
 static void throwIfRefused(const Session& session, const std::vector<host::LedRecord>& refused) {
     Words lines;
     for (const host::LedRecord& record : refused) {
@@ -26,6 +27,8 @@ static void throwIfRefused(const Session& session, const std::vector<host::LedRe
     throwIfAny(session, lines);
 }
 
+// Log and records are skipped to their ends before the call and read after it. The Daemon has ended
+// by the time that anything is printed, so that a slow reader is no time-out.
 std::optional<LedCall> askLeds(Session& session, const std::string& operation,
                                const std::function<Status(IRgbLedsService&, LedAnswer*)>& call,
                                const Asked& asked) {

@@ -14,6 +14,7 @@ static std::string cell(const std::string& text, size_t width) {
     return text + std::string(width - text.size() + 2, ' ');
 }
 
+// Its title is a row like any other. No state is wider than ten characters.
 static std::string tableOf(std::vector<host::NodeState> nodes) {
     nodes.insert(nodes.begin(), {"node", "path", "state", "fault"});
     for (host::NodeState& node : nodes) {

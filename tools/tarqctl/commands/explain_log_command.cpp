@@ -39,7 +39,8 @@ Json orNull(int id) {
     return id == 0 ? Json(nullptr) : Json(id);
 }
 
-// What the log's format tells of it: "05-01 10:00:00.123  pid 512  tid 530  in FS/log.txt".
+// What the log's format tells of it: "05-01 10:00:00.123 pid 512 tid 530 in FS/log.txt". Some
+// formats tell neither time nor thread, and one text alone has no name.
 std::string titleOf(const std::string& member, const MatchRequest& request) {
     std::string title = request.time;
     const auto add = [&title](const std::string& text) {
@@ -91,7 +92,8 @@ std::string read(const Session& session, const std::string& file, Logs* logs) {
     }
 }
 
-// Why nothing can be told.
+// Why nothing can be told. The most that can be said: a log without tags, a log without a request,
+// or no log at all.
 std::string whyNothing(const Logs& logs, const std::string& kind) {
     const auto any = [&logs](const auto& is) {
         return std::any_of(logs.begin(), logs.end(), [&](const auto& log) { return is(*log); });
@@ -105,6 +107,7 @@ std::string whyNothing(const Logs& logs, const std::string& kind) {
     return kind == "empty" ? "it is empty" : "no line of any logcat format; it is " + kind;
 }
 
+// One no makes it a no, whatever else is unknown: that is what a script asks about.
 int explainLog(Session& session, const std::string& file) {
     Logs logs;
     const std::string kind = read(session, file, &logs);

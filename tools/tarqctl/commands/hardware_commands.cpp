@@ -20,6 +20,7 @@ static int tell(Session& session, const std::string& command, const Words& argum
     throw session.failure("refused", refusal, session.help(), kServiceSaidNo);
 }
 
+// The words live in what is returned, and so does the name of the command.
 static Run declare(CLI::App& app, const std::string& command,
                    const std::vector<std::pair<const char*, std::string>>& arguments) {
     const auto words = std::make_shared<Words>(arguments.size());

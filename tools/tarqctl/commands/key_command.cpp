@@ -20,6 +20,8 @@ namespace {
 using std::chrono::milliseconds;
 using Words = std::vector<std::string>;
 
+// One press of a key, as the receiver tells it to its users: what its three values mean is theirs
+// to know.
 struct Key {
     std::vector<int32_t> values;
     std::optional<int32_t> rssiDBm;  // none: as strong as what is heard now
@@ -57,6 +59,8 @@ Key parseKey(const std::string& line) {
             milliseconds(number("ms", 0, kMostMs))};
 }
 
+// Read whole before the first is sent, so that a mistake in the last line is not found in the
+// middle.
 std::vector<Key> readRecord(const Session& session, const std::string& file) {
     std::vector<Key> keys;
     int number = 0;
@@ -79,7 +83,8 @@ std::vector<Key> readRecord(const Session& session, const std::string& file) {
     return keys;
 }
 
-// One of so many, of which as many as sent were heard before.
+// One of so many, of which as many as sent were heard before. The board answers when a program has
+// the key in its queue, so a key that was sent is one that was heard.
 void send(const Session& session, const Key& key, int32_t frequency, size_t sent, size_t count) {
     Words words = {"key"};
     for (const int32_t value : key.values) words.push_back(std::to_string(value));
@@ -93,6 +98,7 @@ void send(const Session& session, const Key& key, int32_t frequency, size_t sent
                           session.next("radio status"), kServiceSaidNo);
 }
 
+// Times count from the first key, so that what one takes does not delay those behind it.
 int play(Session& session, const Options& options, bool hasRssi) {
     if (options.values.empty() && options.record.empty()) {
         throw session.failure("usage", "give the three values of a key, or --replay",

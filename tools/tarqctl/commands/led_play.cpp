@@ -62,6 +62,7 @@ static bool isMissingName(const std::string& word, const std::string& file) {
     return word.find('/') == std::string::npos && !fs::exists(deviceFile(file), error) && !error;
 }
 
+// The daemon tells only that it could not open or read the file; why is found by reading it here.
 static Failure notLoaded(const Session& session, const std::string& word, const std::string& file) {
     const std::string why = whyUnreadable(file);
     if (why.empty()) {
@@ -93,6 +94,8 @@ static std::vector<std::string> placed(const Session& session, const std::string
     return lines;
 }
 
+// The service answers nothing of use, so without its log nothing is known of what became of the
+// file.
 static int play(Session& session, const std::string& word, const std::string& file) {
     openBoard(session);
     LedRefusals refusals(session.board.ledRecords());

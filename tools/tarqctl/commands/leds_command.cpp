@@ -52,6 +52,7 @@ class Screen {
     Colours mColours;
 };
 
+// ms is the time at which they were seen, by the clock of the records.
 void printColours(const Session& session, int64_t ms, const Colours& colours) {
     if (!session.json) {
         session.out << listed(colours) + "\n" << std::flush;

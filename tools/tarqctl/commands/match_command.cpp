@@ -33,6 +33,7 @@ struct Options {
     bool strict = false;
 };
 
+// fits is what the service said; isExplained, that its log says the same and why.
 struct Answer {
     bool fits = false;
     bool isExplained = false;
@@ -40,7 +41,8 @@ struct Answer {
     SilentProbes silent;
 };
 
-// Without reasons.
+// Without reasons. At least the list can be held against the board's parts, which the service tells
+// by another call.
 Explanation verdictAlone(const Daemon& daemon, const Items& items, const std::string& why) {
     std::vector<android::String16> parts;
     bool always = false;
@@ -56,7 +58,8 @@ Explanation verdictAlone(const Daemon& daemon, const Items& items, const std::st
     return explanation;
 }
 
-// From what the daemon logged meanwhile, else without reasons.
+// From what the daemon logged meanwhile, else without reasons. Requests of others may hold the same
+// items: one that came out otherwise is not ours.
 void explainAnswer(const Daemon& daemon, const host::Board& board, host::GrowingFile& log,
                    const Items& items, Answer* answer) {
     const std::string path = board.log();
@@ -78,7 +81,8 @@ void explainAnswer(const Daemon& daemon, const host::Board& board, host::Growing
     if (!answer->fits) answer->silent = {{kTouchPanel, kDisplay, kCamera}, true};
 }
 
-// The call returns when all that it logs has been written.
+// The call returns when all that it logs has been written. The log is skipped to its end before the
+// call, so that earlier requests with the same items are not read.
 Answer ask(Session& session, const Items& items, const std::string& otaTime) {
     const Daemon daemon(session, "it asks the hardware, or the daemon is still starting, or hangs",
                         {true});

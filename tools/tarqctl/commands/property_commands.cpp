@@ -42,6 +42,7 @@ static Properties all(const Session& session) {
     return properties;
 }
 
+// The brackets are those of getprop on a device.
 static void print(const Session& session, const Properties& properties, bool nameEach) {
     if (session.json) {
         printJson(session.out, {{"properties", properties}});
@@ -69,6 +70,7 @@ Run declareGetprop(CLI::App& app) {
     };
 }
 
+// A property may be set and still not be saved, of which said tells then.
 struct Setting {
     bool done;
     std::string said;  // why not, or what went wrong besides

@@ -74,6 +74,7 @@ Run declareRssi(CLI::App& /*app*/) {
     };
 }
 
+// It is what the next start will do, which is all that can be told without the daemon.
 int printStored(Session& session) {
     openBoard(session);
     const StoredFrequency stored = storedFrequency();

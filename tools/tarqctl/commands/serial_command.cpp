@@ -1,5 +1,6 @@
 // serial [-f]: the frames on the board's line to the Zigbee co-processor. The record of the line
-// has chunks as they were read or written.
+// has chunks as they were read or written. Frames are put together anew from these, by direction,
+// and what is left over at the end is told as damaged.
 #include <CLI/App.hpp>
 
 #include "host/run/records.h"

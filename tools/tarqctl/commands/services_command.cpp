@@ -1,4 +1,6 @@
-// services [NAME]: what is registered, and why the rest may not be.
+// services [NAME]: what is registered, and why the rest may not be. The four that the daemon may
+// have are known with what switches them off; for any other name all that can be told is whether it
+// is there.
 #include <CLI/App.hpp>
 #include <ostream>
 

@@ -45,6 +45,7 @@ void expectPermission(const Session& session, const Status& status) {
                           kServiceSaidNo);
 }
 
+// The service runs one command at a time and lets all others wait, which nobody is told.
 std::string ask(Session& session, const std::string& command) {
     const Daemon daemon(session,
                         "another command may be running, one runs at a time; or this one takes "

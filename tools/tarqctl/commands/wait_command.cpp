@@ -24,6 +24,7 @@ struct Progress {
     bool mustServe = false;            // being registered is not enough: calls are to be answered
 };
 
+// The nearest cause first: nobody listens, somebody is stopped, the start-up check goes on.
 Failure notThereYet(const Session& session, Progress& progress) {
     const std::lock_guard<std::mutex> lock(progress.lock);
     if (progress.error != 0) {

@@ -15,7 +15,8 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-// Each begins with the operation's name.
+// Each begins with the operation's name. In the words of the daemon's printf; the numbers are those
+// of the call, in the form in which it prints them.
 constexpr const char* kLastLines[] = {
         "setRgbColor:id=%d,reg=%d",
         "setRgbBrightness:id=%d,reg=%d",
@@ -50,6 +51,8 @@ LedLog::LedLog(const std::string& path) : mFile(path) {
     mFile.skip();
 }
 
+// Calls of others stand in between, on their own threads. Of two calls that look the same the one
+// that went wrong is taken, since nothing tells whose it was.
 std::optional<LedCall> LedLog::find(const std::string& operation, const Arguments& arguments) {
     std::map<std::pair<int, int>, LedCall> running;  // by pid and tid
     std::optional<LedCall> found;

@@ -1,6 +1,7 @@
 // What became of a call of the LED service, beyond its answer: what the service writes into the
 // daemon's log meanwhile, and what the board's LED driver did not take. This is the only place in
-// the tools that knows those texts of the log.
+// the tools that knows those texts of the log. Both are to be made before the call and asked after
+// it; for one thread.
 #pragma once
 
 #include <functional>
@@ -22,7 +23,8 @@ struct LedCall {
     std::vector<std::string> leftOut;    // of the effect file
 };
 
-// Follows the log from the moment on at which it is made.
+// Follows the log from the moment on at which it is made. A board that writes no log tells of
+// nothing, which is not the same as that all went well.
 class LedLog {
   public:
     explicit LedLog(const std::string& path);

@@ -55,6 +55,7 @@ const char* colourOf(char priority) {
     }
 }
 
+// What fits into the buffer of __android_log_print, which has 1024 bytes with the terminator.
 static constexpr size_t kMaxLogText = 1023;  // bytes
 
 static bool isPrintedBy(char conversion, const std::string& text) {

@@ -25,7 +25,8 @@ namespace {
 
 // ---- packed bytes ----
 
-// How much may still come out of all that is packed.
+// How much may still come out of all that is packed. One for all members of an archive, so that
+// many small bombs are no better than a large one.
 class Budget {
   public:
     explicit Budget(uint64_t limit) : mLimit(limit), mLeft(limit) {}
@@ -169,6 +170,8 @@ constexpr Kind kKinds[] = {
         {"{", "JSON"},
 };
 
+// Only for a message to somebody whose file holds no log, so a guess by the first bytes is good
+// enough.
 std::string kindOf(const std::string& start) {
     if (start.empty()) return "empty";
     for (const Kind& kind : kKinds) {

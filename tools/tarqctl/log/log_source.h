@@ -12,13 +12,15 @@
 
 namespace tarq::tools {
 
-// Where the lines go. All are called on the caller's thread.
+// Where the lines go. All are called on the caller's thread. begin is called before the first line
+// of each text, also of one without any line.
 struct LogSink {
     // A text begins: a member of an archive, or "" for one that stands alone.
     std::function<void(const std::string& member)> begin;
     std::function<void(const std::string& line)> take;
 };
 
+// What unpacks to more is no log that anybody keeps, and would fill the time of whoever reads it.
 constexpr uint64_t kMaxUnpacked = uint64_t{1} << 30;  // bytes, of all that is packed in one file
 
 // Hands over the lines as UTF-8, without their ends (LF, or CR LF throughout). Reads UTF-8 and,
@@ -28,7 +30,8 @@ constexpr uint64_t kMaxUnpacked = uint64_t{1} << 30;  // bytes, of all that is p
 // std::runtime_error when it cannot be read, is damaged, or unpacks to more than the limit.
 std::string readLog(std::istream& in, const LogSink& sink, uint64_t maxUnpacked = kMaxUnpacked);
 
-// Takes UTF-16 in pieces of any size. Half a pair becomes U+FFFD.
+// Takes UTF-16 in pieces of any size. Half a pair becomes U+FFFD. The mark that tells the order of
+// its bytes has been taken away by then.
 class Utf16 {
   public:
     explicit Utf16(bool bigEndian) : mFirstShift(bigEndian ? 8 : 0) {}
@@ -52,6 +55,7 @@ class LogText {
     using TakeLine = std::function<void(const std::string&)>;
     explicit LogText(TakeLine take) : mTake(std::move(take)) {}
 
+    // In order, and then finish() once: without that the last line may be missing.
     void put(std::string_view bytes);
     void finish();
 

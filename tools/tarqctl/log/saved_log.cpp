@@ -176,7 +176,8 @@ bool readLongHeader(View text, LogLine* line) {
     return readIds(withBlanksForColons(rest.substr(0, slash - 1)), true, line);
 }
 
-// An entry on one line.
+// An entry on one line. The time in front tells most formats apart: brief, process and tag have
+// none.
 bool readEntry(View text, LogLine* line) {
     line->time = takeTime(&text);
     if (readBrief(text, line)) return true;
@@ -226,6 +227,8 @@ bool SavedLog::takeWhole(View text) {
     return true;
 }
 
+// A blank line may be part of the text, so it is held back until the next line tells: a header
+// means that it was the end.
 void SavedLog::goOn(View text) {
     if (text.substr(0, mQuote.size()) == mQuote) text.remove_prefix(mQuote.size());
     const bool isBlank = text.empty() || (!mQuote.empty() && text == ">");
@@ -239,6 +242,7 @@ void SavedLog::goOn(View text) {
     mTake(mHeader);
 }
 
+// A line that can be read both as it is and behind quote marks is taken as it is.
 bool SavedLog::add(const std::string& line) {
     const View text = withoutColour(line);
     if (text.substr(0, 10) == "--------- ") return true;  // "beginning of main"

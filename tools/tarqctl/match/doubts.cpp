@@ -71,6 +71,7 @@ std::string unknownName(const std::string& name, const std::vector<std::string>&
 
 }  // namespace
 
+// All of them are about what the daemon does take, so none of them changes the verdict.
 std::vector<Doubt> doubtsAbout(const std::vector<std::string>& items,
                                const std::vector<Item>& board) {
     std::vector<Doubt> doubts;

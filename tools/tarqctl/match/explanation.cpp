@@ -14,6 +14,7 @@ struct FallbackWords {
     std::string row;
 };
 
+// The clause goes on with the sentence, the row stands below the table.
 FallbackWords wordsFor(const FallbackFinding& fallback) {
     if (!fallback.end) return {};
     const FactLine& end = *fallback.end;
@@ -69,6 +70,7 @@ bool lacksOverlay(const MatchRequest& request) {
     return request.overlayId != kNoOverlay && findingOf(request, kOverlayId) == nullptr;
 }
 
+// Outcomes that prove nothing come first, since the rest of the request means nothing then.
 std::string sentenceFor(const MatchRequest& request) {
     if (!request.skippedBecause.empty()) {
         return "nothing was compared: " + request.skippedBecause;

@@ -58,8 +58,12 @@ struct FactText {
     const char* pattern;
 };
 
+// In the order in which a text is held against them. Tests hold the daemon's code against this
+// table.
 const std::vector<FactText>& factTexts();
 
+// What the conversions of the pattern stand for in the text, in their order, each as the text has
+// it.
 struct FactLine {
     Fact fact;
     std::string text;

@@ -21,6 +21,8 @@ struct Probe {
     Fact result;
 };
 
+// Of these parts the daemon asks the hardware as well, whatever the words of the list say, and logs
+// the result on a line of its own.
 constexpr Probe kProbes[] = {
         {kTouchPanel, Fact::kTouchPanelResult},
         {kDisplay, Fact::kDisplayResult},
@@ -78,6 +80,7 @@ void examinePart(const Item& part, FactWalk& walk, ItemFinding& finding) {
     }
 }
 
+// An overlay id that is not listed ends the request; a part that does not fit does not.
 void examine(const MatchRequest& request, FactWalk& walk, ItemFinding& finding) {
     const auto& [name, value] = finding.item;
     finding.tooLong = finding.text.size() > kMaxItemLength;
@@ -96,7 +99,8 @@ void examine(const MatchRequest& request, FactWalk& walk, ItemFinding& finding) 
     finding.examined = true;
 }
 
-// True for a package that passes.
+// True for a package that passes. A time is told for each part that the timestamp file lists; the
+// latest of them counts. An end that is no fact of the fallback means that a line is lost.
 bool readFallback(FactWalk& walk, FallbackFinding* fallback) {
     walk.takeProbing();
     FactLine line = walk.take();

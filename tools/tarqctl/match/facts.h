@@ -27,6 +27,7 @@ struct Item {
     std::string value;
 };
 
+// It does not fail: a text without a colon has no value.
 Item itemFrom(const std::string& text);
 
 // What the hardware itself told of a part.
@@ -37,7 +38,8 @@ struct ProbeFinding {
     std::optional<bool> listed = {};       // in the item's value, if that can be known
 };
 
-// How an item fared.
+// How an item fared. In the order of the list. An item that the daemon has not come to is not
+// examined, and the rest of it means nothing then.
 struct ItemFinding {
     std::string text;
     Item item;
@@ -48,7 +50,8 @@ struct ItemFinding {
     std::optional<ProbeFinding> probe = {};
 };
 
-// What became of a package that does not fit by its parts.
+// What became of a package that does not fit by its parts. Its times are in the unit of the board's
+// timestamp file.
 struct FallbackFinding {
     std::optional<FactLine> end = {};  // from kFallbackOff on; nothing when it was not asked
     // Both for kTooEarly and kLater: the package's must be greater.
@@ -57,6 +60,7 @@ struct FallbackFinding {
     std::string earliestKind = {};  // of part, to which that time belongs
 };
 
+// The first two are proved by the log; of the others nothing but what they say is known.
 enum class Outcome {
     kYes,
     kNo,
@@ -68,6 +72,8 @@ enum class Outcome {
     kMixed,         // one of the two, in a log that does not tell threads apart
 };
 
+// One request, from its first line on. Pointers into it that the functions below return are good as
+// long as it is not changed.
 struct MatchRequest {
     std::string time;  // of its first line; this and the next two may not be told
     int pid = 0;
@@ -88,7 +94,8 @@ struct MatchRequest {
 };
 
 // Works out from the facts behind the board how the request went. isLast: the thread's log has
-// nothing more.
+// nothing more. The request has its items, its board and its overlay id by then; what is set is its
+// outcome, and how each item fared.
 void readFacts(const FactLines& facts, bool isLast, MatchRequest* request);
 
 // What the hardware itself told of the part that an item is about, from the lines of its probe and
@@ -105,7 +112,8 @@ bool fits(const ItemFinding& finding);
 // The board's part of that name; null if it has no such row.
 const Item* partOf(const MatchRequest& request, const std::string& name);
 
-// What the last item of that name came to; null when there is none.
+// What the last item of that name came to; null when there is none. Of items with one name the
+// daemon lets the last one count, but for overlay ids.
 const ItemFinding* findingOf(const MatchRequest& request, const std::string& name);
 
 // The parts that the board has, whatever the package names, which do not fit.

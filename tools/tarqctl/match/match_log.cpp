@@ -55,6 +55,7 @@ void endAtGap(const std::string& dropped, MatchRequest* request) {
     request->dropped = dropped;
 }
 
+// A request that is only cut off is none: its lines are its own.
 bool isMixedUp(const MatchRequest& request) {
     return request.outcome == Outcome::kBroken || request.outcome == Outcome::kNotExplained ||
            request.disturbed;
@@ -153,6 +154,7 @@ MatchLog::Requests MatchLog::readThread(const std::vector<Stretch>& stretches, c
     return all;
 }
 
+// A thread of number 0 stands for all threads of a format that does not tell them.
 std::vector<MatchRequest> MatchLog::read(const Texts* items) const {
     Requests all;
     for (const auto& [thread, stretches] : mThreads) {

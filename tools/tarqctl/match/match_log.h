@@ -1,4 +1,4 @@
-// The match requests in a log.
+// The match requests in a log. They are cut out when they are asked for, and explained by others.
 #pragma once
 
 #include <map>
@@ -10,7 +10,8 @@
 namespace tarq::tools {
 
 // Takes the lines of a log, of any number of daemons and threads, from any place on. Lines with
-// other tags are not kept, nor are those of another shape.
+// other tags are not kept, nor are those of another shape. Nothing is decided while lines are
+// added, so a log may be added in any number of steps. For one thread.
 class MatchLog {
   public:
     void add(const LogLine& line);
@@ -18,7 +19,7 @@ class MatchLog {
     void add(const std::string& line);
 
     // In the order of their beginnings. Each echoed line is taken for an item: one with a newline
-    // in it cannot be told from two.
+    // in it cannot be told from two. For a log that was saved anywhere: parts of it may be missing.
     std::vector<MatchRequest> all() const;
 
     // Those whose items are exactly these; without any, those that were skipped, which do not tell

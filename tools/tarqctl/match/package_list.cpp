@@ -1,3 +1,5 @@
+// A list is handed to the service as it is, so anything that would reach it as something else is
+// refused here with its place: other encodings, marks that cannot be seen, zero bytes.
 #include "tools/tarqctl/match/package_list.h"
 
 #include "tools/tarqctl/match/explanation.h"

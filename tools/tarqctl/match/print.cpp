@@ -35,6 +35,7 @@ std::string cell(const std::string& text, size_t wanted) {
     return "  " + text + std::string(wanted - width(text), ' ');
 }
 
+// The fallback is a row without a board and a package.
 std::string tableOf(const Explanation& explanation) {
     const std::string fallback = explanation.fallback.empty() ? "" : "fallback";
     std::vector<Cells> table = {{"part", "board", "package", "verdict"}};
@@ -59,6 +60,7 @@ bool isUnfinished(const Explanation& explanation) {
                        [](const auto& row) { return row.verdict == Verdict::kNotExamined; });
 }
 
+// What is to be written instead is quoted for a shell, since match takes items as words.
 std::string howToFit(const Explanation& explanation) {
     std::string text;
     for (const ExplainedRow& row : explanation.rows) {

@@ -28,6 +28,7 @@ std::vector<Texts> told(const FactLines& lines, Fact fact) {
     return arguments;
 }
 
+// As the daemon takes lists apart: an empty element counts, one behind the last separator does not.
 Texts elementsOf(const std::string& list, char separator) {
     Texts elements;
     std::string_view element;
@@ -45,7 +46,8 @@ size_t positionOf(int panelId, const Texts& entries) {
     return position;
 }
 
-// Nothing where it is not told: by reg, or in a log without debug lines.
+// Nothing where it is not told: by reg, or in a log without debug lines. A panel tells its id by a
+// flag, or by the levels of two pins, of which the first counts two.
 std::optional<int> panelIdIn(const FactLines& probing, const std::string& by) {
     const std::vector<Texts> flags = told(probing, Fact::kPanelFlag);
     const std::vector<Texts> pins = told(probing, Fact::kPanelPin);

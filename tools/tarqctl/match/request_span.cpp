@@ -76,6 +76,8 @@ MatchRequest skipped(const FactLine& line) {
     return request;
 }
 
+// The board is the same for every request, and its number of parts is known: fewer or more mean
+// that lines are missing or another's.
 MatchRequest readBehindList(const RequestLines& lines, const RequestSpan& span, const Texts& list,
                             bool listIsKnown) {
     MatchRequest request;

@@ -57,7 +57,7 @@ std::string itemWith(const std::string& name, const std::string& value, const Te
     return item.size() <= maxSize ? item : name + ":" + addition;
 }
 
-// Empty for a value of the board that no item can hold.
+// Empty for a value of the board that no item can hold. Each of them alone would make the part fit.
 Texts betterItems(const Item& part, const ItemFinding* finding) {
     const bool starts = finding == nullptr || finding->tooLong;
     const Texts words = starts ? tokensOf(part.value) : finding->missingWords;
@@ -79,6 +79,7 @@ Verdict notSeen(const MatchRequest& request) {
     return request.outcome == Outcome::kNo ? Verdict::kNotExamined : Verdict::kUnknown;
 }
 
+// The daemon looks at each overlay id of the list, so each has a row.
 ExplainedRow overlayRow(const MatchRequest& request, const ItemFinding& finding) {
     const std::string& ids = finding.item.value;
     ExplainedRow row = {kOverlayId, request.overlayId, ids, notSeen(request), ""};
@@ -126,6 +127,7 @@ ExplainedRow partRow(const MatchRequest& request, const Item& part, const ItemFi
     return row;
 }
 
+// The daemon passes over it, whatever its value is.
 ExplainedRow ignoredRow(const MatchRequest& request, const ItemFinding& finding,
                         const std::string& reason) {
     ExplainedRow row = {finding.item.name, {}, finding.item.value, Verdict::kIgnored, reason};

@@ -25,7 +25,9 @@ SilentProbes silentProbes(const MatchRequest& request);
 std::string whyNotAsked(const Session& session, const std::vector<std::string>& parts,
                         std::string* hint);
 
-// Takes back what rests on silent probes whose hardware could not be asked: why.
+// Takes back what rests on silent probes whose hardware could not be asked: why. The sentence tells
+// what the service has said all the same; rows of those parts become unknown, and nothing is
+// advised about them.
 void withhold(const SilentProbes& silent, const std::string& why, Explanation* explanation);
 
 }  // namespace tarq::tools

@@ -23,6 +23,8 @@ static bool isAnyLeft(const std::vector<pid_t>& groups) {
                        [](pid_t group) { return kill(-group, 0) == 0; });
 }
 
+// It looks at nothing but its pipe until that ends. Five seconds are what `up` itself leaves to
+// each part.
 [[noreturn]] static void guard(int pipe) {
     setsid();  // neither the terminal's signals nor those to the group of `up` are for it
     const int null = open("/dev/null", O_RDWR | O_CLOEXEC);

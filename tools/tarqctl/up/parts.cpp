@@ -100,6 +100,8 @@ Failure Parts::partEnded(const std::string& who, const Child& part) const {
     return {"part_ended", "up", who + " " + part.howItEnded(), again()};
 }
 
+// The board says "ready" in a line on a pipe that is its standard output. When it ends before that
+// the pipe ends as well, but the child tells how.
 void Parts::startBoard(const std::string& folder) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) {
@@ -135,6 +137,7 @@ void Parts::requireRoom() const {
                   "TMPDIR=DIR tarqctl up, with room in DIR"};
 }
 
+// They tell best why it did not come up, and the directory with the log is about to be removed.
 void Parts::sayLastLines() const {
     std::deque<std::string> lines;
     host::GrowingFile log(directory().log());
@@ -146,6 +149,8 @@ void Parts::sayLastLines() const {
     for (const std::string& line : lines) mSession.err << line + "\n";
 }
 
+// Whether the daemon serves is asked by another tarqctl, since a call that waits cannot be broken
+// off in this process.
 void Parts::startDaemon() {
     const host::Board& place = directory();
     daemon = &add({"the daemon",

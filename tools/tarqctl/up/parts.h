@@ -1,4 +1,5 @@
-// What `up` starts and ends.
+// What `up` starts and ends. They are started one by one and ended in the opposite order, whatever
+// happens in between.
 #pragma once
 
 #include <filesystem>
@@ -16,7 +17,8 @@
 
 namespace tarq::tools {
 
-// Thrown where it is waited, but while a command runs, which decides what a signal means to it.
+// Thrown where it is waited, but while a command runs, which decides what a signal means to it. The
+// exit code is then 128 and the signal, as a shell has it.
 struct Interrupted {
     int signal;
 };
@@ -40,8 +42,10 @@ class Parts {
     // How a part ended, and how to start anew.
     Failure partEnded(const std::string& who, const Child& part) const;
 
-    // Waits a moment, for signals too.
+    // Waits a moment, for signals too. Throws Interrupted for a signal that is to end everything.
+    // readable: a descriptor of which anything to read ends the wait, too.
     void pause(int readable = -1) const;
+    // It goes to standard error at once, with the name of the command in front.
     void say(const std::string& text) const;
 
     const std::filesystem::path programs =

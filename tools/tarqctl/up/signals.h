@@ -1,4 +1,5 @@
-// The signals of `up`, taken one at a time and at one place.
+// The signals of `up`, taken one at a time and at one place. They are blocked and read from a
+// descriptor, so that nothing is ever interrupted in the middle.
 #pragma once
 
 #include <signal.h>
@@ -18,7 +19,8 @@ class Signals {
     Signals& operator=(const Signals&) = delete;
 
     // Waits for a signal, a child that changes its state, something to read from the descriptor, or
-    // the time. The signal, or 0 for all else.
+    // the time. The signal, or 0 for all else. One signal a call: another one that has come as well
+    // ends the next wait at once.
     int wait(std::chrono::milliseconds time, int readable = -1) const;
 
     // In a child, before it becomes another program.

@@ -31,6 +31,8 @@ static void removeBoard(const host::Board& board) {
     fs::remove_all(board.directory, ignored);
 }
 
+// A directory of which the lock can be had belongs to nobody: neither to a board that runs nor to
+// an `up` that is about to start one or to end it.
 static void removeWhatWasLeft(const std::string& directory) {
     std::error_code unreadable;  // the same as empty
     for (const fs::directory_entry& entry : fs::directory_iterator(directory, unreadable)) {

@@ -21,6 +21,8 @@ struct Drawn {
     std::string title;
 };
 
+// A picture of an effect that the driver would not play would be a wrong word, so a refusal ends
+// it.
 static Drawn effectOf(Session& session, const std::string& file) {
     const std::optional<size_t> leds = findLeds(session, file);
     const EffectTransfer transfer = transferEffect(session, file, leds.value_or(kMostLeds));

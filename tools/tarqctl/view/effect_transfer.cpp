@@ -23,6 +23,7 @@ std::string whyUnreadable(const std::string& file) {
     return error.cause.empty() ? "" : error.describe(file);
 }
 
+// Why a file cannot be read is found first, by a reader that tells causes; the daemon's has none.
 static std::vector<EffectItem> readItems(const Session& session, const std::string& path) {
     std::string why = whyUnreadable(path);
     std::vector<EffectItem> items;

@@ -25,7 +25,8 @@ static std::string hex(uint8_t byte) {
     return asHex({byte});
 }
 
-// "" for one that is not known.
+// "" for one that is not known. The codes of the protocol (Silicon Labs UG101) for why a
+// co-processor has reset itself or stopped.
 static std::string codeName(uint8_t code) {
     switch (code) {
         case 0x00:
@@ -107,6 +108,8 @@ static void addContent(const Frame& frame, Json& json) {
     }
 }
 
+// What is not known of a damaged frame is left out rather than null: a reader asks for "damage"
+// first.
 static Json jsonOf(const Frame& frame, const std::optional<FrameOrigin>& origin) {
     Json json;
     if (origin) {

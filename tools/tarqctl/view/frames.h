@@ -12,7 +12,7 @@
 
 namespace tarq::tools {
 
-// When and from whom a frame came, as far as that is known.
+// When and from whom a frame came, as far as that is known. Bytes that were pasted have none.
 struct FrameOrigin {
     std::string sender;              // "host" or "coprocessor"
     std::optional<int64_t> ms = {};  // CLOCK_MONOTONIC
@@ -35,6 +35,8 @@ class FramePrinter {
     // senders: those that are counted also when nothing comes from them.
     FramePrinter(const Session& session, const std::vector<std::string>& senders);
 
+    // Prints the frames that end in these bytes at once, with the origin of the bytes in which they
+    // end.
     void take(const std::optional<FrameOrigin>& origin, const board::ash::Bytes& bytes);
 
     // Prints what stands behind the last flag, and without --json for each sender a line such as

@@ -46,6 +46,8 @@ void HexText::begin(char c, const Place& here) {
     }
 }
 
+// A 0 in front of an x was no digit of a byte, but only where no byte stands right before it: in
+// "1a0x1b" the x is a mistake.
 bool HexText::take(char c, uint8_t* byte) {
     const Place here = mNext;
     mNext = c == '\n' ? Place{here.line + 1, 1} : Place{here.line, here.column + 1};

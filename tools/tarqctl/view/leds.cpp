@@ -47,6 +47,8 @@ std::string listed(const Colours& colours) {
     return line;
 }
 
+// The number on it is black or white, whichever can be read: the limit is for the brightness that
+// eyes see, by the weights of ITU-R BT.601.
 static std::string asBackground(uint32_t colour) {
     const uint32_t red = colour >> 16, green = colour >> 8 & 0xff, blue = colour & 0xff;
     const bool isBright = 299 * red + 587 * green + 114 * blue > 110'000;
