@@ -11,7 +11,7 @@
 #include "host/run/board.h"
 #include "host/run/control.h"
 #include "host/run/socket.h"
-#include "tools/tarqctl/ask/time_limit.h"
+#include "tools/tarqctl/ask/limits.h"
 #include "tools/tarqctl/session.h"
 
 namespace tarq::tools {

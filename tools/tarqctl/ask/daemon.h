@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "tools/tarqctl/ask/time_limit.h"
+#include "tools/tarqctl/ask/limits.h"
 #include "tools/tarqctl/session.h"
 
 namespace tarq::tools {

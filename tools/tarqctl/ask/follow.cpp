@@ -14,7 +14,7 @@
 
 #include "host/run/board.h"
 #include "tools/tarqctl/ask/board.h"
-#include "tools/tarqctl/ask/interrupt.h"
+#include "tools/tarqctl/ask/limits.h"
 
 namespace tarq::tools {
 

@@ -12,7 +12,7 @@
 #include "host/run/records.h"
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"
-#include "tools/tarqctl/ask/interrupt.h"
+#include "tools/tarqctl/ask/limits.h"
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/view/effect_picture.h"
 #include "tools/tarqctl/view/leds.h"

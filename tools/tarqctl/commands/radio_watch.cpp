@@ -14,7 +14,7 @@
 
 #include "host/run/board.h"
 #include "tools/tarqctl/ask/board.h"
-#include "tools/tarqctl/ask/interrupt.h"
+#include "tools/tarqctl/ask/limits.h"
 #include "tools/tarqctl/commands/radio_commands.h"
 #include "tools/tarqctl/user_input.h"
 

@@ -10,7 +10,6 @@
 #include <utility>
 #include <vector>
 
-#include "tools/tarqctl/up/guard.h"
 #include "tools/tarqctl/up/signals.h"
 
 namespace tarq::tools {

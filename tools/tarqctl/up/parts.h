@@ -10,7 +10,6 @@
 
 #include "tools/tarqctl/session.h"
 #include "tools/tarqctl/up/child.h"
-#include "tools/tarqctl/up/guard.h"
 #include "tools/tarqctl/up/signals.h"
 #include "tools/tarqctl/up/up.h"
 #include "tools/tarqctl/up/users_boards.h"

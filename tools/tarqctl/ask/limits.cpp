@@ -1,7 +1,8 @@
 // A call that waits cannot be called back, so a limit is a thread beside it that waits as well: for
 // the end of the call or of the time, whichever comes first. When the time is up first, the failure
 // is printed and the process ends in the middle of the call.
-#include "tools/tarqctl/ask/time_limit.h"
+// Ctrl-C is waited for in the same way, by a thread that the signals are left to.
+#include "tools/tarqctl/ask/limits.h"
 
 #include <unistd.h>
 
@@ -72,6 +73,28 @@ std::string seconds(std::chrono::duration<double> time) {
     std::ostringstream text;
     text << time.count() << " s";
     return text.str();
+}
+
+Interrupt::Interrupt(std::function<void()> interrupted) : mInterrupted(std::move(interrupted)) {
+    sigemptyset(&mSignals);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&mSignals, signal);
+    pthread_sigmask(SIG_BLOCK, &mSignals, &mBefore);
+    mThread = std::thread(&Interrupt::wait, this);
+}
+
+Interrupt::~Interrupt() {
+    mStopped = true;
+    pthread_kill(mThread.native_handle(), SIGINT);
+    mThread.join();
+    pthread_sigmask(SIG_SETMASK, &mBefore, nullptr);
+}
+
+void Interrupt::wait() {
+    int signal = 0;
+    sigwait(&mSignals, &signal);
+    if (!mStopped) mInterrupted();
+    // May have been run: it stays until it is joined, and takes the signal that tells it to.
+    while (!mStopped) sigwait(&mSignals, &signal);
 }
 
 }  // namespace tarq::tools

@@ -1,6 +1,12 @@
-// Something to do when another thing takes too long, and the time that a command has.
+// What ends a command from outside of it: the time that it has, and the user, or whoever started
+// the tool, who has had enough. A signal handler could do next to nothing; a thread that waits for
+// the signals may do anything.
 #pragma once
 
+#include <pthread.h>
+#include <signal.h>
+
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -59,5 +65,27 @@ Failure noAnswer(const Session& session, const std::string& likelyCause, const A
 
 // "10 s"
 std::string seconds(std::chrono::duration<double> time);
+
+// Runs something on a thread of its own when SIGINT, SIGTERM or SIGHUP comes, whatever the rest of
+// the program is blocked in, as long as the object exists. To be made before any other thread,
+// which then leaves the signals to this one.
+class Interrupt {
+  public:
+    // interrupted may end the process, and is called once at most. The signals are blocked in the
+    // thread that makes it, and so in all that are started from there.
+    explicit Interrupt(std::function<void()> interrupted);
+    ~Interrupt();
+    Interrupt(const Interrupt&) = delete;
+    Interrupt& operator=(const Interrupt&) = delete;
+
+  private:
+    void wait();
+
+    const std::function<void()> mInterrupted;
+    sigset_t mSignals = {};
+    sigset_t mBefore = {};
+    std::atomic<bool> mStopped{false};
+    std::thread mThread;
+};
 
 }  // namespace tarq::tools
