@@ -40,12 +40,14 @@ static void refuseAbsentPart(const std::vector<std::string>& words) {
     }
 }
 
+// What the board plays is the one question; everything else is done, or refused.
 std::string Commands::perform(const std::vector<std::string>& words) {
     if (words == std::vector<std::string>{"board"}) return state();
     carryOut(words);
     return "";
 }
 
+// A path may be written with double slashes or dots, as in a shell.
 void Commands::carryOut(const std::vector<std::string>& words) {
     const std::string command = words.empty() ? "" : words[0];
     if (words == std::vector<std::string>{"trace"}) return requireTrace();
@@ -97,6 +99,8 @@ void Commands::requireKnown(const std::string& command, const std::string& node)
     }
 }
 
+// Without FUSE a plain file stands in for the node, and is written anew with what the node would
+// show.
 void Commands::set(const std::string& node, const std::string& value) {
     if (PlainFiles::holds(node)) {
         std::string content;
@@ -135,6 +139,7 @@ void Commands::disturb(const std::string& node, const Change& change) {
 
 static constexpr timeval kPatience = {5, 0};  // with whoever connects and then says nothing
 
+// Only the owner may change a board, also one that is shared.
 static int listen(const host::Board& board) {
     const int fd = host::listenAt(board.controlSocket(), 0600);
     if (fd >= 0) return fd;

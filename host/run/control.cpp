@@ -31,6 +31,7 @@ static std::string receivePacket(int fd) {
     return text;
 }
 
+// A board that ends while it is asked closes the connection, which reads as an empty packet.
 Answer askBoard(const Board& board, const std::vector<std::string>& words, int patience) {
     std::string request;
     for (const std::string& word : words) request += word + '\0';
@@ -51,6 +52,7 @@ Answer askBoard(const Board& board, const std::vector<std::string>& words, int p
     return answer;
 }
 
+// A word without its zero byte was cut off, and is none.
 std::vector<std::string> receiveCommand(int fd) {
     const std::string request = receivePacket(fd);
     std::vector<std::string> words;
@@ -67,6 +69,7 @@ void sendAnswer(int fd, const Answer& answer) {
 
 using Json = nlohmann::ordered_json;
 
+// What has no name or no reason is null to programs and "" here.
 static Json orNull(const std::string& text) {
     return text.empty() ? Json(nullptr) : Json(text);
 }

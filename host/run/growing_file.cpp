@@ -45,6 +45,7 @@ int GrowingFile::reopenIfReplaced(const TakeLine& take) {
     return 0;
 }
 
+// Most lines come whole, but a chunk may end within one.
 void GrowingFile::append(const char* bytes, size_t size, const TakeLine& take) {
     const char* const end = bytes + size;
     while (bytes < end) {
@@ -88,6 +89,7 @@ void RecordFile::open(const std::string& file) {
     if (mFd < 0) throw std::system_error(errno, std::system_category(), file);
 }
 
+// An interrupted or short write leaves part of a line, which its reader passes over as none.
 void RecordFile::add(const std::string& line) const {
     const std::string bytes = line + "\n";
     errno = ENOSPC;  // what a part that was written means

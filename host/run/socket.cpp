@@ -1,3 +1,5 @@
+// A socket of a board is made, or connected to, by its path. Each step may fail, and what has been
+// opened is closed then, so that a caller has a good descriptor or none.
 #include "host/run/socket.h"
 
 #include <errno.h>

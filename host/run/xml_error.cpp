@@ -15,6 +15,8 @@
 
 namespace tarq::host {
 
+// The parser's own names of its errors say what it was doing. These say what the author of the file
+// has to look for.
 const char* xmlCause(tinyxml2::XMLError error) {
     switch (error) {
         case tinyxml2::XML_SUCCESS:
@@ -69,6 +71,7 @@ static bool readWhole(const std::string& file, std::string* content) {
     return in.is_open() && !in.bad();
 }
 
+// White space is kept as the daemon keeps it, since that decides whether an element has a text.
 XmlError findXmlError(const std::string& file) {
     std::string content;
     if (!readWhole(file, &content)) return {strerror(errno)};

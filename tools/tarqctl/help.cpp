@@ -56,7 +56,8 @@ static Rows positionals(const CLI::App& app) {
     return rows;
 }
 
-// The app's own options, then those of the apps above it, once each.
+// The app's own options, then those of the apps above it, once each. Global options are printed
+// with every command, because they may stand behind it.
 static Rows options(const CLI::App& app) {
     Rows rows;
     for (const CLI::App* a = &app; a != nullptr; a = a->get_parent()) {
@@ -96,6 +97,7 @@ static std::string indented(const std::string& lines) {
     return text;
 }
 
+// A name that is longer than the column pushes its text to the right, and nothing else.
 static void print(std::ostream& out, const std::string& title, const Rows& rows) {
     if (rows.empty()) return;
     out << "\n" << title << "\n";

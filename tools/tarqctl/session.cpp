@@ -32,6 +32,8 @@ int printDone(const Session& session) {
     return kDone;
 }
 
+// The two forms say the same. A hint is typed as it is, so what a name holds was quoted for a shell
+// when the hint was made.
 void printFailure(const Failure& failure, bool json, std::ostream& out, std::ostream& err) {
     if (json) {
         printJson(out, {{"error",
@@ -73,6 +75,8 @@ std::string joined(const std::vector<std::string>& words) {
     return text;
 }
 
+// Everything that is not known to be harmless is quoted; a tilde or a brace means something to some
+// shell.
 std::string shellQuoted(const std::string& word) {
     static const char kPlain[] =
             "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-@:.,/+=%";

@@ -18,11 +18,14 @@ namespace tarq::tools {
 using android::String16;
 using android::String8;
 
+// Whether it is, the platform's own conversion tells: there and back again is the same text only
+// for one that is well-formed.
 std::string checkUtf8(const std::string& text) {
     const String8 back{String16(text.data(), text.size())};
     return text == std::string(back.string(), back.size()) ? "" : "it is not UTF-8";
 }
 
+// The whole range of the call: the daemon takes any number, and so does this.
 std::string parseOtaTime(const std::string& text, int64_t* value) {
     return host::parseDecimal(text, INT64_MIN, INT64_MAX, value);
 }
@@ -34,6 +37,7 @@ std::string parseCount(const std::string& text, int32_t* value) {
     return why;
 }
 
+// Fewer digits would be another colour, so there are exactly six.
 std::string parseColour(const std::string& text, int32_t* value) {
     const std::string digits = text.substr(text[0] == '#' ? 1 : 0);
     const bool isHex = digits.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
@@ -56,6 +60,8 @@ CLI::Option* addNumber(CLI::App& app, const std::string& name, const std::string
             description);
 }
 
+// The vector grows while the words are read, so a number that is refused leaves one behind; the
+// command does not run then.
 CLI::Option* addNumbers(CLI::App& app, const std::string& name, const std::string& description,
                         std::vector<int32_t>* values) {
     return app.add_option_function<std::vector<std::string>>(
@@ -81,6 +87,8 @@ CLI::Option* addSeconds(CLI::App& app, const std::string& name, const std::strin
     return app.add_option(name, *value, description)->type_name("S")->check(checkSeconds);
 }
 
+// What a stream cannot be read for it does not say; errno is what the system said last, and any
+// error where that is nothing.
 static void readFrom(const Session& session, const std::string& file,
                      const std::function<void(std::istream&)>& read) {
     std::ifstream opened;

@@ -12,6 +12,7 @@ namespace tarq::board::ash {
 
 namespace {
 
+// The content that a kind has is part of it: a frame of another size is damaged.
 struct Kind {
     Type type;
     const char* name;
@@ -84,6 +85,7 @@ bool isReserved(uint8_t byte) {
            byte == kSubstitute || byte == kCancel;
 }
 
+// Numbers are taken modulo eight by whoever sets them.
 uint8_t controlByte(const Frame& frame, const Kind& kind) {
     const int numbers = frame.isBusy << 3 | frame.expected;
     switch (frame.type) {
@@ -118,6 +120,8 @@ uint16_t checksum(const uint8_t* bytes, size_t size) {
     return crc;
 }
 
+// Even a frame whose checksum is wrong is taken apart as far as it goes, which tells best what it
+// may have been.
 Frame decode(const Bytes& bytes) {
     Frame frame;
     const Kind* kind = nullptr;
@@ -145,6 +149,7 @@ Frame decode(const Bytes& bytes) {
     return frame;
 }
 
+// What must not stand on the line as it is gets the escape byte in front and bit 5 flipped.
 Bytes encode(const Frame& frame) {
     const Kind& kind = *std::find_if(std::begin(kKinds), std::end(kKinds) - 1,
                                      [&](const Kind& one) { return one.type == frame.type; });

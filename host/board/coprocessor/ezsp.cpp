@@ -12,6 +12,7 @@ static constexpr uint8_t kQueryId = 0x13;  // extended: the co-processor's manuf
 static constexpr uint8_t kExtended = 0xFF;
 static constexpr uint8_t kAnswerBit = 0x80;
 
+// The extended form has ff in the place of the id, and one more control byte.
 Ezsp parseEzsp(const Bytes& content) {
     const bool isExtended = content.size() >= 5 && content[2] == kExtended;
     const ptrdiff_t place = isExtended ? 4 : 2;
@@ -33,6 +34,7 @@ Bytes encodeEzsp(const Ezsp& ezsp) {
     return content;
 }
 
+// Only shapes that are known are put into words; all else is shown as bytes.
 std::string meaningOf(const Ezsp& ezsp) {
     const Bytes& bytes = ezsp.parameters;
     const auto byte = [&](size_t place) { return place < bytes.size() ? bytes[place] : 0u; };

@@ -21,6 +21,7 @@ namespace tarq::board {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
+// The slave is held open here too, so that nobody's closing it hangs up the line.
 SerialLine::SerialLine(Answer answer, const host::RecordFile& record)
     : mAnswer(std::move(answer)), mRecord(record) {
     char name[64] = {};
@@ -63,6 +64,8 @@ void SerialLine::run() {
     }
 }
 
+// A frame may come in many chunks and a chunk have many frames; answers are counted from the chunk
+// that ends the question.
 void SerialLine::receive() {
     uint8_t chunk[4096];
     const ssize_t size = read(mMaster, chunk, sizeof(chunk));

@@ -46,6 +46,7 @@ static int onReadlink(const char* path, char* buffer, size_t size) {
     return error;
 }
 
+// A directory is read whole at once: it is small, and has no order that could be gone on with.
 static int onReaddir(const char* path, void* buffer, fuse_fill_dir_t fill, off_t, fuse_file_info*,
                      fuse_readdir_flags) {
     std::set<std::string> names = hardware().list(path);
@@ -74,6 +75,8 @@ static int onWrite(const char*, const char* data, size_t size, off_t, fuse_file_
     return error != 0 ? error : static_cast<int>(size);
 }
 
+// The kernel has copied the argument by the size in the request, so the node sees this process's
+// memory only.
 static int onIoctl(const char*, unsigned request, void*, fuse_file_info* info, unsigned flags,
                    void* argument) {
     if ((flags & FUSE_IOCTL_DIR) != 0) return -ENOTTY;
@@ -139,6 +142,7 @@ class CapturedErrors {
 
 }  // namespace
 
+// libfuse says why it fails on standard error alone, so that is caught and becomes the reason.
 FileSystem::FileSystem(Hardware& hardware, const std::filesystem::path& mountPoint, bool forAll)
     : mHardware(hardware) {
     const CapturedErrors errors;

@@ -59,6 +59,7 @@ void PlainFiles::write(const std::string& path, const std::string& content) {
     fs::rename(next, file);  // a reader sees the old one or the new one
 }
 
+// Both names are the same file for a moment; then the link takes the place of one of them.
 std::unique_ptr<Node> PlainFiles::adopt(const std::string& path) {
     if (!fs::is_regular_file(mBoard.device(path)))
         throw std::invalid_argument("there is no such file");

@@ -57,6 +57,7 @@ Words Receiver::names(const std::string& command) const {
     return command == "set" ? Words{"receiver_status", "receiver_rssi"} : Words{};
 }
 
+// A wrong number changes nothing; a state that was set is told at once.
 bool Receiver::perform(const Words& words) {
     if (words[0] == "key" && (words.size() == 5 || words.size() == 6)) {
         std::vector<int32_t> key;
@@ -98,7 +99,8 @@ void Receiver::tellState() const {
     fs::rename(next, mBoard.directory + host::kReceiverState);
 }
 
-// key: three values, the frequency, and perhaps the signal strength in dBm.
+// key: three values, the frequency, and perhaps the signal strength in dBm. A key that arrives
+// changes what the receiver hears, until the next one.
 void Receiver::receive(const std::vector<int32_t>& key) {
     const auto refuse = [](const std::string& why) {
         throw std::runtime_error("not heard: " + why);
@@ -145,6 +147,7 @@ std::optional<int32_t> Receiver::tunedFrequency() const {
     return std::nullopt;
 }
 
+// The commonest mistake is a key at another frequency, which the refusal names.
 std::string Receiver::whyNobodyListens(int32_t frequency) const {
     const std::optional<int32_t> tuned = tunedFrequency();
     if (!tuned) return "no program listens";

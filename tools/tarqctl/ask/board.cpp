@@ -86,6 +86,7 @@ std::string askBoard(const Session& session, const std::vector<std::string>& wor
                           hintAt(session, answer.error));
 }
 
+// A board that answers with something else speaks of other things than this tool knows.
 std::string askState(const Session& session, host::BoardState* state, std::string* hint) {
     const host::Answer answer = answerTo(session, {"board"});
     *hint = hintAt(session, answer.error);

@@ -48,6 +48,7 @@ void requireRecord(const Session& session, const std::string& path, const std::s
                           howToStart(error));
 }
 
+// It may be gone between the two looks, as of a board that ends.
 void printRecord(const Session& session, const std::string& path, const std::string& question,
                  bool follows, const host::GrowingFile::TakeLine& print) {
     requireRecord(session, path, question);
@@ -56,6 +57,7 @@ void printRecord(const Session& session, const std::string& path, const std::str
     throw session.failure("no_record", path + ": " + strerror(error), howToStart(error));
 }
 
+// A reader that has had enough, such as head, is no failure.
 int printed(const Session& session, bool follows) {
     if (!follows || !session.out.good()) return kDone;
     throw boardEnded(session);

@@ -21,6 +21,7 @@ static std::string descriptor() {
     return android::String8(Interface::descriptor).string();
 }
 
+// A service that its daemon always has needs no property.
 const std::vector<KnownService>& knownServices() {
     static const std::vector<KnownService>& services = *new std::vector<KnownService>{
             {descriptor<com::tarq::hardwareInfo::IHardwareInfoService>(), nullptr},
@@ -43,6 +44,8 @@ bool isEnabled(const KnownService& service) {
     return service.enabledBy == nullptr || property(service.enabledBy) == "true";
 }
 
+// The check publishes its result in a property when it ends, whatever that is; it is asked there,
+// since the daemon answers nobody meanwhile.
 std::string startupCheck() {
     const bool runs = property("ro.vendor.zigbee_check_enable") == "true" &&
                       property("ro.vendor.zigbee.info").empty();

@@ -39,6 +39,7 @@ static char stateOf(pid_t process) {
     return name == std::string::npos ? '?' : text.str()[name + 2];
 }
 
+// A debugger is told apart, since going on is not what its user wants: who it is comes as the hint.
 static std::optional<Stopped> stopped(const std::string& who, const std::string& socket) {
     const pid_t process = listenerOf(socket);
     if (process == 0) return std::nullopt;
@@ -62,6 +63,7 @@ std::optional<Stopped> findStopped(const host::Board& board) {
     return stopped("the daemon", board.binderSocket());
 }
 
+// Of several nodes the first is told; when it is released the next one is.
 std::optional<Stopped> findHeld(const host::Board& board) {
     host::BoardState state;
     if (!host::parseBoardState(host::askBoard(board, {"board"}, 1).text, &state)) return {};

@@ -10,6 +10,8 @@
 
 namespace tarq::tools {
 
+// Two blanks are between columns. Names and paths are ASCII once they are escaped, but for what a
+// user has put there.
 static std::string cell(const std::string& text, size_t width) {
     return text + std::string(width - text.size() + 2, ' ');
 }
@@ -34,6 +36,7 @@ static std::string tableOf(std::vector<host::NodeState> nodes) {
     return text;
 }
 
+// The JSON is what the board has answered, with its directory in front.
 static int board(Session& session) {
     openBoard(session);
     host::BoardState state;

@@ -20,7 +20,8 @@ namespace tarq::tools {
 
 namespace {
 
-// One text of the file, or one member of an archive.
+// One text of the file, or one member of an archive. A log is read into it line by line and asked
+// for its requests at the end.
 struct Log {
     explicit Log(std::string name) : member(std::move(name)) {}
 

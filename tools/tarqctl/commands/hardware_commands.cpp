@@ -30,6 +30,7 @@ static Run declare(CLI::App& app, const std::string& command,
     return [=](Session& session) { return tell(session, command, *words); };
 }
 
+// Which nodes there are the board tells, in `board` and in its refusal.
 static constexpr char kNode[] = "its name, such as touch_panel, or its path on the device";
 
 Run declareSet(CLI::App& app) {
@@ -45,6 +46,7 @@ Run declareSet(CLI::App& app) {
               "begins with a dash"}});
 }
 
+// The faults are those of the board's own tables, so that the help cannot differ from what it does.
 Run declareFault(CLI::App& app) {
     return declare(app, "fault",
                    {{"NODE", kNode},

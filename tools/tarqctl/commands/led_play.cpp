@@ -57,6 +57,8 @@ static Failure noSuchEffect(const Session& session, const std::string& word, std
     return session.failure("not_loaded", why, hint, kServiceSaidNo);
 }
 
+// A path that does not exist is told by the system's own words; for a name those would be of a file
+// that nobody has typed.
 static bool isMissingName(const std::string& word, const std::string& file) {
     std::error_code error;
     return word.find('/') == std::string::npos && !fs::exists(deviceFile(file), error) && !error;
@@ -126,6 +128,7 @@ static int play(Session& session, const std::string& word, const std::string& fi
     return printDone(session);
 }
 
+// Members that say nothing are left out.
 static void printJson(const Session& session, const EffectRecord& record) {
     Json json;
     if (record.attribute.empty()) {

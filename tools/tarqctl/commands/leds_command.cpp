@@ -21,7 +21,8 @@ namespace tarq::tools {
 
 namespace {
 
-// The terminal's other screen, without a cursor; afterwards the usual one is as it was.
+// The terminal's other screen, without a cursor; afterwards the usual one is as it was. What was on
+// the terminal before is back afterwards, also when the command fails.
 class Screen {
   public:
     explicit Screen(std::ostream& out) : mOut(out) { mOut << "\x1b[?1049h\x1b[?25l"; }
@@ -67,7 +68,8 @@ void printColours(const Session& session, int64_t ms, const Colours& colours) {
     printJson(session.out, {{"ms", ms}, {"leds", leds}});
 }
 
-// As blocks on a terminal; without one, or with --json or NO_COLOR, a line for each change.
+// As blocks on a terminal; without one, or with --json or NO_COLOR, a line for each change. A slow
+// terminal delays the next look and nothing else: what happened meanwhile is in the trace.
 void watch(const Session& session) {
     LedReplay leds(session);
     std::atomic<bool> isOver{false};

@@ -119,6 +119,8 @@ bool printNotes(const Session& session, const Answer& answer) {
     return isClean;
 }
 
+// What the service said and what is printed may differ: hardware that could not be asked makes it
+// unknown, whatever was said.
 int match(Session& session, const Options& options) {
     const bool hasFile = !options.file.empty();
     if (!hasFile && options.items.empty()) {

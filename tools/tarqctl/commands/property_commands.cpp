@@ -54,6 +54,7 @@ static void print(const Session& session, const Properties& properties, bool nam
     }
 }
 
+// A default is printed for a property that is empty as well, as on a device.
 Run declareGetprop(CLI::App& app) {
     const auto name = std::make_shared<std::string>();
     const auto fallback = std::make_shared<std::string>();
@@ -90,7 +91,8 @@ static Setting set(const std::string& name, const std::string& value) {
     return {done, at == std::string::npos ? entry : entry.substr(at + known.size())};
 }
 
-// The rules stand in the help; other users of a shared board may only read.
+// The rules stand in the help; other users of a shared board may only read. A ro. property that is
+// set already is the usual cause, so its value is what to look at.
 static std::string hintAfterRefusal(const Session& session, const std::string& name) {
     const std::string directory = session.board.properties();
     if (access(directory.c_str(), W_OK) != 0 && errno == EACCES) {

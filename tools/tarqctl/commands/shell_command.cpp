@@ -22,6 +22,7 @@ namespace {
 // The service keeps at most this many bytes of the output.
 constexpr size_t kMaxOutput = 1023;
 
+// Android's AID_SYSTEM.
 constexpr uid_t kSystemUid = 1000;
 
 constexpr char kWords[] =
@@ -45,7 +46,8 @@ void expectPermission(const Session& session, const Status& status) {
                           kServiceSaidNo);
 }
 
-// The service runs one command at a time and lets all others wait, which nobody is told.
+// The service runs one command at a time and lets all others wait, which nobody is told. A text
+// that is no UTF-8 never gets here, as the command line was checked.
 std::string ask(Session& session, const std::string& command) {
     const Daemon daemon(session,
                         "another command may be running, one runs at a time; or this one takes "

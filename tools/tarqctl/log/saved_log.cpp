@@ -26,6 +26,7 @@ bool isPriority(View text) {
     return text.size() == 1 && strchr(kPriorities, text[0]) != nullptr;
 }
 
+// Empty for a text of blanks alone.
 View withoutBlanks(View text) {
     const size_t begin = text.find_first_not_of(' ');
     if (begin == View::npos) return {};
@@ -104,6 +105,7 @@ std::string withBlanksForColons(View text) {
     return blanks;
 }
 
+// A tag may be filled up with blanks; the text begins where it begins.
 void setText(View tag, View text, LogLine* line) {
     line->tag = withoutBlanks(tag);
     line->text = text;
@@ -163,7 +165,7 @@ bool readProcess(View rest, LogLine* line) {
     return true;
 }
 
-// "[ 05-01 10:00:00.123   512:  530 I/Tag      ]"
+// "[ 05-01 10:00:00.123 512: 530 I/Tag ]" The text of the entry is on the lines below it.
 bool readLongHeader(View text, LogLine* line) {
     if (text.substr(0, 2) != "[ " || text.substr(text.size() - 2) != " ]") return false;
     View rest = text.substr(2, text.size() - 4);
@@ -184,7 +186,8 @@ bool readEntry(View text, LogLine* line) {
     return line->time.empty() ? readProcess(text, line) : readThreadtime(text, line);
 }
 
-// Of a terminal, around a whole line.
+// Of a terminal, around a whole line. logcat -v color puts one sequence in front of a line and one
+// behind it.
 View withoutColour(View text) {
     constexpr View kEnd = "\x1b[0m";
     if (text.substr(0, 2) == "\x1b[" && text.find('m') != View::npos) {

@@ -19,6 +19,7 @@ size_t apart(const std::string& name, const std::string& known) {
     return contained ? 0 : host::distance(name, known);
 }
 
+// There is always one, since overlay_id is among them.
 std::string nearest(const std::string& name, const std::vector<std::string>& names) {
     return *std::min_element(names.begin(), names.end(),
                              [&name](const std::string& a, const std::string& b) {
@@ -26,7 +27,9 @@ std::string nearest(const std::string& name, const std::vector<std::string>& nam
                              });
 }
 
-// A word of the board that is only part of a word of the package.
+// A word of the board that is only part of a word of the package. The daemon looks for the board's
+// word anywhere in the value, so a longer word that holds it fits as well, which may be an
+// accident.
 void addInnerWords(const Item& part, const Item& item, size_t index, std::vector<Doubt>* doubts) {
     const std::vector<std::string> words = tokensOf(item.value);
     for (const std::string& word : tokensOf(part.value)) {

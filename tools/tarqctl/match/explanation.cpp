@@ -50,12 +50,15 @@ bool endedWith(Fact fact, const FallbackFinding& fallback) {
     return fallback.end && fallback.end->fact == fact;
 }
 
+// Parts that the board lists; a package need not name any other.
 size_t partCount(const MatchRequest& request) {
     return static_cast<size_t>(
             std::count_if(request.board.begin(), request.board.end(),
                           [](const Item& part) { return part.value != kNoPart; }));
 }
 
+// "all 5 board parts fit", "2 of 5 board parts do not fit"; what decides it is not told here but in
+// the rows.
 std::string partsClause(const MatchRequest& request) {
     const size_t count = partCount(request);
     const size_t unfit = misfits(request).size();
@@ -135,6 +138,8 @@ bool haveDifferentUnits(const FallbackFinding& fallback) {
 
 }  // namespace
 
+// The advice about the time is given only where it alone kept the package from passing, and where a
+// greater time exists.
 Explanation explain(const MatchRequest& request) {
     Explanation explanation;
     const bool yes = request.outcome == Outcome::kYes;

@@ -62,6 +62,7 @@ class FactWalk {
     size_t mNext = 0;
 };
 
+// Words are compared as parts of the text, as the daemon does it: "gt" is found in "gt9xx".
 void examinePart(const Item& part, FactWalk& walk, ItemFinding& finding) {
     const std::string& package = finding.item.value;
     bool differs = package != kNoPart;
@@ -121,6 +122,8 @@ bool readFallback(FactWalk& walk, FallbackFinding* fallback) {
     return line.fact == Fact::kNotListed || line.fact == Fact::kLater;
 }
 
+// No line says that all parts fit. A yes ends with the last item, so it is proved by what does not
+// follow.
 Outcome follow(FactWalk& walk, MatchRequest* request) {
     for (ItemFinding& finding : request->items) {
         examine(*request, walk, finding);
@@ -176,6 +179,7 @@ const ItemFinding* findingOf(const MatchRequest& request, const std::string& nam
     return last == request.items.rend() ? nullptr : &*last;
 }
 
+// In the order of the board, of which the daemon names the first.
 std::vector<const Item*> misfits(const MatchRequest& request) {
     std::vector<const Item*> parts;
     for (const Item& part : request.board) {

@@ -12,6 +12,7 @@ namespace {
 
 using Cells = std::array<std::string, 4>;
 
+// These words are also those of the JSON, with underscores.
 std::string wordFor(Verdict verdict) {
     constexpr const char* words[] = {"fits", "does not fit", "ignored", "not examined", "unknown"};
     return words[static_cast<size_t>(verdict)];
@@ -102,6 +103,8 @@ std::string asText(const Session& session, const Explanation& explanation) {
     return word + asText(explanation).substr(verdict.size());
 }
 
+// The order of the members is that of docs/json.md. service is there only where a service was
+// asked.
 Json asJson(const Explanation& explanation) {
     Json items = Json::array();
     for (const ExplainedRow& row : explanation.rows) items.push_back(asJson(row));

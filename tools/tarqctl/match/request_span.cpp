@@ -68,6 +68,7 @@ size_t readBoard(const RequestLines& lines, const RequestSpan& span, MatchReques
     return i;
 }
 
+// The daemon compares nothing then and says yes.
 MatchRequest skipped(const FactLine& line) {
     MatchRequest request = unknownRequest(Outcome::kYes);
     request.skippedBecause = line.arguments.empty()
@@ -115,6 +116,7 @@ std::optional<RequestSpan> spanAt(const RequestLines& lines, size_t start, const
     return RequestSpan{start, *board, nextLine(lines, std::max(start + 1, *board), beginsRequest)};
 }
 
+// A board within the request means that the list held the lines of one.
 MatchRequest readSpan(const RequestLines& lines, const RequestSpan& span, const Texts* items) {
     const bool looksLikeALog = items != nullptr
                                        ? std::any_of(items->begin(), items->end(), hasLineLikeALog)

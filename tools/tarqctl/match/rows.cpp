@@ -18,6 +18,7 @@ std::string listOf(const Texts& texts) {
     return list;
 }
 
+// Empty where the log does not tell what the hardware said.
 std::string probeReason(const ProbeFinding& probe, const std::string& package) {
     const std::string how = probe.how.empty() ? "" : " (" + probe.how + ")";
     if (!probe.answered) {
@@ -32,6 +33,7 @@ std::string probeReason(const ProbeFinding& probe, const std::string& package) {
     return "probe says " + *probe.part + how + ", " + listed + (nearly ? " exactly so" : "");
 }
 
+// Of words that are missing those are told, else the ones that were found.
 std::string wordsReason(const Item& part, const ItemFinding& finding) {
     if (!finding.missingWords.empty()) {
         return "no " + listOf(finding.missingWords) + " in \"" + finding.item.value + "\"";
@@ -102,7 +104,8 @@ ExplainedRow overlayRow(const MatchRequest& request, const ItemFinding& finding)
     return row;
 }
 
-// A part that the board has.
+// A part that the board has. A part that no item names does not fit, but only once all items were
+// seen.
 ExplainedRow partRow(const MatchRequest& request, const Item& part, const ItemFinding* finding) {
     ExplainedRow row = {part.name, part.value, {}, notSeen(request), ""};
     if (finding != nullptr) row.package = finding->item.value;

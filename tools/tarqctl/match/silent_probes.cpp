@@ -61,6 +61,8 @@ static bool isNeeded(const host::NodeState& node, const std::vector<std::string>
     });
 }
 
+// A board with a fault on a node plays that as it should, so the answer counts: only what cannot be
+// played does not.
 std::string whyNotAsked(const Session& session, const std::vector<std::string>& parts,
                         std::string* hint) {
     if (parts.empty()) return "";

@@ -47,6 +47,8 @@ class Waiting {
 
 }  // namespace
 
+// Files that the daemon will read are looked at between the two starts: by then the board has laid
+// them out.
 void Parts::start() {
     const std::string folder = boardFolder(mOptions.board);
     makeDirectory(folder);
@@ -56,6 +58,7 @@ void Parts::start() {
     startDaemon();
 }
 
+// The directory goes last, when nobody writes to it any more.
 void Parts::end() {
     endAll(mChildren, signals, [this](const std::string& text) { say(text); });
     mDirectory.reset();
@@ -82,6 +85,7 @@ std::vector<std::string> Parts::tarqctl(const std::vector<std::string>& words) c
     return all;
 }
 
+// It is named for the board, so that `tarqctl --board` can be typed by what one sees.
 void Parts::makeDirectory(const std::string& folder) {
     Waiting waiting([this] { say("waiting for another start of yours, one begins at a time"); });
     mDirectory.emplace(fs::canonical(folder).filename(), mOptions.isShared, [&] {

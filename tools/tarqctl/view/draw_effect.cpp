@@ -44,6 +44,7 @@ static Drawn effectOf(Session& session, const std::string& file) {
     return drawn;
 }
 
+// As it plays on the board, from its start on, whatever has gone by.
 static Drawn whatPlays(Session& session) {
     openBoard(session);
     const LedReplay replay(session);
@@ -53,6 +54,7 @@ static Drawn whatPlays(Session& session) {
                           session.help());
 }
 
+// What the picture lacks is in its caption, and said on standard error as well.
 static std::string gifOf(const Session& session, const Drawn& drawn) {
     const std::vector<EffectFrame> frames = framesOf(drawn.effect, drawn.leds);
     const std::vector<std::string> lacks = lacksOf(drawn.effect, frames);
@@ -63,6 +65,8 @@ static std::string gifOf(const Session& session, const Drawn& drawn) {
     return gif.finish();
 }
 
+// The picture is complete before the file is touched, so what cannot be drawn leaves an older one
+// as it was.
 void drawEffect(Session& session, const std::string& effectFile, const std::string& gifFile) {
     const Drawn drawn = effectFile.empty() ? whatPlays(session) : effectOf(session, effectFile);
     const std::string bytes = gifOf(session, drawn);

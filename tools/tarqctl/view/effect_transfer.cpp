@@ -37,6 +37,7 @@ static std::vector<EffectItem> readItems(const Session& session, const std::stri
                           kServiceSaidNo);
 }
 
+// The attributes are the daemon's constants, so no name of one stands here again.
 static EffectRecord recordOf(const EffectItem& item) {
     switch (item.kind) {
         case EffectItem::kParameter:
@@ -51,6 +52,8 @@ static EffectRecord recordOf(const EffectItem& item) {
     return {};
 }
 
+// All records are written to one driver, since whether a later one is taken depends on those before
+// it.
 EffectTransfer transferEffect(const Session& session, const std::string& file, size_t leds) {
     EffectTransfer transfer = {file, {{kTransferState, "1"}}, std::nullopt};
     for (const EffectItem& item : readItems(session, file)) {
@@ -76,6 +79,7 @@ std::string EffectTransfer::trouble(const EffectRecord& record) const {
     return host::escaped(place + "the driver refuses " + what + ": " + record.whyRefused);
 }
 
+// The first line of the trace tells it, so a board without one, as on plain files, does not tell.
 std::optional<size_t> findLeds(Session& session, const std::string& file) {
     try {
         openBoard(session);

@@ -50,6 +50,7 @@ static std::string codeName(uint8_t code) {
     }
 }
 
+// An id without a name is shown as a number, its parameters as bytes.
 static std::string ezspText(const Bytes& content) {
     const Ezsp ezsp = ash::parseEzsp(content);
     std::string text = "EZSP " + hex(ezsp.sequence) + " ";
@@ -91,6 +92,7 @@ std::string textOf(const Frame& frame) {
            ": " + asHex(frame.bytes);
 }
 
+// The members' names stay; which there are follows from the type.
 static void addContent(const Frame& frame, Json& json) {
     if (frame.type == Type::kData) {
         const ash::Ezsp ezsp = ash::parseEzsp(frame.content);
@@ -153,12 +155,14 @@ FramePrinter::FramePrinter(const Session& session, const std::vector<std::string
     for (const std::string& sender : senders) mDirections.push_back({sender});
 }
 
+// In the order in which senders were first heard of, behind those that were named.
 FramePrinter::Direction& FramePrinter::of(const std::string& sender) {
     const auto known = std::find_if(mDirections.begin(), mDirections.end(),
                                     [&](const Direction& one) { return one.sender == sender; });
     return known != mDirections.end() ? *known : mDirections.emplace_back(Direction{sender});
 }
 
+// A frame is told with the origin of its last byte, by which time all of it was there.
 void FramePrinter::print(Direction* direction, const std::vector<board::ash::Frame>& frames) const {
     for (const board::ash::Frame& frame : frames) {
         if (frame.damage.empty()) {
@@ -177,6 +181,7 @@ void FramePrinter::take(const std::optional<FrameOrigin>& origin, const board::a
     print(&direction, direction.reader.read(bytes));
 }
 
+// Where nothing came at all, one line of zeros says so.
 void FramePrinter::finish() {
     if (mDirections.empty()) of("");
     for (Direction& direction : mDirections) print(&direction, direction.reader.finish());

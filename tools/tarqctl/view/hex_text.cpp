@@ -9,6 +9,7 @@
 
 namespace tarq::tools {
 
+// -1 for what is no digit. isxdigit would go by the locale.
 static int valueOf(char c) {
     if (c >= '0' && c <= '9') return c - '0';
     if (c >= 'a' && c <= 'f') return c - 'a' + 10;
@@ -82,6 +83,7 @@ bool HexText::take(char c, uint8_t* byte) {
     return true;
 }
 
+// A text must not end within a byte, or behind a prefix without digits.
 void HexText::finish() const {
     if (mExpected == Expected::kSecondDigit) fail(mBegin, "a byte is two digits");
     if (mExpected != Expected::kAnything) fail(mBegin, "no digits follow");
