@@ -103,8 +103,7 @@ std::string asText(const Session& session, const Explanation& explanation) {
     return word + asText(explanation).substr(verdict.size());
 }
 
-// The order of the members is that of docs/json.md. service is there only where a service was
-// asked.
+// service is there only where a service was asked.
 Json asJson(const Explanation& explanation) {
     Json items = Json::array();
     for (const ExplainedRow& row : explanation.rows) items.push_back(asJson(row));

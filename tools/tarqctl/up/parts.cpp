@@ -85,7 +85,7 @@ std::vector<std::string> Parts::tarqctl(const std::vector<std::string>& words) c
     return all;
 }
 
-// It is named for the board, so that `tarqctl --board` can be typed by what one sees.
+// It is named for the board, so that it can be told from those of other boards.
 void Parts::makeDirectory(const std::string& folder) {
     Waiting waiting([this] { say("waiting for another start of yours, one begins at a time"); });
     mDirectory.emplace(fs::canonical(folder).filename(), mOptions.isShared, [&] {

@@ -9,7 +9,7 @@
 
 namespace tarq::tools {
 
-// -1 for what is no digit. isxdigit would go by the locale.
+// A digit of either case, or -1.
 static int valueOf(char c) {
     if (c >= '0' && c <= '9') return c - '0';
     if (c >= 'a' && c <= 'f') return c - 'a' + 10;
