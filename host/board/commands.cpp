@@ -11,8 +11,8 @@
 #include <stdexcept>
 
 #include "host/run/control.h"
+#include "host/run/descriptors.h"
 #include "host/run/faults.h"
-#include "host/run/socket.h"
 #include "host/run/text.h"
 
 namespace tarq::board {

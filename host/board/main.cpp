@@ -17,7 +17,7 @@
 #include "host/board/board_directory.h"
 #include "host/board/commands.h"
 #include "host/board/hardware/file_system.h"
-#include "host/run/standard_descriptors.h"
+#include "host/run/descriptors.h"
 #include "host/run/text.h"
 
 namespace tarq::board {

@@ -18,12 +18,15 @@ struct Board {
     bool isNone() const { return directory.empty(); }
 
     // "/vendor/etc" -> the file that stands for it on this machine. /vendor and /data are plain
-    // folders; /sys, /proc and /dev lead into hardware(), or are plain as well without FUSE.
+    // folders; /sys, /proc and /dev lead into hardware(), or are plain as well without FUSE. The
+    // path is absolute, as the device has it.
     std::string device(const std::string& path) const { return directory + "/root" + path; }
+    // Where the hardware is mounted, as files of a file system of its own.
     std::string hardware() const { return directory + "/hw"; }
     // Where plain files wait that the hardware plays meanwhile.
     std::string aside() const { return directory + "/aside"; }
 
+    // Made when the board is switched on, and removed when it is switched off.
     std::string run() const { return directory + "/run"; }
     // Locked by the board's process (flock), for as long as it runs.
     std::string lock() const { return directory + "/run/lock"; }

@@ -10,7 +10,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "host/run/socket.h"
+#include "host/run/descriptors.h"
 
 namespace tarq::host {
 

@@ -41,7 +41,8 @@ void sendAnswer(int fd, const Answer& answer);
 
 // ---- what a board plays ----
 
-// A file of the hardware, or a part that is no file.
+// A file of the hardware, or a part that is no file. Its fault is told by the name that faults.h
+// has for it, and "none" is one of them.
 struct NodeState {
     std::string name;  // what people call it; "" where they have no name
     std::string path;  // on the device; "" for what is no file
@@ -55,6 +56,7 @@ constexpr char kThere[] = "there";
 constexpr char kNotThere[] = "absent";
 constexpr char kNotPlayed[] = "not played";  // fitted, but plain files cannot stand in for it
 
+// Nodes by their paths, and behind them the parts that are no file.
 struct BoardState {
     std::string withoutFuse = {};  // why there are plain files only; "" when the hardware is played
     std::vector<NodeState> nodes = {};

@@ -12,6 +12,7 @@ namespace tarq::host {
 // For one thread at a time.
 class GrowingFile {
   public:
+    // Called within read() and finish(), on the thread that calls them.
     using TakeLine = std::function<void(const std::string&)>;
 
     // The file need not be there yet: each look tries again.
@@ -24,7 +25,8 @@ class GrowingFile {
     // then handed over as one.
     void skip();
     // Hands over the lines, without their newline, that were completed since the last call. Returns
-    // 0, or an errno if there is no such file now and none was open before.
+    // 0, or an errno if there is no such file now and none was open before. A file that was
+    // replaced is read to its end first, with its last line.
     int read(const TakeLine& take);
     // Hands over what stands behind the last newline, if anything does.
     void finish(const TakeLine& take);
@@ -38,7 +40,8 @@ class GrowingFile {
     std::string mPartial;  // the last line as far as it has been read
 };
 
-// Adds to such a file. For one thread at a time.
+// Adds to such a file. For one thread at a time. Nothing is kept back, but nothing is forced to the
+// disk either: the records of a board end with it.
 class RecordFile {
   public:
     // what: whose lines are missing, should it come to that, for people: "board: the trace".

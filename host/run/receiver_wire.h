@@ -20,7 +20,7 @@
 
 #include <string>
 
-#include "host/run/socket.h"
+#include "host/run/descriptors.h"
 
 namespace tarq::host {
 

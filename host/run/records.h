@@ -33,6 +33,7 @@ int64_t nowMs();
 // process looked at it first is not followed.
 std::string logTime(int64_t ms);
 
+// One write to an attribute, which is told by its name without the directory.
 struct LedRecord {
     int64_t ms = 0;
     std::string attribute = {};
@@ -45,6 +46,7 @@ std::string firstLedLine(size_t leds);
 std::string ledLine(const LedRecord& record);
 
 // A line again: the first one, with a number of LEDs, or one with a record. False when it is none.
+// Whoever follows the file meets the first one again when the board is switched on anew.
 struct LedLine {
     size_t leds = 0;
     LedRecord record = {};

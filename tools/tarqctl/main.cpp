@@ -7,7 +7,7 @@
 
 #include <iostream>
 
-#include "host/run/standard_descriptors.h"
+#include "host/run/descriptors.h"
 #include "tools/tarqctl/session.h"
 #include "tools/tarqctl/tarqctl.h"
 

@@ -25,7 +25,7 @@ std::string checkUtf8(const std::string& text);
 // then. Its unit is that of the board's timestamp file, which this tool does not know.
 std::string parseOtaTime(const std::string& text, int64_t* value);
 
-// From 1 on, in the same way.
+// From 1 on, in the same way. A number of times, or of keys: up to 2147483647.
 std::string parseCount(const std::string& text, int32_t* value);
 
 // Six hexadecimal digits of a colour, with or without "#", in the same way.
@@ -46,7 +46,8 @@ CLI::Option* addNumber(CLI::App& app, const std::string& name, const std::string
 CLI::Option* addNumbers(CLI::App& app, const std::string& name, const std::string& description,
                         std::vector<int32_t>* values);
 
-// Declares an option of so many seconds, from 0.001 to a day.
+// Declares an option of so many seconds, from 0.001 to a day. Fractions are taken; the help names
+// the unit.
 CLI::Option* addSeconds(CLI::App& app, const std::string& name, const std::string& description,
                         double* value);
 
@@ -58,7 +59,8 @@ constexpr char kHidden[] = "";
 // Failure if it cannot be read. A line behind the last newline counts as well.
 void readLines(const Session& session, const std::string& file,
                const std::function<void(const std::string&)>& take);
-// The same for its characters, as they come.
+// The same for its characters, as they come. For input that is watched live, of which a line may
+// take its time.
 void readCharacters(const Session& session, const std::string& file,
                     const std::function<void(char)>& take);
 

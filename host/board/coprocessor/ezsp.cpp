@@ -6,10 +6,13 @@
 
 namespace tarq::board::ash {
 
-// The one command that the presence check asks in either form.
+// The commands of the presence check, one in each form. The first one asks for the version of the
+// protocol, as any host has to before all others.
 static constexpr uint8_t kVersionId = 0x00;
 static constexpr uint8_t kQueryId = 0x13;  // extended: the co-processor's manufacturer and version
+// In the place of an id: what follows has the longer form.
 static constexpr uint8_t kExtended = 0xFF;
+// Of the frame control. All other bits of it are passed over.
 static constexpr uint8_t kAnswerBit = 0x80;
 
 // The extended form has ff in the place of the id, and one more control byte.
@@ -26,6 +29,7 @@ Ezsp parseEzsp(const Bytes& content) {
     return ezsp;
 }
 
+// Frame control of a command is 0, and so is the second one of the extended form.
 Bytes encodeEzsp(const Ezsp& ezsp) {
     Bytes content = {ezsp.sequence, ezsp.isAnswer ? kAnswerBit : uint8_t{0}};
     if (ezsp.name == "query") content.insert(content.end(), {kExtended, 0});
@@ -53,6 +57,7 @@ std::string meaningOf(const Ezsp& ezsp) {
     return text;
 }
 
+// Major and minor number, and the patch.
 std::string versionText(unsigned version) {
     char text[40];
     snprintf(text, sizeof(text), "%u.%u.%u", version >> 12 & 15, version >> 8 & 15, version & 255);

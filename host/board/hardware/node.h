@@ -14,7 +14,8 @@ namespace tarq::board {
 // Results are 0 or a negative errno, as in the kernel.
 class Node {
   public:
-    // mode: the permission bits. For root they hold as well, as in sysfs.
+    // mode: the permission bits. For root they hold as well, as in sysfs. They do not change,
+    // whatever becomes of the file.
     explicit Node(mode_t mode) : mMode(mode) {}
     virtual ~Node() = default;
     Node(const Node&) = delete;
@@ -26,16 +27,19 @@ class Node {
     // back. A file that was opened in an earlier life is dead.
     virtual unsigned life() const { return 1; }
 
-    // Where it leads; "" for a file that is no symbolic link.
+    // Where it leads; "" for a file that is no symbolic link. It may change while the board runs,
+    // as that of the serial port does.
     virtual std::string link() const { return ""; }
 
     // True for one whose Part performs all commands about it.
     virtual bool isPart() const { return false; }
 
     // In bytes, as stat tells it. A driver makes its text when it is read, so it claims a page.
+    // Readers must not go by it, as with the kernel's own.
     virtual off_t size() const { return 4096; }
 
-    // The whole content, made for a reader who begins at the start.
+    // The whole content, made for a reader who begins at the start. A reader gets this text to its
+    // end, whatever becomes of the node meanwhile.
     virtual int read(std::string* /*content*/) { return -EINVAL; }
 
     // One write is one record, wherever in the file it is made. As in sysfs, what one write() was

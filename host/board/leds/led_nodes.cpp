@@ -12,6 +12,7 @@ namespace tarq::board {
 
 namespace {
 
+// Shared by the files of all attributes.
 struct Leds {
     LedDriver driver;
     std::shared_ptr<LedTrace> trace;
@@ -42,11 +43,14 @@ class LedAttribute : public Node {
 
 }  // namespace
 
+// The number of LEDs goes first, so that whoever reads the trace can have a driver of its own that
+// shows the same.
 void LedTrace::open(const std::string& file) {
     mFile.open(file);
     mFile.add(host::firstLedLine(mLeds));
 }
 
+// The driver goes by the same names, and refuses any other.
 std::shared_ptr<LedTrace> addLeds(Hardware& hardware, size_t count) {
     const auto trace = std::make_shared<LedTrace>(count);
     const auto leds = std::make_shared<Leds>(Leds{LedDriver(count), trace});

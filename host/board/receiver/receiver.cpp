@@ -19,8 +19,8 @@
 #include <system_error>
 #include <thread>
 
+#include "host/run/descriptors.h"
 #include "host/run/receiver_wire.h"
-#include "host/run/socket.h"
 #include "host/run/text.h"
 
 namespace tarq::board {

@@ -19,7 +19,7 @@
 #include <mutex>
 #include <string>
 
-#include "host/run/standard_descriptors.h"
+#include "host/run/descriptors.h"
 
 namespace {
 

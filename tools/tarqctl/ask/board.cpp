@@ -10,7 +10,7 @@
 
 #include "host/run/board.h"
 #include "host/run/control.h"
-#include "host/run/socket.h"
+#include "host/run/descriptors.h"
 #include "tools/tarqctl/ask/limits.h"
 #include "tools/tarqctl/session.h"
 

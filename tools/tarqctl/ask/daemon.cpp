@@ -6,7 +6,7 @@
 #include <binder/IServiceManager.h>
 #include <unistd.h>
 
-#include "host/run/socket.h"
+#include "host/run/descriptors.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/known_services.h"
 

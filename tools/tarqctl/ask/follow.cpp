@@ -24,6 +24,7 @@ void addFollow(CLI::App& app, bool* follows) {
                  "which is exit code 2");
 }
 
+// Ctrl-C is how following is meant to end, so it is done then.
 int printFile(const Session& session, const std::string& path, bool follows,
               const host::GrowingFile::TakeLine& print) {
     // Every line has been flushed, so that there is nothing left to do.
@@ -40,6 +41,7 @@ int printFile(const Session& session, const std::string& path, bool follows,
     return 0;
 }
 
+// A record that cannot be read is asked of the board, which alone knows whether it keeps one.
 void requireRecord(const Session& session, const std::string& path, const std::string& question) {
     if (access(path.c_str(), R_OK) == 0) return;
     const int error = errno;

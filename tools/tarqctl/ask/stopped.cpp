@@ -12,8 +12,8 @@
 #include <sstream>
 
 #include "host/run/control.h"
+#include "host/run/descriptors.h"
 #include "host/run/faults.h"
-#include "host/run/socket.h"
 
 #include "tools/tarqctl/session.h"
 

@@ -28,7 +28,8 @@ static void throwIfRefused(const Session& session, const std::vector<host::LedRe
 }
 
 // Log and records are skipped to their ends before the call and read after it. The Daemon has ended
-// by the time that anything is printed, so that a slow reader is no time-out.
+// by the time that anything is printed, so that a slow reader is no time-out. On a board that has
+// ended no attribute can be opened, which is no refusal of the service.
 std::optional<LedCall> askLeds(Session& session, const std::string& operation,
                                const std::function<Status(IRgbLedsService&, LedAnswer*)>& call,
                                const Asked& asked) {

@@ -16,7 +16,8 @@ static std::string cell(const std::string& text, size_t width) {
     return text + std::string(width - text.size() + 2, ' ');
 }
 
-// Its title is a row like any other. No state is wider than ten characters.
+// Its title is a row like any other. No state is wider than ten characters. A node without a fault
+// has a dash, so that those with one are seen.
 static std::string tableOf(std::vector<host::NodeState> nodes) {
     nodes.insert(nodes.begin(), {"node", "path", "state", "fault"});
     for (host::NodeState& node : nodes) {

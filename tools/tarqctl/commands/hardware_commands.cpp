@@ -10,7 +10,8 @@ namespace tarq::tools {
 
 using Words = std::vector<std::string>;
 
-// Has the board do what the command line says, with the command's name in front.
+// Has the board do what the command line says, with the command's name in front. The words reach
+// the board one by one, so blanks in them need no quoting there.
 static int tell(Session& session, const std::string& command, const Words& arguments) {
     openBoard(session);
     Words words = {command};

@@ -23,13 +23,14 @@ struct FrameOrigin {
 // "skipped 4 bytes, cancelled: 00 ff 55 aa".
 std::string textOf(const board::ash::Frame& frame);
 
-// A line: "01-02 08:14:03.120 host         RST", without an origin, which is not known of pasted
-// bytes, the frame alone; or with --json an object.
+// A line: "01-02 08:14:03.120 host RST", without an origin, which is not known of pasted bytes, the
+// frame alone; or with --json an object. It is flushed, so that whoever reads along sees each frame
+// when it comes.
 void printFrame(const Session& session, const board::ash::Frame& frame,
                 const std::optional<FrameOrigin>& origin);
 
 // Each sender has a reader of its own, so that what both send at once does not get mixed; and so
-// has what came from nobody knows whom.
+// has what came from nobody knows whom. The session outlives it. For one thread.
 class FramePrinter {
   public:
     // senders: those that are counted also when nothing comes from them.
@@ -40,10 +41,12 @@ class FramePrinter {
     void take(const std::optional<FrameOrigin>& origin, const board::ash::Bytes& bytes);
 
     // Prints what stands behind the last flag, and without --json for each sender a line such as
-    // "host: 3 frames, 1 damaged, 4 bytes skipped".
+    // "host: 3 frames, 1 damaged, 4 bytes skipped". Called once, at the end: what has not ended by
+    // then never will.
     void finish();
 
   private:
+    // What one sender has sent so far.
     struct Direction {
         std::string sender;  // "" where it is not known
         board::ash::Reader reader = {};

@@ -1,8 +1,10 @@
 // A socket of a board is made, or connected to, by its path. Each step may fail, and what has been
-// opened is closed then, so that a caller has a good descriptor or none.
-#include "host/run/socket.h"
+// opened is closed then, so that a caller has a good descriptor or none. None of them may have one
+// of the first three numbers: whatever the program prints would go there.
+#include "host/run/descriptors.h"
 
 #include <errno.h>
+#include <fcntl.h>
 #include <string.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -10,7 +12,6 @@
 #include <unistd.h>
 
 #include "host/run/board.h"
-#include "host/run/standard_descriptors.h"
 
 namespace tarq::host {
 
@@ -51,6 +52,20 @@ int listenAt(const std::string& path, mode_t mode) {
 std::string socketError(int error) {
     if (error != ENAMETOOLONG) return strerror(error);
     return "the path of a board has at most " + std::to_string(kMaxBoardPath) + " characters";
+}
+
+void openStandardDescriptors() {
+    for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
+        if (fcntl(fd, F_GETFD) >= 0) continue;
+        open("/dev/null", fd == STDOUT_FILENO ? O_RDONLY : O_RDWR);  // gets the lowest number, fd
+    }
+}
+
+int aboveStandard(int fd) {
+    if (fd < 0 || fd > STDERR_FILENO) return fd;
+    const int moved = fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    close(fd);
+    return moved;
 }
 
 }  // namespace tarq::host

@@ -1,5 +1,5 @@
-// The sockets of a running board, all of them local ones at a path. They get no descriptor below 3,
-// so that nothing which a program prints can end up in them.
+// The sockets of a running board, all of them local ones at a path, and the first three descriptors
+// of a program, of which no socket may get the number.
 #pragma once
 
 #include <sys/socket.h>
@@ -20,5 +20,15 @@ int listenAt(const std::string& path, mode_t mode);
 
 // The errno of one of them in words: that a path is too long is told by what it may be at most.
 std::string socketError(int error);
+
+// Opens /dev/null in the place of each that is closed, so that no file or socket gets its number
+// and receives what is printed. Writing to such a standard output still fails, because what could
+// not be printed was not done. To be called first of all. It is for a program that was started with
+// some of them closed.
+void openStandardDescriptors();
+
+// For a program that has not called it: the same descriptor with a number above them. The one
+// given is closed then; a negative one is returned as it is. Close-on-exec.
+int aboveStandard(int fd);
 
 }  // namespace tarq::host
