@@ -1,4 +1,5 @@
-// A file of lines that grows: one process adds to it, and any number of others follow it.
+// A file of lines that grows: one process adds to it, and any number of others follow it. The log
+// of the daemon and the records of a board are such files.
 #pragma once
 
 #include <functional>
@@ -15,7 +16,8 @@ class GrowingFile {
     // Called within read() and finish(), on the thread that calls them.
     using TakeLine = std::function<void(const std::string&)>;
 
-    // The file need not be there yet: each look tries again.
+    // The file need not be there yet: each look tries again. Nothing is opened before the first
+    // look.
     explicit GrowingFile(std::string path);
     ~GrowingFile();
     GrowingFile(const GrowingFile&) = delete;
@@ -28,7 +30,8 @@ class GrowingFile {
     // 0, or an errno if there is no such file now and none was open before. A file that was
     // replaced is read to its end first, with its last line.
     int read(const TakeLine& take);
-    // Hands over what stands behind the last newline, if anything does.
+    // Hands over what stands behind the last newline, if anything does. For the end: a line that is
+    // still being written is cut in two by it.
     void finish(const TakeLine& take);
 
   private:
@@ -44,7 +47,8 @@ class GrowingFile {
 // disk either: the records of a board end with it.
 class RecordFile {
   public:
-    // what: whose lines are missing, should it come to that, for people: "board: the trace".
+    // what: whose lines are missing, should it come to that, for people: "board: the trace". It is
+    // printed as it is.
     explicit RecordFile(std::string what) : mWhat(std::move(what)) {}
     ~RecordFile();
     RecordFile(const RecordFile&) = delete;

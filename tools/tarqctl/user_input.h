@@ -28,10 +28,12 @@ std::string parseOtaTime(const std::string& text, int64_t* value);
 // From 1 on, in the same way. A number of times, or of keys: up to 2147483647.
 std::string parseCount(const std::string& text, int32_t* value);
 
-// Six hexadecimal digits of a colour, with or without "#", in the same way.
+// Six hexadecimal digits of a colour, with or without "#", in the same way. The number is RRGGBB,
+// red in the highest byte.
 std::string parseColour(const std::string& text, int32_t* value);
 
-// Reads the word into the number, or tells what is wrong with it.
+// Reads the word into the number, or tells what is wrong with it. "" is a good word, and the number
+// is set only then.
 using Parse = std::string (*)(const std::string& text, int32_t* value);
 
 // In words of a command line: throws the parser's error with what is wrong. The parser adds the
@@ -56,7 +58,8 @@ CLI::Option* addSeconds(CLI::App& app, const std::string& name, const std::strin
 constexpr char kHidden[] = "";
 
 // Hands over the lines of the file, or of standard input for "-", without their newlines. Throws a
-// Failure if it cannot be read. A line behind the last newline counts as well.
+// Failure if it cannot be read. A line behind the last newline counts as well. That may be in the
+// middle of it.
 void readLines(const Session& session, const std::string& file,
                const std::function<void(const std::string&)>& take);
 // The same for its characters, as they come. For input that is watched live, of which a line may

@@ -15,7 +15,8 @@ static constexpr uint8_t kExtended = 0xFF;
 // Of the frame control. All other bits of it are passed over.
 static constexpr uint8_t kAnswerBit = 0x80;
 
-// The extended form has ff in the place of the id, and one more control byte.
+// The extended form has ff in the place of the id, and one more control byte. What that byte says
+// is passed over, like the rest of the first one.
 Ezsp parseEzsp(const Bytes& content) {
     const bool isExtended = content.size() >= 5 && content[2] == kExtended;
     const ptrdiff_t place = isExtended ? 4 : 2;
@@ -29,7 +30,8 @@ Ezsp parseEzsp(const Bytes& content) {
     return ezsp;
 }
 
-// Frame control of a command is 0, and so is the second one of the extended form.
+// Frame control of a command is 0, and so is the second one of the extended form. A command without
+// a name gets the short form, since its own is not known.
 Bytes encodeEzsp(const Ezsp& ezsp) {
     Bytes content = {ezsp.sequence, ezsp.isAnswer ? kAnswerBit : uint8_t{0}};
     if (ezsp.name == "query") content.insert(content.end(), {kExtended, 0});
@@ -57,7 +59,7 @@ std::string meaningOf(const Ezsp& ezsp) {
     return text;
 }
 
-// Major and minor number, and the patch.
+// Major and minor number, and the patch. So 6a03 is 6.10.3.
 std::string versionText(unsigned version) {
     char text[40];
     snprintf(text, sizeof(text), "%u.%u.%u", version >> 12 & 15, version >> 8 & 15, version & 255);

@@ -24,14 +24,16 @@ class Node {
     mode_t mode() const { return mMode; }
 
     // Which life of the file this is: 0 while it is not there, another number whenever it comes
-    // back. A file that was opened in an earlier life is dead.
+    // back. A file that was opened in an earlier life is dead. It is asked whenever something is
+    // done to the file, so it may follow from the state of other nodes.
     virtual unsigned life() const { return 1; }
 
     // Where it leads; "" for a file that is no symbolic link. It may change while the board runs,
     // as that of the serial port does.
     virtual std::string link() const { return ""; }
 
-    // True for one whose Part performs all commands about it.
+    // True for one whose Part performs all commands about it. It is there in the file system like
+    // any other.
     virtual bool isPart() const { return false; }
 
     // In bytes, as stat tells it. A driver makes its text when it is read, so it claims a page.
@@ -52,6 +54,7 @@ class Node {
 
     // Changes what is outside of the driver: the part that is fitted, the level on a line. Throws
     // std::invalid_argument when the value is none for this kind of node; nothing is changed then.
+    // It is what `tarqctl set` does, and nothing that a program on the board can do.
     virtual void set(const std::string& /*value*/) {
         throw std::invalid_argument("has nothing that could be set");
     }

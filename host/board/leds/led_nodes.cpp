@@ -19,7 +19,8 @@ struct Leds {
 };
 
 // The lock of the hardware is held in each call, so the order in the trace is that in which the
-// driver got the records.
+// driver got the records. An attribute that only takes something cannot be read (EINVAL), and a
+// record that is refused fails its write with the same error, as a driver's would.
 class LedAttribute : public Node {
   public:
     LedAttribute(std::shared_ptr<Leds> leds, std::string name)
@@ -50,7 +51,8 @@ void LedTrace::open(const std::string& file) {
     mFile.add(host::firstLedLine(mLeds));
 }
 
-// The driver goes by the same names, and refuses any other.
+// The driver goes by the same names, and refuses any other. Without FUSE plain files stand in, and
+// nothing is recorded.
 std::shared_ptr<LedTrace> addLeds(Hardware& hardware, size_t count) {
     const auto trace = std::make_shared<LedTrace>(count);
     const auto leds = std::make_shared<Leds>(Leds{LedDriver(count), trace});

@@ -24,7 +24,8 @@ void addFollow(CLI::App& app, bool* follows) {
                  "which is exit code 2");
 }
 
-// Ctrl-C is how following is meant to end, so it is done then.
+// Ctrl-C is how following is meant to end, so it is done then. A printer that fails, as on a pipe
+// whose reader has gone, ends it after that look.
 int printFile(const Session& session, const std::string& path, bool follows,
               const host::GrowingFile::TakeLine& print) {
     // Every line has been flushed, so that there is nothing left to do.
@@ -59,7 +60,8 @@ void printRecord(const Session& session, const std::string& path, const std::str
     throw session.failure("no_record", path + ": " + strerror(error), howToStart(error));
 }
 
-// A reader that has had enough, such as head, is no failure.
+// A reader that has had enough, such as head, is no failure. The board's end is exit code 2, as the
+// help says.
 int printed(const Session& session, bool follows) {
     if (!follows || !session.out.good()) return kDone;
     throw boardEnded(session);

@@ -18,6 +18,8 @@ using com::tarq::rgbleds::IRgbLedsService;
 using Words = std::vector<std::string>;
 
 // A driver that refuses has done nothing, so a service that answers "done" was wrong about that.
+// Each refusal is a line, in the order in which the driver got them. It names attribute and text as
+// `trace` prints them.
 static void throwIfRefused(const Session& session, const std::vector<host::LedRecord>& refused) {
     Words lines;
     for (const host::LedRecord& record : refused) {

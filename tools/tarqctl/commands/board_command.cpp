@@ -1,5 +1,6 @@
 // board: what the board plays at present, and what was done to it. A GPIO line has its files only
-// while it is exported, as on a device, so it is absent before that.
+// while it is exported, as on a device, so it is absent before that. A part that is no file, such
+// as the receiver, has no path.
 #include <CLI/App.hpp>
 #include <algorithm>
 #include <ostream>
@@ -37,7 +38,8 @@ static std::string tableOf(std::vector<host::NodeState> nodes) {
     return text;
 }
 
-// The JSON is what the board has answered, with its directory in front.
+// The JSON is what the board has answered, with its directory in front. Without FUSE the reason is
+// the system's, so it may hold anything and is escaped.
 static int board(Session& session) {
     openBoard(session);
     host::BoardState state;

@@ -11,7 +11,7 @@ namespace tarq::tools {
 using Words = std::vector<std::string>;
 
 // Has the board do what the command line says, with the command's name in front. The words reach
-// the board one by one, so blanks in them need no quoting there.
+// the board one by one, so blanks in them need no quoting there. Nothing of them is checked here.
 static int tell(Session& session, const std::string& command, const Words& arguments) {
     openBoard(session);
     Words words = {command};
@@ -21,7 +21,8 @@ static int tell(Session& session, const std::string& command, const Words& argum
     throw session.failure("refused", refusal, session.help(), kServiceSaidNo);
 }
 
-// The words live in what is returned, and so does the name of the command.
+// The words live in what is returned, and so does the name of the command. All of them are needed,
+// and one that is missing is told by the parser, with the usage.
 static Run declare(CLI::App& app, const std::string& command,
                    const std::vector<std::pair<const char*, std::string>>& arguments) {
     const auto words = std::make_shared<Words>(arguments.size());

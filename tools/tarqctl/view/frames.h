@@ -12,15 +12,17 @@
 
 namespace tarq::tools {
 
-// When and from whom a frame came, as far as that is known. Bytes that were pasted have none.
+// When and from whom a frame came, as far as that is known. Bytes that were pasted have none. Times
+// are those of the record of the line, in which a chunk has one time for all its bytes.
 struct FrameOrigin {
     std::string sender;              // "host" or "coprocessor"
     std::optional<int64_t> ms = {};  // CLOCK_MONOTONIC
     std::string time = {};           // the same moment as the log tells it, or ""
 };
 
-// Without its newline: "DATA frame 0 ack 0  EZSP 00 version, wants 7", or of a damaged one
-// "skipped 4 bytes, cancelled: 00 ff 55 aa".
+// Without its newline: "DATA frame 0 ack 0 EZSP 00 version, wants 7", or of a damaged one "skipped
+// 4 bytes, cancelled: 00 ff 55 aa". What is told of it is what the bytes say, not what they should
+// have been.
 std::string textOf(const board::ash::Frame& frame);
 
 // A line: "01-02 08:14:03.120 host RST", without an origin, which is not known of pasted bytes, the
@@ -37,7 +39,7 @@ class FramePrinter {
     FramePrinter(const Session& session, const std::vector<std::string>& senders);
 
     // Prints the frames that end in these bytes at once, with the origin of the bytes in which they
-    // end.
+    // end. The origin also tells whose reader gets them.
     void take(const std::optional<FrameOrigin>& origin, const board::ash::Bytes& bytes);
 
     // Prints what stands behind the last flag, and without --json for each sender a line such as
