@@ -1,5 +1,6 @@
 // Only what the presence check asks is understood: the version, in the old form, and one query in
-// the extended form. Two bytes of a number stand with the lower one first.
+// the extended form. Two bytes of a number stand with the lower one first. A host numbers its
+// commands, and the answer to one has its number.
 #include "host/board/coprocessor/ezsp.h"
 
 #include <stdio.h>

@@ -49,7 +49,8 @@ class Node {
     virtual int write(const std::string& /*record*/) { return -EINVAL; }
 
     // argument: as many bytes as the request tells, filled or taken as it tells. A request has its
-    // size in its number, as _IOC_SIZE tells, and no more of the argument may be touched.
+    // size in its number, as _IOC_SIZE tells, and no more of the argument may be touched. ENOTTY is
+    // what the kernel says of a request that a file does not know.
     virtual int ioctl(unsigned /*request*/, void* /*argument*/) { return -ENOTTY; }
 
     // Changes what is outside of the driver: the part that is fitted, the level on a line. Throws

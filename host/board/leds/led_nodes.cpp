@@ -29,6 +29,7 @@ class LedAttribute : public Node {
     int read(std::string* content) override {
         return mLeds->driver.read(mName, content) ? 0 : -EINVAL;
     }
+    // The time is taken once, so that the trace tells the driver's own.
     int write(const std::string& record) override {
         const int64_t ms = host::nowMs();
         const std::string why = mLeds->driver.write(mName, record, ms);

@@ -39,7 +39,8 @@ static std::string tableOf(std::vector<host::NodeState> nodes) {
 }
 
 // The JSON is what the board has answered, with its directory in front. Without FUSE the reason is
-// the system's, so it may hold anything and is escaped.
+// the system's, so it may hold anything and is escaped. A board that cannot be asked is exit code
+// 2, like any question that has no answer.
 static int board(Session& session) {
     openBoard(session);
     host::BoardState state;

@@ -35,6 +35,7 @@ static Run declare(CLI::App& app, const std::string& command,
 // Which nodes there are the board tells, in `board` and in its refusal.
 static constexpr char kNode[] = "its name, such as touch_panel, or its path on the device";
 
+// What a value may be depends on the node, so the help has all of it.
 Run declareSet(CLI::App& app) {
     return declare(
             app, "set",

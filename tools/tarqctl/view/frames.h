@@ -35,7 +35,8 @@ void printFrame(const Session& session, const board::ash::Frame& frame,
 // has what came from nobody knows whom. The session outlives it. For one thread.
 class FramePrinter {
   public:
-    // senders: those that are counted also when nothing comes from them.
+    // senders: those that are counted also when nothing comes from them. They are counted in this
+    // order at the end.
     FramePrinter(const Session& session, const std::vector<std::string>& senders);
 
     // Prints the frames that end in these bytes at once, with the origin of the bytes in which they
