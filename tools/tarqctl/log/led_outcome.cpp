@@ -28,6 +28,7 @@ constexpr const char* kLastLines[] = {
         "stopLampEffect",
 };
 
+// What went wrong is kept until the last line of its call comes on the same thread.
 void takeTrouble(const std::string& text, LedCall* call) {
     if (const auto path = printedArguments("open file %s failed!", text)) {
         auto& paths = call->notOpened;
@@ -77,6 +78,7 @@ LedRefusals::LedRefusals(const std::string& records) : mRecords(records) {
     mRecords.skip();
 }
 
+// The first line of the trace, with the number of LEDs, is no record and has no refusal.
 std::vector<host::LedRecord> LedRefusals::find(const IsOurs& isOurs) {
     std::vector<host::LedRecord> refused;
     mRecords.read([&](const std::string& line) {

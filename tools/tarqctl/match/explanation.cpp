@@ -109,7 +109,7 @@ std::string sentenceFor(const MatchRequest& request) {
                               : "");
 }
 
-// What a yes does not rest on.
+// What a yes does not rest on. A strict reader refuses a yes for any of these.
 std::vector<std::string> notCompared(const MatchRequest& request) {
     if (!request.skippedBecause.empty()) return {sentenceFor(request)};
     std::vector<std::string> texts;

@@ -80,6 +80,8 @@ void doubtMixed(std::map<size_t, MatchRequest>* requests) {
 
 }  // namespace
 
+// A gap begins a new stretch of the thread in whose name the device tells of it. The place of a
+// line is counted over all threads, since requests are told in the order of the log.
 void MatchLog::add(const LogLine& line) {
     const size_t number = mLines++;
     const std::string dropped = droppedBy(line);
@@ -98,6 +100,8 @@ std::vector<MatchRequest> MatchLog::all() const {
     return read(nullptr);
 }
 
+// A request that was skipped tells no items, so it is whoever's it may be: it counts only where
+// none was compared.
 std::vector<MatchRequest> MatchLog::with(const Texts& items) const {
     const std::vector<MatchRequest> requests = read(&items);
     std::vector<MatchRequest> compared;
@@ -107,6 +111,8 @@ std::vector<MatchRequest> MatchLog::with(const Texts& items) const {
     return compared.empty() ? requests : compared;
 }
 
+// What stands before a line that tells of a board in a list may be that list, however much it looks
+// like requests.
 void MatchLog::readStretch(const RequestLines& lines, const Texts* items, bool isDoubtful,
                            Requests* requests) {
     const auto told = std::find_if(lines.rbegin(), lines.rend(), tellsOfBoardInList);

@@ -73,6 +73,8 @@ void findPanel(const FactLines& probing, const std::string& list, ProbeFinding* 
 
 }  // namespace
 
+// A camera's name is not in the log, so whether the list has it follows from the result alone, and
+// only where no words decide.
 ProbeFinding probeFinding(const Item& part, const ItemFinding& finding, const FactLines& probing,
                           bool match) {
     ProbeFinding found;

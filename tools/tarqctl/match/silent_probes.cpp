@@ -78,6 +78,8 @@ std::string whyNotAsked(const Session& session, const std::vector<std::string>& 
     return "";
 }
 
+// Where the answer would be the same without those probes it stays, and only the rows are taken
+// back.
 void withhold(const SilentProbes& silent, const std::string& why, Explanation* explanation) {
     std::string names;
     for (const std::string& part : silent.parts) names += (names.empty() ? "" : ", ") + part;

@@ -73,6 +73,7 @@ bool Child::hasEnded() {
     return mEnded;
 }
 
+// A program that a signal has ended has no exit code of its own.
 int Child::status() const {
     return mSignal != 0 ? 128 + mSignal : mExitCode;
 }

@@ -35,6 +35,7 @@ Signals::~Signals() {
     close(mFd);
 }
 
+// A negative descriptor is one that poll passes over.
 int Signals::wait(std::chrono::milliseconds time, int readable) const {
     pollfd events[] = {{mFd, POLLIN, 0}, {readable, POLLIN, 0}};
     poll(events, 2, static_cast<int>(time.count()));

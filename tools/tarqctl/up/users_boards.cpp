@@ -87,6 +87,7 @@ bool BoardDirectory::makeOwn(const std::string& name) {
     return true;
 }
 
+// A directory that was made and cannot be used is removed again, unless another start is in it.
 BoardDirectory::BoardDirectory(const std::string& name, bool shared,
                                const std::function<void()>& pause) {
     const std::string directory = fs::absolute(host::usersBoards());

@@ -18,6 +18,7 @@ static int append(GifFileType* encoder, const GifByteType* bytes, int size) {
     return size;
 }
 
+// The colour table of a GIF has a power of two of entries: those that are not used are black.
 Gif::Gif(size_t width, size_t height, const std::vector<uint32_t>& palette, bool loops)
     : mWidth(static_cast<int>(width)),
       mHeight(static_cast<int>(height)),
