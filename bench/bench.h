@@ -66,6 +66,8 @@ class Daemon {
     static void removeBoard();
 
     explicit Daemon(bool logs = true);
+    // The same beneath another program, whose output can be read. The caller closes it.
+    Daemon(std::vector<std::string> command, int* output);
     ~Daemon();
     pid_t pid() const { return mPid; }
 

@@ -11,6 +11,9 @@
 #include <unistd.h>
 
 #include "bench/bench.h"
+#include "bench/log_lines.h"
+#include "hardware_info/board_identity.h"
+#include "hardware_info/peripheral_list.h"
 #include "host/platform/binder/wire.h"
 
 namespace bench {
@@ -104,25 +107,37 @@ static void hwinfoTarqd(benchmark::State& state) {
     getHardwareInfo(state, Daemon());
 }
 
-// Where most of a call's time goes: twelve log entries, each a write.
+// What is left without the twelve log entries, each a write.
 static void hwinfoUnlogged(benchmark::State& state) {
     const OneCpu cpu;
     getHardwareInfo(state, Daemon(false));
 }
 
-static void floorOf(benchmark::State& state, const CallSizes& sizes) {
+static void callFloor(benchmark::State& state) {
     const OneCpu cpu;
+    const CallSizes sizes = setOtaTimestampSizes();
     PingPong pingPong(sizes.request, sizes.reply);
     timeEach(state, [&] { pingPong.roundTrip(); });
 }
 
-static void callFloor(benchmark::State& state) {
-    floorOf(state, setOtaTimestampSizes());
+static CallSizes sizesOfBoard() {
+    const Daemon daemon;
+    return getHardwareInfoSizes();
 }
 
 static void hwinfoFloor(benchmark::State& state) {
-    const Daemon daemon;
-    floorOf(state, getHardwareInfoSizes());
+    const OneCpu cpu;
+    const CallSizes sizes = sizesOfBoard();
+    initHardwareInfo();
+    const LogLines lines([] {
+        std::vector<android::String16> items;
+        _getHardwareInfo(&items);
+    });
+    PingPong pingPong(sizes.request, sizes.reply);
+    timeEach(state, [&] {
+        pingPong.roundTrip();
+        lines.write();
+    });
 }
 
 BENCHMARK(callTarqd)->Name("call/tarqd")->Iterations(10000);

@@ -76,6 +76,18 @@ static void matchTraced() {
     _isMatchHardwareInfo(items);
 }
 
+static void listTraced() {
+    setenv("TARQ_LOG", "/dev/null", 1);
+    initHardwareInfo();
+    std::vector<android::String16> items;
+    beginCount();
+    _getHardwareInfo(&items);
+}
+
+static void listSystemCalls(benchmark::State& state) {
+    countSystemCalls(state, listTraced);
+}
+
 static void matchSystemCalls(benchmark::State& state) {
     countSystemCalls(state, matchTraced);
 }
@@ -83,6 +95,7 @@ static void matchSystemCalls(benchmark::State& state) {
 BENCHMARK(matchTarqd)->Name("match/tarqd")->Iterations(300);
 BENCHMARK(matchUnlogged)->Name("match/log to null")->Iterations(300);
 BENCHMARK(matchFloor)->Name("match/floor")->Iterations(300);
+BENCHMARK(listSystemCalls)->Name("system calls of getHardwareInfo")->Iterations(1);
 BENCHMARK(matchSystemCalls)->Name("system calls of a match")->Iterations(1);
 
 }  // namespace bench

@@ -99,6 +99,7 @@ OneCpu::~OneCpu() {
 // One board for all measurements: what it costs to start one is nobody's question.
 static std::string gBoard = "/tmp/tarqd-bench.XXXXXX";
 static pid_t gVirtualBoard = -1;
+static constexpr char kNoEffect[] = "/none";
 
 void Daemon::prepareBoard() {
     if (mkdtemp(gBoard.data()) == nullptr) abort();
@@ -112,7 +113,7 @@ void Daemon::prepareBoard() {
     setenv("TARQ_LOG", tarq::host::Board{gBoard}.log().c_str(), 1);
     __android_log_print(ANDROID_LOG_INFO, "bench", "begins");
     // No effect at the start: the LED driver, another process, would take most of the time.
-    if (property_set("vendor.boot.led_effect", "/none") != 0) abort();
+    if (property_set("vendor.boot.led_effect", kNoEffect) != 0) abort();
 }
 
 void Daemon::removeBoard() {
@@ -140,6 +141,12 @@ Daemon::Daemon(bool logs) {
     awaitAnswer();
 }
 
+Daemon::Daemon(std::vector<std::string> command, int* output) {
+    command.emplace_back(TARQD);
+    mPid = spawn(command, output);
+    awaitAnswer();
+}
+
 Daemon::~Daemon() {
     stop(mPid);
 }
@@ -153,6 +160,13 @@ static void startTarqd(benchmark::State& state) {
         micros.push_back(microsSince(start));
     }
     state.counters["value"] = median(std::move(micros));
+}
+
+// With the effect that the board shows at its start, which the LED driver takes record by record.
+static void boot(benchmark::State& state) {
+    property_set("vendor.boot.led_effect", "");
+    startTarqd(state);
+    property_set("vendor.boot.led_effect", kNoEffect);
 }
 
 static void startFloor(benchmark::State& state) {
@@ -194,6 +208,7 @@ static void rssFloor(benchmark::State& state) {
 }
 
 BENCHMARK(startTarqd)->Name("start/tarqd")->Iterations(20);
+BENCHMARK(boot)->Name("start/with the effect at the start")->Iterations(5);
 BENCHMARK(startFloor)->Name("start/floor")->Iterations(20);
 BENCHMARK(rssTarqd)->Name("rss/tarqd")->Iterations(1);
 BENCHMARK(rssFloor)->Name("rss/floor")->Iterations(1);

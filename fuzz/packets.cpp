@@ -50,7 +50,9 @@ static int connectToDaemon() {
 struct Client {
     explicit Client(Lane lane) : event(connectToDaemon()), calls(connectToDaemon()) {
         if (event < 0 || calls < 0) abort();
-        PacketHeader join = exchange(event, headerOf(PacketKind::kOpen));
+        PacketHeader open = headerOf(PacketKind::kOpen);
+        open.code = kWireVersion;
+        PacketHeader join = exchange(event, open);
         join.kind = PacketKind::kJoin;
         join.code = static_cast<uint32_t>(lane);
         exchange(calls, join);

@@ -73,7 +73,9 @@ Status RadioKeyService::registerRadioKeyCallback(const sp<IRadioKeyCallback>& ca
     const sp<IBinder> binder = IInterface::asBinder(callback);
     mCallbacks.emplace(binder, notifier);  // an earlier registration stays as it is
     // The link is weak: a notifier that was not stored lapses here. One in this same process cannot
-    // be linked, and ends with it anyway.
+    // be linked, and ends with it anyway. Nor can a client that died before this call ran, if its
+    // notice is out: the dead entry stays, and costs one failed call an event, until this process
+    // ends.
     binder->linkToDeath(notifier, nullptr, 0);
     return Status::ok();
 }

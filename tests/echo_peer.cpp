@@ -65,6 +65,13 @@ int main(int argc, char** argv) {
         echo::keep(service, new Printer);
         puts("kept");
         for (;;) pause();
+    } else if (mode == "unheard") {  // without a pool
+        for (int i = 0; i < 1000; ++i) {
+            echo::keep(service, new echo::Living);
+            echo::call(service, echo::FORGET);
+        }
+        echo::call(service, echo::WHO);
+        printf("%d of 1000 live\n", echo::Living::count().load());
     } else if (mode == "wait") {
         echo::call(service, echo::WAIT);
     } else if (mode == "live") {  // as the user; gone as soon as the call is sent

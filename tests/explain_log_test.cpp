@@ -273,14 +273,18 @@ TEST(explain_log, start_of_the_daemon_is_no_request) {
 
 TEST(explain_log, gaps_are_named_and_nothing_is_said_of_what_was_not_seen) {
     const std::string chatty = "05-01 10:00:00.123   512   530 I chatty  : uid=1000(system) ";
+    const std::string lost = "05-01 10:00:00.123   512   531 W tarq-host: 12 log lines lost";
     const Words accepted = linesOf(kAccepted);
     const std::string whole = joined(accepted);
-    const std::string gap =
-            "\nunknown: the device has dropped 12 lines before the end of the request was seen "
-            "(chatty)\n";
+    const std::pair<std::string, std::string> gaps[] = {
+            {chatty + "expire 12 lines", "the device has dropped 12 lines (chatty)"},
+            {lost, "the daemon could not write its log (12 log lines lost)"},
+    };
     for (size_t i = 1; i <= accepted.size(); ++i) {
+        const auto& [line, cause] = gaps[i % 2];
+        const std::string gap = "\nunknown: " + cause + " before the end of the request was seen\n";
         Words log(accepted.begin(), accepted.begin() + i);
-        log.push_back(chatty + "expire 12 lines");
+        log.push_back(line);
         log.insert(log.end(), accepted.begin() + std::min(i + 3, accepted.size()), accepted.end());
         const Result result = explainLog(joined(log) + whole);
         EXPECT_THAT(result.out, HasSubstr(gap));
@@ -300,7 +304,7 @@ TEST(explain_log, gaps_are_named_and_nothing_is_said_of_what_was_not_seen) {
     Words log(accepted.begin(), accepted.begin() + 2);
     log.push_back(chatty + "identical 3 lines");
     log.insert(log.end(), accepted.begin() + 2, accepted.end());
-    EXPECT_THAT(explainLog(joined(log)).out, HasSubstr("dropped 3 lines before the end"));
+    EXPECT_THAT(explainLog(joined(log)).out, HasSubstr("dropped 3 lines (chatty) before the end"));
     // The line of an item is lost, and the log ends: it may have been named.
     const std::string cut = explainLog(logOf(without(kAccepted, "bt:rtl8723"))).out;
     EXPECT_THAT(cut, HasSubstr("unknown: no item of that name was seen"));

@@ -3,8 +3,11 @@
 #include <gmock/gmock.h>
 #include <host/log_sink.h>
 #include <pty.h>
+#include <signal.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
+#include <termios.h>
 
 #include <regex>
 #include <thread>
@@ -30,7 +33,7 @@ std::vector<std::string> writesOf(const std::function<void()>& body) {
     }
     close(ends[1]);
     std::vector<std::string> writes;
-    std::string buffer(10000, '\0');
+    std::string buffer(200000, '\0');
     ssize_t length = 0;
     while ((length = read(ends[0], buffer.data(), buffer.size())) > 0)
         writes.push_back(buffer.substr(0, static_cast<size_t>(length)));
@@ -152,6 +155,71 @@ TEST(Log, file_that_cannot_be_opened_is_named_and_a_sink_sees_entries_as_given) 
     });
     EXPECT_THAT(writes, ElementsAre(HasSubstr("/nowhere/log (No such file or directory)"),
                                     EndsWith(" I t       : text\n")));
+}
+
+// What a reader gets who begins when nothing more goes in: room comes with that.
+std::string readAllThatIsThere(int fd) {
+    fcntl(fd, F_SETFL, O_NONBLOCK);
+    std::string all(100000, '\0');
+    size_t length = 0;
+    for (ssize_t got = 0; (got = read(fd, all.data() + length, all.size() - length)) > 0;)
+        length += static_cast<size_t>(got);
+    return withoutStamp(all.substr(0, length));
+}
+
+// Each is an output that takes nothing any more, and takes something again later.
+TEST(Log, nobody_waits_for_the_log_and_what_is_lost_is_counted_before_it_goes_on) {
+    signal(SIGXFSZ, SIG_IGN);
+    const TemporaryDirectory directory;
+    int pipeEnds[2], terminal = -1, program = -1;
+    ASSERT_EQ(pipe(pipeEnds), 0);
+    fcntl(pipeEnds[1], F_SETPIPE_SZ, 4096);
+    ASSERT_EQ(openpty(&terminal, &program, nullptr, nullptr, nullptr), 0);
+    const int file = open((directory / "log").c_str(), O_RDWR | O_CREAT | O_APPEND, 0644);
+    const int reader = open((directory / "log").c_str(), O_RDONLY);
+    const auto limitFiles = [](rlim_t bytes) {
+        const rlimit limit = {bytes, RLIM_INFINITY};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    };
+    const struct {
+        int out, in;
+        std::function<void(bool)> stop;
+        const char* lineEnd;
+    } outputs[] = {
+            {pipeEnds[1], pipeEnds[0], [](bool) {}, ""},
+            {program, terminal, [&](bool on) { tcflow(program, on ? TCOOFF : TCOON); }, "\r"},
+            {file, reader, [&](bool on) { limitFiles(on ? 5000 : RLIM_INFINITY); }, ""},
+    };
+    for (const auto& [out, in, stop, lineEnd] : outputs) {
+        const auto writes = writesOf([&, out = out, in = in, stop = stop] {
+            const int parent = dup(STDERR_FILENO);
+            dup2(out, STDERR_FILENO);
+            setenv("NO_COLOR", "1", 1);
+            stop(true);
+            for (int i = 0; i < 2000; ++i) __android_log_print(ANDROID_LOG_INFO, "t", "line %d", i);
+            std::string all = readAllThatIsThere(in);
+            stop(false);
+            __android_log_print(ANDROID_LOG_INFO, "t", "last");
+            all += readAllThatIsThere(in);
+            if (write(parent, all.data(), all.size()) < 0) _exit(1);
+        });
+        ASSERT_EQ(writes.size(), 1u);
+        std::istringstream lines(writes[0]);
+        std::string line;
+        int whole = 0;
+        const auto isNext = [&, end = lineEnd] {
+            return line == "I t       : line " + std::to_string(whole) + end;
+        };
+        while (std::getline(lines, line) && isNext()) ++whole;
+        EXPECT_EQ(whole == 0, out == program);
+        if (out == file) std::getline(lines, line);  // behind the torn one
+        EXPECT_EQ(line,
+                  "W tarq-host: " + std::to_string(2000 - whole) + " log lines lost" + lineEnd);
+        std::getline(lines, line);
+        EXPECT_EQ(line, std::string("I t       : last") + lineEnd);
+        EXPECT_FALSE(std::getline(lines, line)) << line;
+    }
+    for (const int fd : {pipeEnds[0], pipeEnds[1], terminal, program, file, reader}) close(fd);
 }
 
 TEST(GrowingFile, lines_are_handed_over_once_complete_and_a_new_file_is_read_anew) {

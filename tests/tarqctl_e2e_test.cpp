@@ -4,7 +4,10 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <thread>
+
 #include "host/run/board.h"
+#include "host/run/descriptors.h"
 #include "tests/child_process.h"
 #include "tests/plain_board.h"
 #include "tools/tarqctl/ask/known_services.h"
@@ -322,6 +325,30 @@ TEST_F(TarqctlE2e, daemon_that_is_gone_stopped_or_killed_is_told_apart) {
     EXPECT_EQ(mDaemon->wait(), 128 + SIGKILL);
     EXPECT_THAT(followHint(tarqctl({"hwinfo"}), 2, "binder.sock: Connection refused\n").out,
                 HasSubstr("instantiate....."));
+}
+
+TEST_F(TarqctlE2e, tool_and_daemon_of_different_builds_do_not_misread_each_other) {
+    const int listener = tarq::host::listenAt(mBoard.binderSocket(), 0600);
+    std::thread other([&] {
+        for (int fd; (fd = accept(listener, nullptr, nullptr)) >= 0; close(fd)) {
+            const uint32_t welcome[10] = {2, 99};  // kind and version
+            EXPECT_EQ(send(fd, welcome, sizeof(welcome), 0), sizeof(welcome));
+        }
+    });
+    EXPECT_THAT(tarqctl({"--timeout", "30", "hwinfo"}).out, HasSubstr("is of another build"));
+    EXPECT_THAT(tarqctl({"--timeout", "0.2", "wait"}).out, HasSubstr("is of another build"));
+    shutdown(listener, SHUT_RDWR);
+    other.join();
+    close(listener);
+
+    startDaemon();
+    const uint32_t open[10] = {0, 99};
+    const int fd = tarq::host::connectTo(mBoard.binderSocket());
+    EXPECT_EQ(send(fd, open, sizeof(open), 0), sizeof(open));
+    char byte;
+    while (recv(fd, &byte, 1, 0) > 0) continue;
+    close(fd);
+    EXPECT_THAT(readFile(mBoard.log()), HasSubstr("it speaks version 99 of the packets, this"));
 }
 
 TEST_F(TarqctlE2e, log_is_followed_until_interrupted_or_the_board_ends) {

@@ -49,9 +49,9 @@ status_t BBinder::onTransact(uint32_t code, const Parcel& /*data*/, Parcel* repl
     switch (code) {
         case INTERFACE_TRANSACTION:
             return reply->writeString16(getInterfaceDescriptor());
+        // The device's objects say OK as well, of a dump that writes nothing. Here nothing is done
+        // for any of them: the descriptors that they are given cannot travel.
         case DUMP_TRANSACTION:
-            return BAD_TYPE;  // its descriptor to write to cannot travel here
-        // The device's objects say OK as well; here nothing is done for it.
         case SHELL_COMMAND_TRANSACTION:
         case SYSPROPS_TRANSACTION:
             return OK;

@@ -165,6 +165,11 @@ void Session::end() {
     if (!proxies.empty()) sendObituaries(std::move(proxies));
 }
 
+bool Session::hasExported() {
+    const std::lock_guard<std::mutex> guard(mLock);
+    return !mExported.empty();
+}
+
 void Session::dropExported() {
     std::unordered_map<uint64_t, Exported> exported;  // let go of without the lock
     std::lock_guard<std::mutex> guard(mLock);

@@ -48,6 +48,8 @@ class Session : public std::enable_shared_from_this<Session> {
     // the parcel holds them, and lets go of them as usual.
     status_t importParcel(const Packet& packet, Parcel* out);
 
+    // Whether the peer holds any object of this process.
+    bool hasExported();
     // This process's own object by its number; null if the peer has no reference to it.
     sp<BBinder> find(uint64_t id);
 

@@ -10,7 +10,9 @@
 //   registry     as call, but for object 0 alone, the service manager: look-ups never wait behind
 //                calls.
 //
-// A connection that the daemon does not take is told so by a WELCOME with a negative status.
+// A connection that the daemon does not take is told so by a WELCOME with a negative status. Who
+// sees another version than its own in OPEN or WELCOME goes no further. So these two, and the
+// header, are read by every version alike.
 #pragma once
 
 #include <stddef.h>
@@ -21,6 +23,9 @@
 
 namespace android::host {
 
+// Of all that stands here. A change that the other end would misread gets the next number.
+constexpr uint32_t kWireVersion = 1;
+
 // The largest arguments or results of one call, in bytes. The kernel takes SOCK_SEQPACKET packets
 // up to 212,960 bytes with the default socket buffer.
 constexpr size_t kMaxTransaction = size_t{192} * 1024;
@@ -30,9 +35,11 @@ constexpr size_t kMaxObjects = 256;
 
 // What a packet is, and which fields of its header count; the others are 0.
 enum class PacketKind : uint32_t {
-    kOpen,     // no fields
+    kOpen,     // code: kWireVersion
     kJoin,     // session, token; code: Lane
-    kWelcome,  // session, token; or status alone, -EMFILE: the user has its share of connections
+    kWelcome,  // code: kWireVersion; session, token; or instead of these status: -EMFILE where the
+               // user has its share of connections, -EPROTONOSUPPORT for a client of another
+               // version
     kCall,     // target, code, flags, objects, data
     kReply,    // status; objects and data unless it is negative
     kRelease,  // target, count

@@ -1,10 +1,8 @@
-// An entry becomes lines as "logcat -v threadtime" prints them, and goes out in one write, so that
-// those of several threads and processes never mix within a line. The first entry settles where
-// they go: a file to append to, or standard error, with colours on a terminal. A sink takes
-// them before they are formatted.
+// An entry becomes lines as "logcat -v threadtime" prints them, and goes out in one write. Where
+// the destination has no room it is lost, as on the device, and a warning says so as soon as there
+// is room again. A sink takes entries before they are formatted.
 #include <android/log.h>
 #include <errno.h>
-#include <fcntl.h>
 #include <host/log_sink.h>
 #include <pthread.h>
 #include <stdarg.h>
@@ -19,17 +17,12 @@
 #include <mutex>
 #include <string>
 
-#include "host/run/descriptors.h"
+#include "host/platform/log/destination.h"
 
 namespace {
 
 constexpr size_t kTextSize = 1024;   // with its terminator; the device's liblog has the same
 constexpr size_t kPrefixSize = 128;  // likewise; a longer tag is cut together with what follows it
-
-struct Destination {
-    int fd;
-    bool coloured;
-};
 
 struct Style {
     char letter;
@@ -43,21 +36,6 @@ std::atomic<bool> hasSink{false};  // a process without one, such as the daemon,
 tarq::host::LogSink& sink() {
     static tarq::host::LogSink& instance = *new tarq::host::LogSink();
     return instance;
-}
-
-// NO_COLOR as at no-color.org: set to anything but nothing it means none.
-Destination openDestination() {
-    const char* path = getenv("TARQ_LOG");
-    if (path != nullptr && *path != '\0') {
-        const int fd = tarq::host::aboveStandard(
-                open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644));
-        if (fd >= 0) return {fd, false};
-        dprintf(STDERR_FILENO, "log: cannot append to %s (%s), logging here\n", path,
-                strerror(errno));
-    }
-    const char* noColor = getenv("NO_COLOR");
-    const bool refused = noColor != nullptr && *noColor != '\0';
-    return {STDERR_FILENO, !refused && isatty(STDERR_FILENO) == 1};
 }
 
 Style styleOf(int priority) {
@@ -134,6 +112,17 @@ std::string threadtimeLines(int priority, const char* tag, const char* text, boo
     return lines;
 }
 
+int writeEntry(int priority, const char* tag, const char* text) {
+    tarq::host::LogDestination& destination = tarq::host::LogDestination::self();
+    const auto notice = [&](unsigned count) {
+        const std::string told = std::to_string(count) + " log line" + (count > 1 ? "s" : "");
+        return threadtimeLines(ANDROID_LOG_WARN, "tarq-host", (told + " lost").c_str(),
+                               destination.isColoured());
+    };
+    const std::string lines = threadtimeLines(priority, tag, text, destination.isColoured());
+    return destination.put(lines, notice);
+}
+
 // False when there is none. The lock is held while it runs, so that it is called once at a time.
 bool giveToSink(int priority, const char* tag, const char* text) {
     if (!hasSink.load(std::memory_order_acquire)) return false;
@@ -164,10 +153,8 @@ int __android_log_print(int prio, const char* tag, const char* fmt, ...) {
 
     const char* shownTag = tag != nullptr ? tag : "";
     if (!giveToSink(prio, tag, text)) {
-        static const Destination destination = openDestination();
-        const std::string lines = threadtimeLines(prio, shownTag, text, destination.coloured);
-        // One write an entry: entries of several threads and processes never mix within a line.
-        if (write(destination.fd, lines.data(), lines.size()) < 0) return -errno;
+        const int error = writeEntry(prio, shownTag, text);
+        if (error != 0) return error;
     }
     // What the entry takes up: a priority byte and both texts with their terminators.
     return static_cast<int>(1 + strlen(shownTag) + 1 + strlen(text) + 1);

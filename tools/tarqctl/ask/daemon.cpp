@@ -4,6 +4,8 @@
 #include "tools/tarqctl/ask/daemon.h"
 
 #include <binder/IServiceManager.h>
+#include <errno.h>
+#include <host/binder_door.h>
 #include <unistd.h>
 
 #include "host/run/descriptors.h"
@@ -18,16 +20,23 @@ using android::String16;
 using android::String8;
 using android::binder::Status;
 
-int connectToDaemon(const Session& session) {
-    const int fd = host::connectTo(session.board.binderSocket());
-    if (fd < 0) return -fd;
-    close(fd);
-    return 0;
-}
-
 // Where a daemon has run its log may tell why it does not any more, so that is what to look at
 // next.
 Failure notListening(const Session& session, int error) {
+    if (error == EPROTONOSUPPORT) {
+        return session.failure(
+                "other_build",
+                "the daemon is of another build than this tarqctl, and speaks another "
+                "language: end the board, and start it again",
+                howToStart(0));
+    }
+    if (error == EMFILE) {
+        return session.failure("too_many",
+                               "the daemon refuses a connection: user " +
+                                       std::to_string(geteuid()) +
+                                       " has as many as one may, half of its descriptors",
+                               "ss -xp | grep " + session.board.binderSocket());
+    }
     const bool hasLog = access(session.board.log().c_str(), R_OK) == 0;
     return session.failure("no_daemon",
                            "no daemon serves, cannot connect to " + session.board.binderSocket() +
@@ -49,7 +58,7 @@ Daemon::Daemon(Session& session, const std::string& likelyCause, const Asked& as
     : mSession(opened(session)),
       mLimit(session, [=, &session] { return daemonTooSlow(session, likelyCause, asked); }) {
     // Without this look defaultServiceManager() would wait for a daemon for ever.
-    if (const int error = connectToDaemon(session)) throw notListening(session, error);
+    if (const int error = host::openBinder()) throw notListening(session, error);
 }
 
 sp<IBinder> Daemon::find(const String16& name) {

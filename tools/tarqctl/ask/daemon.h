@@ -12,11 +12,7 @@
 
 namespace tarq::tools {
 
-// Tries to connect to the daemon of the session's board: 0 or an errno. A daemon that hangs takes
-// connections as well, so this says nothing of whether it answers.
-int connectToDaemon(const Session& session);
-
-// What that error means for a command that needs the daemon.
+// What it means for a command that needs the daemon that host::openBinder() failed.
 Failure notListening(const Session& session, int error);
 
 // As noAnswer(), but while the daemon has not come so far that it answers anybody that is the

@@ -1,6 +1,8 @@
 // wait [NAME…]: until the daemon serves, also when it has not been started yet. Every 50 ms a look
 // is taken; what each look found is kept for the moment when the time is up, in which it is too
 // late to ask what was missing.
+#include <host/binder_door.h>
+
 #include <CLI/App.hpp>
 #include <algorithm>
 #include <mutex>
@@ -47,8 +49,8 @@ Failure notThereYet(const Session& session, Progress& progress) {
 
 // Asks for what is still missing; true when there is nothing more to wait for. A name once found is
 // not asked for again, so that a daemon that comes up slowly is asked little.
-bool look(const Session& session, Progress& progress) {
-    const int error = connectToDaemon(session);
+bool look(Progress& progress) {
+    const int error = host::openBinder();
     std::vector<std::string> missing = progress.missing;  // written by this thread only
     const auto isRegistered = [](const std::string& name) {
         return Daemon::find(android::String16(name.c_str())) != nullptr;
@@ -84,7 +86,7 @@ Run declareWait(CLI::App& app) {
         progress.missing = progress.mustServe ? enabledServices() : *names;
         {
             const TimeLimit limit(session, [&] { return notThereYet(session, progress); });
-            while (!look(session, progress)) {
+            while (!look(progress)) {
                 std::this_thread::sleep_for(std::chrono::milliseconds(50));
             }
         }

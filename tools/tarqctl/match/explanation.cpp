@@ -85,8 +85,7 @@ std::string sentenceFor(const MatchRequest& request) {
         return "the request began before the log does, or its first line is missing";
     }
     if (request.outcome == Outcome::kPruned) {
-        return "the device has dropped " + request.dropped +
-               " before the end of the request was seen (chatty)";
+        return request.dropped + " before the end of the request was seen";
     }
     if (request.outcome == Outcome::kMixed) {
         return "lines are missing, or another request got in between, which only a log with thread "

@@ -66,7 +66,7 @@ enum class Outcome {
     kNo,
     kCutOff,        // the thread's log ends in the middle
     kBegunBefore,   // the thread's log begins in the middle
-    kPruned,        // the device has dropped lines in the middle
+    kPruned,        // lines are missing in the middle, and the log says so
     kBroken,        // lines are missing, or contradict each other: nothing is known for certain
     kNotExplained,  // the list itself looks like a log
     kMixed,         // one of the two, in a log that does not tell threads apart
@@ -79,7 +79,7 @@ struct MatchRequest {
     int pid = 0;
     int tid = 0;
     Outcome outcome = Outcome::kCutOff;
-    std::string dropped = {};         // "12 lines", for kPruned
+    std::string dropped = {};         // for kPruned, a clause that says by whom, and how many lines
     std::string skippedBecause = {};  // not empty: nothing was compared, nor even listed
     bool listIsKnown = false;         // from its sender: none of its items can be missing
     // The next three are empty unless both the list and the board were told whole.

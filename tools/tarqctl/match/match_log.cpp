@@ -35,15 +35,22 @@ bool isInsideRequest(const RequestLine& line) {
     return fact > Fact::kListFollows && !isOfStart && !isOfProbe(fact);
 }
 
-// What the device says where it has dropped lines of a thread, in that thread's name: "uid=1000
-// expire 12 lines", or "identical 3 lines". Nothing for another text.
-std::string droppedBy(const LogLine& line) {
+// Where the device has dropped lines of a thread it says so in that thread's name: "uid=1000 expire
+// 12 lines", or "identical 3 lines". Nothing for another line.
+std::string droppedByDevice(const LogLine& line) {
     if (line.tag != "chatty") return "";
     for (const char* verb : {" expire ", " identical "}) {
         const size_t begin = line.text.rfind(verb);
-        if (begin != std::string::npos) return line.text.substr(begin + strlen(verb));
+        if (begin == std::string::npos) continue;
+        return "the device has dropped " + line.text.substr(begin + strlen(verb)) + " (chatty)";
     }
     return "";
+}
+
+// Where a daemon on a PC could not write its log, "12 log lines lost" tells of all its threads.
+std::string lostByDaemon(const LogLine& line) {
+    const bool isTold = line.tag == "tarq-host" && line.text.find(" lost") != std::string::npos;
+    return isTold ? "the daemon could not write its log (" + line.text + ")" : "";
 }
 
 // A thread's log ends before a gap. What was read to the end is not proved, but for a no, which has
@@ -80,11 +87,18 @@ void doubtMixed(std::map<size_t, MatchRequest>* requests) {
 
 }  // namespace
 
-// A gap begins a new stretch of the thread in whose name the device tells of it. The place of a
-// line is counted over all threads, since requests are told in the order of the log.
+// A gap begins a new stretch: of the thread in whose name the device tells of it, or of all threads
+// of a daemon that could not write. The place of a line is counted over all threads, since requests
+// are told in the order of the log.
 void MatchLog::add(const LogLine& line) {
     const size_t number = mLines++;
-    const std::string dropped = droppedBy(line);
+    if (const std::string lost = lostByDaemon(line); !lost.empty()) {
+        for (auto& [thread, stretches] : mThreads) {
+            if (thread.first == line.pid) stretches.push_back({lost});
+        }
+        return;
+    }
+    const std::string dropped = droppedByDevice(line);
     if (dropped.empty() && line.tag != kLogTag) return;
     std::vector<Stretch>& stretches = mThreads[{line.pid, line.tid}];
     if (stretches.empty() || !dropped.empty()) stretches.push_back({dropped});

@@ -29,7 +29,7 @@ class MatchLog {
   private:
     // What a thread has logged without a gap that is known of.
     struct Stretch {
-        std::string dropped = {};  // what is missing in front of it: "12 lines"
+        std::string dropped = {};  // what is missing in front of it, a clause
         RequestLines lines = {};
     };
     using Requests = std::map<size_t, MatchRequest>;  // by the number of the first line

@@ -7,6 +7,7 @@
 
 #include <android/log.h>
 #include <errno.h>
+#include <host/binder_door.h>
 #include <host/process_board.h>
 #include <poll.h>
 #include <pthread.h>
@@ -30,40 +31,60 @@ static int connectToDaemon() {
     return tarq::host::connectTo(tarq::host::processBoard().binderSocket());
 }
 
-// Sends the packet that opens a connection and waits for the daemon's WELCOME. False as well when
-// the daemon refuses; where it has told why, that is logged, as a call has no status for it.
-static bool introduce(int fd, const PacketHeader& header, PacketHeader* welcome) {
+// Sends the packet that opens a connection and waits for the daemon's WELCOME: 0 or an errno.
+static int introduce(int fd, const PacketHeader& header, PacketHeader* welcome) {
     Packet packet;
     sendPacket(fd, 0, header);  // one that is refused at once cannot be sent, but has its answer
-    if (receivePacket(fd, 0, &packet) != Received::kPacket) return false;
+    if (receivePacket(fd, 0, &packet) != Received::kPacket) return ECONNREFUSED;
     *welcome = packet.header;
-    if (welcome->kind != PacketKind::kWelcome) return false;
-    if (welcome->status == 0) return true;
-    __android_log_print(ANDROID_LOG_ERROR, "binder",
-                        "the daemon refuses a connection: uid %u has as many as a user may",
-                        geteuid());
-    return false;
+    if (welcome->kind != PacketKind::kWelcome) return ECONNREFUSED;
+    if (welcome->code != kWireVersion) return EPROTONOSUPPORT;
+    return -welcome->status;
+}
+
+// A call has no status for these. Where nobody listens there is nothing to say: one may come yet.
+static void logRefusal(int error) {
+    if (error == EMFILE) {
+        __android_log_print(ANDROID_LOG_ERROR, "binder",
+                            "the daemon refuses a connection: uid %u has as many as a user may",
+                            geteuid());
+    } else if (error == EPROTONOSUPPORT) {
+        __android_log_print(ANDROID_LOG_ERROR, "binder",
+                            "the daemon is of another build, which speaks another version of the "
+                            "packets than %u",
+                            kWireVersion);
+    }
 }
 
 // The last session is looked at each time: a daemon may have gone without the event thread having
 // seen it yet, or without there being one.
-std::shared_ptr<DaemonSession> DaemonSession::current() {
+std::shared_ptr<DaemonSession> DaemonSession::current(int* error) {
     static const int forkHandler = pthread_atfork(nullptr, nullptr, [] { gForked = true; });
+    *error = EPERM;
     if (gForked || forkHandler != 0) return nullptr;
     std::lock_guard<std::mutex> guard(gLock);
+    *error = 0;
     if (gCurrent != nullptr && !gCurrent->ended() && !gCurrent->daemonIsGone(0)) return gCurrent;
     const int fd = connectToDaemon();
-    if (fd < 0) return nullptr;
     PacketHeader open = {};
     open.kind = PacketKind::kOpen;
+    open.code = kWireVersion;
     PacketHeader welcome;
-    if (!introduce(fd, open, &welcome)) {
-        close(fd);
+    *error = fd < 0 ? -fd : introduce(fd, open, &welcome);
+    if (*error != 0) {
+        if (fd >= 0) close(fd);
         return nullptr;
     }
     gCurrent = std::make_shared<DaemonSession>(fd, welcome.session, welcome.token);
     if (gEventsStarted) gCurrent->spawnEventThread();
     return gCurrent;
+}
+
+std::shared_ptr<DaemonSession> DaemonSession::current() {
+    int error = 0;
+    std::shared_ptr<DaemonSession> session = current(&error);
+    if (session == nullptr) logRefusal(error);
+    return session;
 }
 
 void DaemonSession::startEvents() {
@@ -98,9 +119,11 @@ int DaemonSession::join(Lane lane) const {
     header.session = mId;
     header.token = mToken;
     PacketHeader welcome;
-    if (introduce(fd, header, &welcome)) return fd;
+    const int error = introduce(fd, header, &welcome);
+    if (error == 0) return fd;
+    logRefusal(error);
     close(fd);
-    return -ECONNREFUSED;
+    return -error;
 }
 
 status_t DaemonSession::transact(uint64_t target, uint32_t code, const Parcel& data, Parcel* reply,
@@ -109,6 +132,7 @@ status_t DaemonSession::transact(uint64_t target, uint32_t code, const Parcel& d
     if ((flags & IBinder::FLAG_ONEWAY) != 0) return transactOneWay(target, code, data, flags);
     if (ended()) return DEAD_OBJECT;
     if (data.dataSize() > kMaxTransaction) return FAILED_TRANSACTION;
+    if (hasExported()) takeReleases();
     PacketHeader header = {};
     header.kind = PacketKind::kCall;
     header.target = target;
@@ -174,3 +198,9 @@ int DaemonSession::post(const PacketHeader& header, const std::vector<PacketObje
 }
 
 }  // namespace android::host
+
+int tarq::host::openBinder() {
+    int error = 0;
+    android::host::DaemonSession::current(&error);
+    return error;
+}

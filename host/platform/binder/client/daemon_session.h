@@ -15,6 +15,8 @@ class DaemonSession : public Session {
     // The session with the daemon that serves now: a new one if the last has ended. Null if nobody
     // answers, and in a child of a fork. May wait for the daemon's answer.
     static std::shared_ptr<DaemonSession> current();
+    // The same, which hands over why there is none, an errno, instead of logging a refusal.
+    static std::shared_ptr<DaemonSession> current(int* error);
 
     // From now on events are handled, on one thread a session. Until then they wait in the socket.
     static void startEvents();
@@ -30,7 +32,8 @@ class DaemonSession : public Session {
     status_t transact(uint64_t target, uint32_t code, const Parcel& data, Parcel* reply,
                       uint32_t flags) override;
 
-    // Opens a connection for one thread's calls; -errno if the daemon does not take it.
+    // Opens a connection for one thread's calls; -errno if the daemon does not take it, which is
+    // logged.
     int join(Lane lane) const;
     // Random, so it also tells this process's sessions apart.
     uint64_t token() const { return mToken; }
@@ -46,10 +49,15 @@ class DaemonSession : public Session {
     // Whether the daemon's end of the event connection is closed, within the time.
     bool daemonIsGone(int waitMs) const;
     void spawnEventThread();
+    // In place of that thread, where there is none: the releases up to the next callback's call,
+    // which only a thread for events may run. Any thread.
+    void takeReleases();
     // Returns when the session ends or the daemon sends what it must not.
     void handleEvents();
     void runCall(const Packet& packet);
 
+    std::mutex mHearing;  // of the flag; held while releases are taken
+    bool mHasEventThread = false;
     const int mEventFd;
     const uint64_t mId;
     const uint64_t mToken;

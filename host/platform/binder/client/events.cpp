@@ -4,11 +4,27 @@
 #include <android/log.h>
 #include <binder/IPCThreadState.h>
 #include <stdlib.h>
+#include <sys/socket.h>
 
 #include "host/platform/binder/client/daemon_session.h"
 #include "host/platform/utils/start_thread.h"
 
 namespace android::host {
+
+// On the device every thread that calls is told of what was released meanwhile, so a program
+// without a pool can hand over new objects for ever. A packet that is only a header is no call.
+void DaemonSession::takeReleases() {
+    const std::lock_guard<std::mutex> guard(mHearing);
+    PacketHeader header;
+    const auto receive = [&](int flags) {
+        return recv(mEventFd, &header, sizeof(header), flags | MSG_DONTWAIT | MSG_TRUNC);
+    };
+    while (!mHasEventThread && receive(MSG_PEEK) == sizeof(header) &&
+           header.kind == PacketKind::kRelease) {
+        receive(0);
+        if (!peerReleased(header.target, header.count)) return;
+    }
+}
 
 // The thread holds the session: it stays until the daemon ends, also when nobody calls any more.
 void DaemonSession::spawnEventThread() {
@@ -17,6 +33,8 @@ void DaemonSession::spawnEventThread() {
         self->end();
         self->dropExported();
     };
+    const std::lock_guard<std::mutex> guard(mHearing);
+    mHasEventThread = true;
     if (!startThread(handle)) abort();
 }
 

@@ -83,6 +83,14 @@ void ClientSession::closeEvents() {
     if (mUnsent.empty()) close(eventFd);
 }
 
+PacketHeader welcomeOf(int status) {
+    PacketHeader header = {};
+    header.kind = PacketKind::kWelcome;
+    header.code = kWireVersion;
+    header.status = status;
+    return header;
+}
+
 // Asked once, when it is accepted: the kernel's answer is who connected, and stays so.
 std::unique_ptr<Connection> Connection::admit(int fd) {
     ucred peer = {};
@@ -92,10 +100,7 @@ std::unique_ptr<Connection> Connection::admit(int fd) {
         return nullptr;
     }
     if (takeShare(peer.uid)) return std::unique_ptr<Connection>(new Connection(fd, peer));
-    PacketHeader refusal = {};
-    refusal.kind = PacketKind::kWelcome;
-    refusal.status = -EMFILE;
-    sendPacket(fd, MSG_DONTWAIT, refusal);
+    sendPacket(fd, MSG_DONTWAIT, welcomeOf(-EMFILE));
     close(fd);
     complain(peer, "its user has as many connections as one may");
     return nullptr;

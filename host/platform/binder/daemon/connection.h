@@ -15,6 +15,9 @@
 
 namespace android::host {
 
+// What a connection is answered with: 0, or the -errno with which it is refused.
+PacketHeader welcomeOf(int status);
+
 // A client process, from its event connection's start to its end. Calls of its callbacks, releases
 // and the session's end travel on that connection, in the order in which they were sent.
 class ClientSession : public Session {

@@ -135,7 +135,7 @@ void Registry::receive(Connection* connection) {
 bool Registry::handle(Connection* connection, const Packet& packet, uid_t sender) {
     const PacketHeader& header = packet.header;
     if (connection->session == nullptr) {
-        if (header.kind == PacketKind::kOpen) return openSession(connection);
+        if (header.kind == PacketKind::kOpen) return openSession(connection, header);
         if (header.kind == PacketKind::kJoin) return joinSession(connection, header);
     } else if (connection->isEvent && header.kind == PacketKind::kRelease) {
         if (connection->session->peerReleased(header.target, header.count)) return true;
@@ -160,15 +160,22 @@ void Registry::takeOneWay(Connection* connection, std::unique_ptr<Call> call) {
 
 // Sent without waiting: the socket of a client that has just come has room.
 static bool welcome(const Connection& connection) {
-    PacketHeader header = {};
-    header.kind = PacketKind::kWelcome;
+    PacketHeader header = welcomeOf(0);
     header.session = connection.session->id;
     header.token = connection.session->token;
     return sendPacket(connection.fd, MSG_DONTWAIT, header) == 0;
 }
 
 // The token is what a connection has to know to join: ids are counted, and could be guessed.
-bool Registry::openSession(Connection* connection) {
+bool Registry::openSession(Connection* connection, const PacketHeader& open) {
+    if (open.code != kWireVersion) {
+        sendPacket(connection->fd, MSG_DONTWAIT, welcomeOf(-EPROTONOSUPPORT));
+        const std::string told = "it speaks version " + std::to_string(open.code) +
+                                 " of the packets, this daemon version " +
+                                 std::to_string(kWireVersion) + ": they are of different builds";
+        complain(connection->peer, told.c_str());
+        return false;
+    }
     uint64_t token = 0;
     if (getrandom(&token, sizeof(token), 0) != sizeof(token)) return false;
     connection->joins(std::make_shared<ClientSession>(connection->fd, connection->peer,

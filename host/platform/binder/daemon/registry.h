@@ -36,7 +36,7 @@ class Registry {
     // False if the connection is to be closed.
     bool handle(Connection* connection, const Packet& packet, uid_t sender);
     // The first packet of a connection makes it an event connection, or one of a session.
-    bool openSession(Connection* connection);
+    bool openSession(Connection* connection, const PacketHeader& open);
     bool joinSession(Connection* connection, const PacketHeader& join);
     // Has an accepted one-way call run. When too many of the client's wait, it is not heard until
     // they have been run.

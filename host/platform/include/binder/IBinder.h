@@ -56,8 +56,12 @@ class IBinder : public virtual RefBase {
     virtual status_t pingBinder() = 0;
     // Calls the object and waits for its reply, without a limit; with FLAG_ONEWAY it waits for
     // nothing. The status is the call's own, and says nothing about the Status in the reply. On a
-    // failure the reply holds nothing of use. From the daemon to a client only one-way calls are
-    // possible.
+    // failure the reply holds nothing of use.
+    //
+    // Unlike on the device: FAILED_TRANSACTION beyond 192 KiB or 256 objects, of the arguments or
+    // of the reply (there 1 MiB less two pages for all that runs at once). From the daemon to a
+    // client only one-way calls are possible: INVALID_OPERATION else, also for a ping, and the
+    // descriptor of a client's object stays empty.
     virtual status_t transact(uint32_t code, const Parcel& data, Parcel* reply,
                               uint32_t flags = 0) = 0;
 

@@ -13,7 +13,8 @@ extern "C" {
 // every property is missing. Any thread.
 int property_get(const char* key, char* value, const char* default_value);
 
-// 0, or -1 with a log line for: a value over 91 bytes, a name that is not made of A-Za-z0-9_-@:.
+// 0, or -1 with a log line for: a value over 91 bytes (on the device a ro. property may be longer,
+// but is not read whole by property_get there), a name that is not made of A-Za-z0-9_-@:.
 // or has a leading, trailing or double dot, a value that is not UTF-8, a ro. property that exists,
 // and a board that cannot be written. A null value counts as "", a null name is refused without a
 // line. persist. properties outlive a restart of the board. A reader sees the old value or the new
