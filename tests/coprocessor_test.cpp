@@ -220,6 +220,20 @@ TEST_F(CoprocessorTest, pasted_frames_need_no_board_and_a_mistake_is_told_with_i
                                     "{\"from\":\"x\",\"bytes\":\"\"}"}) {
         EXPECT_THAT(ash("1a\n" + wrong, "", 2), HasSubstr(": -:2: no line of tarqctl serial"));
     }
+    EXPECT_THAT(ash("\xef\xbb\xbf"
+                    "8160597e",
+                    "", 0),
+                StartsWith("ACK 1\n"));
+    for (const auto& [bytes, why] :
+         {std::pair(std::string("\xff\xfe\x38\0", 4),
+                    "1: it is text in UTF-16\nhint: iconv -f UTF-16 -t UTF-8 FILE | tarqctl ash\n"),
+          {std::string("\xff\xfe\0\0", 4), "1: it is text in UTF-32\nhint: iconv "},
+          {std::string("8\0", 2), "1:2: a byte of value 0, as UTF-16 "},
+          {"\xff"
+           "8",
+           "1:1: only hexadecimal digits"}}) {
+        EXPECT_THAT(ash(bytes, "", 2), HasSubstr(": -:" + std::string(why)));
+    }
     EXPECT_THAT(ash("", "1a C0", 2),
                 HasSubstr("come on standard input\nhint: echo '1a C0' | tarqctl ash\n"));
     EXPECT_THAT(ash("", "1a file", 2), HasSubstr("one file is read, 2 were given\n"));

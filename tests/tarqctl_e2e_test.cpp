@@ -105,7 +105,9 @@ TEST_F(TarqctlE2e, services_are_waited_for_and_listed) {
     EXPECT_EQ(absent.code, 1);
     EXPECT_EQ(absent.out, "nobody absent: the daemon has no service of that name\n");
     followHint(tarqctl({"--timeout", "0.2", "wait", kShellName, "a", "b"}), 2,
-               "wait com.tarq.shell.IShellService a b: not registered after 0.2 s: a b\n");
+               "wait com.tarq.shell.IShellService a b: not registered after 0.2 s: a b: no service "
+               "of that name "
+               "is known\n");
 }
 
 TEST_F(TarqctlE2e, without_its_property_a_service_is_not_waited_for_and_the_reason_is_told) {
@@ -362,7 +364,9 @@ TEST_F(TarqctlE2e, log_is_followed_until_interrupted_or_the_board_ends) {
     EXPECT_EQ(interrupted->wait(), 0);
     std::ofstream(mBoard.log(), std::ios::app) << "the last";
     close(board);
-    followHint(finish(*log), 2, "the last\ntarqctl: log -f: the board ended\n");
+    followHint(
+            finish(*log), 2,
+            "the last\ntarqctl: log -f: the board in " + mBoard.board().directory + " has ended\n");
 }
 
 TEST_F(TarqctlE2e, terminal_gets_colours_and_a_word_for_no_output) {

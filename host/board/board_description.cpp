@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "host/board/hardware/drivers.h"
+#include "host/board/leds/led_driver.h"
 #include "host/board/leds/led_nodes.h"
 #include "host/run/faults.h"
 #include "host/run/text.h"
@@ -141,7 +142,9 @@ void fitCamera(const XMLElement& element, Fitting& fitting) {
 
 void fitLeds(const XMLElement& element, Fitting& fitting) {
     const uint32_t count = number(element, "count");
-    if (count < 1 || count > 255) throw std::invalid_argument("count is not 1 to 255");
+    if (count < 1 || count > kMostLeds) {
+        throw std::invalid_argument("count is not 1 to " + std::to_string(kMostLeds));
+    }
     fitting.fitted.ledTrace = addLeds(fitting.hardware, count);
 }
 
@@ -211,12 +214,10 @@ Fitted fit(const std::filesystem::path& file, Hardware& hardware) {
     const auto fail = [&](int line, const std::string& what) {
         throw std::runtime_error(file.string() + ":" + std::to_string(line) + ": " + what);
     };
-    const host::XmlError error = host::findXmlError(file);
-    if (!error.cause.empty()) throw std::runtime_error(error.describe(file));
     tinyxml2::XMLDocument document;
-    document.LoadFile(file.c_str());
+    const host::XmlError error = host::loadXml(file, &document);
+    if (!error.cause.empty()) throw std::runtime_error(error.describe(file));
     const XMLElement* root = document.RootElement();
-    if (root == nullptr) fail(1, "it cannot be read");  // it was there a moment ago
     if (strcmp(root->Name(), "board") != 0) fail(root->GetLineNum(), "not a <board>");
     if (const auto* attribute = root->FirstAttribute(); attribute != nullptr) {
         fail(root->GetLineNum(), std::string("board: has no \"") + attribute->Name() + "\"");

@@ -3,6 +3,7 @@
 // is taken and made anew, the hardware of board.xml is mounted into it, the parts with commands of
 // their own are opened, and only then commands are taken and "ready" is said. It is switched off in
 // the opposite order by what the destructors do.
+#include <errno.h>
 #include <signal.h>
 #include <stdio.h>
 #include <sys/prctl.h>
@@ -12,13 +13,15 @@
 #include <filesystem>
 #include <optional>
 #include <stdexcept>
+#include <system_error>
 
 #include "host/board/board_description.h"
 #include "host/board/board_directory.h"
 #include "host/board/commands.h"
 #include "host/board/hardware/file_system.h"
 #include "host/run/descriptors.h"
-#include "host/run/text.h"
+#include "host/run/file_systems.h"
+#include "host/run/nearest.h"
 
 namespace tarq::board {
 
@@ -103,13 +106,19 @@ static void serve(const fs::path& folder, const fs::path& path, const ServeOptio
     BoardDirectory directory(path, options.isShared);
     const host::Board& board = directory.board();
     PlainFiles files(board);
-    directory.boot(folder);
+    try {
+        directory.boot(folder);
+    } catch (const fs::filesystem_error&) {
+        host::requireRoom(board);  // to the library a full disk may be an input/output error
+        throw;
+    }
     if (!fs::exists(folder / "board.xml")) {
         say((folder / "board.xml").c_str(), "there is no such file, so no hardware is fitted");
     }
     std::optional<FileSystem> mounted;
     const std::string withoutFuse = mount(hardware, board.hardware(), options, &mounted);
     if (mounted) directory.linkHardware();
+    host::requireRoom(board);
     Commands commands(hardware, files, openParts(fitted, board, mounted.has_value()), withoutFuse);
     const ControlServer control(
             board, [&](const std::vector<std::string>& words) { return commands.perform(words); });
@@ -122,6 +131,21 @@ static void serve(const fs::path& folder, const fs::path& path, const ServeOptio
 }  // namespace tarq::board
 
 static constexpr int kCouldNot = 2;  // play the board, or understand the command line
+
+// Whichever file it was that had no room, none has.
+static int serveBoard(const std::string& folder, const std::string& directory,
+                      const tarq::board::ServeOptions& options) {
+    try {
+        tarq::board::serve(folder, directory, options);
+        return 0;
+    } catch (const std::system_error& error) {
+        const int code = error.code().value();
+        if (code != ENOSPC && code != EDQUOT) throw;
+        fprintf(stderr, "virtual_board: %s\nhint: df -h\n",
+                tarq::host::cannotBeWritten({directory}, code).c_str());
+    }
+    return kCouldNot;
+}
 
 static int run(int argc, char** argv) {
     CLI::App app{"Plays the hardware of a device on a plain Linux machine.", "virtual_board"};
@@ -150,11 +174,14 @@ static int run(int argc, char** argv) {
         puts(version.what());
         return 0;
     } catch (const CLI::ParseError& error) {
-        const std::string word = argc > 1 && argv[1][0] != '-' ? argv[1] : "";
-        std::string why = error.what();
+        const bool isWord = argc > 1 && argv[1][0] != '-';
+        const CLI::App& asked = app.got_subcommand(serve) ? *serve : app;
+        std::string why = tarq::host::noSuchOption(asked, {argv + 1, argv + argc});
+        if (why.empty()) why = error.what();
         if (argc == 1) why = "no command is given; there is serve";
-        if (!word.empty() && !app.got_subcommand(serve)) {
-            why = word + ": " + tarq::host::noSuchCommand(word, {"serve"});
+        if (isWord && !app.got_subcommand(serve)) {
+            why = "'" + std::string(argv[1]) +
+                  "': " + tarq::host::noSuchCommand(argv[1], {"serve"});
         }
         fprintf(stderr,
                 "virtual_board: %s\nhint: virtual_board --help\n"
@@ -162,8 +189,7 @@ static int run(int argc, char** argv) {
                 why.c_str());
         return kCouldNot;
     }
-    tarq::board::serve(folder, directory, options);
-    return 0;
+    return serveBoard(folder, directory, options);
 }
 
 // Exit codes: 0 ended as told, else kCouldNot.

@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <spawn.h>
 #include <stdlib.h>
+#include <string.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -14,6 +15,7 @@
 #include <unistd.h>
 
 #include <string>
+#include <system_error>
 
 namespace tarq::host {
 
@@ -31,6 +33,18 @@ int writeError(const Board& board) {
     close(fd);
     unlink(probe.c_str());
     return error;
+}
+
+void requireRoom(const Board& board) {
+    const int error = writeError(board);
+    if (error == 0 || error == ENOENT) return;
+    throw std::system_error(error, std::system_category(), board.directory);
+}
+
+std::string cannotBeWritten(const Board& board, int error) {
+    const std::string why = board.directory + " cannot be written: " + strerror(error);
+    const bool isFull = error == ENOSPC || error == EDQUOT;
+    return why + (isFull ? "; make room, or name another directory in TMPDIR" : "");
 }
 
 // A FUSE mount whose process is gone answers nothing but these two errors. One that still answers,

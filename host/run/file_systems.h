@@ -3,6 +3,7 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 
 #include "host/run/board.h"
 
@@ -12,6 +13,12 @@ namespace tarq::host {
 // more, such as ENOSPC; ENOENT where run/ is gone, as of a board that is just being switched off.
 // Cheap enough for every turn of a loop, and leaves nothing behind.
 int writeError(const Board& board);
+
+// Throws it as a std::system_error; nothing where a board is being switched off.
+void requireRoom(const Board& board);
+
+// What it means: "DIR cannot be written: No space left on device; make room, or …".
+std::string cannotBeWritten(const Board& board, int error);
 
 // Takes away a mount that a killed board left, if there is one. Until then every look at the place
 // fails (ENOTCONN), and a directory that holds it cannot be removed. Nothing tells whether it

@@ -1,11 +1,10 @@
-// How people write bytes, numbers and names, and read them: in commands to a board, in its
-// description, and on the command line of the tools.
+// How people write bytes and numbers, and read them: in commands to a board, in its description,
+// and on the command line of the tools.
 #pragma once
 
 #include <stdint.h>
 
 #include <string>
-#include <vector>
 
 namespace tarq::host {
 
@@ -27,17 +26,5 @@ std::string hexOf(const std::string& bytes);
 // For a line or a terminal, which it can neither break nor command: control characters, and bytes
 // that are no UTF-8, are written as above. A backslash stays one, so this cannot be read back.
 std::string escaped(const std::string& bytes);
-
-// ---- names that somebody may have mistyped ----
-
-// How many bytes are to be changed, added or taken away to make one of the other.
-size_t distance(const std::string& a, const std::string& b);
-
-// The name that is near enough to be meant: at most a third of its letters are other ones. Else "".
-std::string nearestName(const std::string& word, const std::vector<std::string>& names);
-
-// "there is no such command, only a b", or of one that may be meant "there is no such command; did
-// you mean a?"
-std::string noSuchCommand(const std::string& word, const std::vector<std::string>& names);
 
 }  // namespace tarq::host

@@ -71,17 +71,20 @@ static bool readWhole(const std::string& file, std::string* content) {
     return in.is_open() && !in.bad();
 }
 
-// White space is kept as the daemon keeps it, since that decides whether an element has a text.
-XmlError findXmlError(const std::string& file) {
+XmlError loadXml(const std::string& file, tinyxml2::XMLDocument* document) {
     std::string content;
     if (!readWhole(file, &content)) return {strerror(errno)};
-    tinyxml2::XMLDocument document(true, tinyxml2::PRESERVE_WHITESPACE);
-    const tinyxml2::XMLError error = document.Parse(content.data(), content.size());
-    if (error == tinyxml2::XML_SUCCESS && document.RootElement() == nullptr) {
+    const tinyxml2::XMLError error = document->Parse(content.data(), content.size());
+    if (error == tinyxml2::XML_SUCCESS && document->RootElement() == nullptr) {
         return {"there is no element in it"};
     }
-    const int line = document.ErrorLineNum();
+    const int line = document->ErrorLineNum();
     return {xmlCause(error), line, line > 0 ? lineOf(content, line) : ""};
+}
+
+XmlError findXmlError(const std::string& file) {
+    tinyxml2::XMLDocument document;
+    return loadXml(file, &document);
 }
 
 std::string XmlError::describe(const std::string& name) const {

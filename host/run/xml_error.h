@@ -23,6 +23,8 @@ struct XmlError {
 // Reads the whole file with the parser and the settings of the daemon, so that what this finds is
 // what stops the daemon. What is no plain file is an error without being read: a fifo, say, would
 // keep its reader.
+XmlError loadXml(const std::string& file, tinyxml2::XMLDocument* document);
+// For who does not want what is in it.
 XmlError findXmlError(const std::string& file);
 
 }  // namespace tarq::host

@@ -13,6 +13,18 @@
 
 namespace tarq::tools {
 
+Json orNull(const std::string& text) {
+    return text.empty() ? Json() : Json(text);
+}
+
+Json orNull(const std::optional<std::string>& text) {
+    return text ? Json(*text) : Json();
+}
+
+Json orNull(int number) {
+    return number == 0 ? Json() : Json(number);
+}
+
 void printJson(std::ostream& out, const Json& json) {
     // The default handler throws at text that is not UTF-8, and a command may print anything.
     out << json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n" << std::flush;

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <iosfwd>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -76,6 +77,11 @@ struct Session {
 
 // Keeps its members in the order in which they were added.
 using Json = nlohmann::ordered_json;
+
+// null for what is empty, and for no number.
+Json orNull(const std::string& text);
+Json orNull(const std::optional<std::string>& text);
+Json orNull(int number);
 
 // One line, flushed. Bytes that are not UTF-8 become U+FFFD.
 void printJson(std::ostream& out, const Json& json);

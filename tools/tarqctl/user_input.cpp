@@ -25,6 +25,15 @@ std::string checkUtf8(const std::string& text) {
     return text == std::string(back.string(), back.size()) ? "" : "it is not UTF-8";
 }
 
+// In this order: one mark begins like another.
+std::string wideEncodingOf(const std::string& start) {
+    const std::string first = start.substr(0, 4);
+    if (first == std::string("\xff\xfe\0\0", 4) || first == std::string("\0\0\xfe\xff", 4)) {
+        return "UTF-32";
+    }
+    return first.rfind("\xff\xfe", 0) == 0 || first.rfind("\xfe\xff", 0) == 0 ? "UTF-16" : "";
+}
+
 // The whole range of the call: the daemon takes any number, and so does this.
 std::string parseOtaTime(const std::string& text, int64_t* value) {
     return host::parseDecimal(text, INT64_MIN, INT64_MAX, value);
@@ -87,6 +96,14 @@ CLI::Option* addSeconds(CLI::App& app, const std::string& name, const std::strin
     return app.add_option(name, *value, description)->type_name("S")->check(checkSeconds);
 }
 
+std::string ofFile(const Session& session, const std::string& file, const std::string& why) {
+    if (file == "-") return "standard input: " + why;
+    const std::string named = " " + shellQuoted(file);
+    const bool isLast = session.line.size() > named.size() &&
+                        session.line.substr(session.line.size() - named.size()) == named;
+    return isLast ? why : file + ": " + why;
+}
+
 // What a stream cannot be read for it does not say; errno is what the system said last, and any
 // error where that is nothing.
 static void readFrom(const Session& session, const std::string& file,
@@ -98,7 +115,7 @@ static void readFrom(const Session& session, const std::string& file,
     const bool isRead = file == "-" || opened.is_open();
     if (isRead) read(in);
     if (isRead && !in.bad()) return;
-    throw session.failure("cannot_read", file + ": " + strerror(errno != 0 ? errno : EIO),
+    throw session.failure("cannot_read", ofFile(session, file, strerror(errno != 0 ? errno : EIO)),
                           session.help());
 }
 

@@ -21,6 +21,12 @@ namespace tarq::tools {
 // reach it as a different one, or as none at all.
 std::string checkUtf8(const std::string& text);
 
+// U+FEFF in UTF-8: editors and shells of other systems begin files with it.
+constexpr char kByteOrderMark[] = "\xef\xbb\xbf";
+// By the mark at its start, the encoding of a text that has more than one byte for each character:
+// "UTF-16" or "UTF-32", else "".
+std::string wideEncodingOf(const std::string& start);
+
 // A package's time. Empty when it is a decimal number, else what is wrong; the value is set only
 // then. Its unit is that of the board's timestamp file, which this tool does not know.
 std::string parseOtaTime(const std::string& text, int64_t* value);
@@ -56,6 +62,9 @@ CLI::Option* addSeconds(CLI::App& app, const std::string& name, const std::strin
 // What is declared in this group is read, but told to nobody. It is for words that are read only to
 // be refused with a good reason.
 constexpr char kHidden[] = "";
+
+// "FILE: WHY" of a file that the command was given, or WHY alone where it has just been named.
+std::string ofFile(const Session& session, const std::string& file, const std::string& why);
 
 // Hands over the lines of the file, or of standard input for "-", without their newlines. Throws a
 // Failure if it cannot be read. A line behind the last newline counts as well. That may be in the

@@ -32,10 +32,12 @@
 
 namespace tarq::board {
 
+constexpr size_t kMostLeds = 255;  // that a driver has
+
 // For one thread at a time. Times are in ms of any clock that does not go back.
 class LedDriver {
   public:
-    // count: 1 to 255.
+    // count: 1 to kMostLeds.
     explicit LedDriver(size_t count) : mLeds(count) {}
 
     // Why the record is refused, for people; "" when it is taken. A newline at the end, as echo

@@ -35,7 +35,7 @@ int64_t Fields::within(const std::string& shown, int64_t number, int64_t min, in
     return min;
 }
 
-// People count in decimal, so it is told in both.
+// People count in decimal, so it is told in both; the daemon writes -1 as ffffffff.
 uint32_t Fields::hex(const char* name, uint32_t min, uint32_t max) {
     const std::string text = word(name);
     if (!isNumber(text, 16)) {
@@ -43,7 +43,9 @@ uint32_t Fields::hex(const char* name, uint32_t min, uint32_t max) {
         return min;
     }
     const int64_t number = strtoll(text.c_str(), nullptr, 16);
-    std::string shown = std::string(name) + " " + std::to_string(number);
+    const bool isNegative = number > INT32_MAX && number <= UINT32_MAX;
+    std::string shown = std::string(name) + " " +
+                        std::to_string(isNegative ? static_cast<int32_t>(number) : number);
     if (number > 9) shown += " (hexadecimal " + text + ")";
     return static_cast<uint32_t>(within(shown, number, min, max));
 }

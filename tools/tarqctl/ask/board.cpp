@@ -41,8 +41,12 @@ const char* howToStart(int error) {
     return error == EACCES ? "scripts/run --shared" : "scripts/run";
 }
 
+static std::string hasEnded(const Session& session) {
+    return "the board in " + session.board.directory + " has ended";
+}
+
 Failure boardEnded(const Session& session) {
-    return session.failure("no_board", "the board ended", howToStart(0));
+    return session.failure("no_board", hasEnded(session), howToStart(0));
 }
 
 void openBoard(Session& session) {
@@ -67,9 +71,7 @@ static host::Answer answerTo(const Session& session, const std::vector<std::stri
 
 // A killed board leaves its socket, which refuses.
 static std::string cannotAsk(const Session& session, int error) {
-    if (error == ECONNREFUSED || error == ECONNRESET) {
-        return "the board in " + session.board.directory + " has ended";
-    }
+    if (error == ECONNREFUSED || error == ECONNRESET) return hasEnded(session);
     if (error == ENOENT) return "no board runs in " + session.board.directory;
     return "no board can be asked in " + session.board.directory + ": " + host::socketError(error);
 }

@@ -40,8 +40,16 @@ static std::string property(const char* name) {
     return value;
 }
 
-bool isEnabled(const KnownService& service) {
-    return service.enabledBy == nullptr || property(service.enabledBy) == "true";
+const KnownService* findKnown(const std::string& name) {
+    for (const KnownService& service : knownServices()) {
+        if (service.name == name) return &service;
+    }
+    return nullptr;
+}
+
+std::string whySwitchedOff(const KnownService& service) {
+    if (service.enabledBy == nullptr || property(service.enabledBy) == "true") return "";
+    return std::string("property ") + service.enabledBy + " is not \"true\"";
 }
 
 // The check publishes its result in a property when it ends, whatever that is; it is asked there,
@@ -54,23 +62,18 @@ std::string startupCheck() {
                 : "";
 }
 
-std::string startupCheckBefore(const std::string& name) {
-    const std::vector<KnownService>& services = knownServices();
-    const bool waits = std::any_of(services.begin(), services.end(), [&](const auto& service) {
-        return service.name == name && service.isBehindCheck;
-    });
-    return waits ? startupCheck() : "";
+std::string startupCheckBefore(const KnownService& service) {
+    return service.isBehindCheck ? startupCheck() : "";
 }
 
 std::string whyAbsent(const std::vector<KnownService>& services, const std::vector<bool>& present,
                       size_t index) {
     const KnownService& service = services[index];
-    if (!isEnabled(service)) {
-        return std::string("property ") + service.enabledBy + " is not \"true\"";
-    }
+    const std::string off = whySwitchedOff(service);
+    if (!off.empty()) return off;
     const bool passedOver = std::any_of(present.begin() + static_cast<std::ptrdiff_t>(index) + 1,
                                         present.end(), [](bool later) { return later; });
-    const std::string check = service.isBehindCheck && !passedOver ? startupCheck() : "";
+    const std::string check = passedOver ? "" : startupCheckBefore(service);
     if (!check.empty()) return check;
     std::string why = passedOver ? "" : "the daemon is still starting, or ";
     why += "its registration was refused, see the log";

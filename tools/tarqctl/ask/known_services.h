@@ -16,8 +16,11 @@ struct KnownService {
 // In the order in which the daemon registers them.
 const std::vector<KnownService>& knownServices();
 
-// Reads the property that decides, as it is now. The daemon has read it once, when it started.
-bool isEnabled(const KnownService& service);
+// The one of that name; null when there is none.
+const KnownService* findKnown(const std::string& name);
+
+// "property ro.x is not "true"", as it is now; "" for one that is not switched off.
+std::string whySwitchedOff(const KnownService& service);
 
 // What the daemon is busy with before it answers any call: the start-up check for the Zigbee
 // co-processor, as long as it is enabled and has published nothing. Else "". Its message is for
@@ -25,7 +28,7 @@ bool isEnabled(const KnownService& service);
 std::string startupCheck();
 
 // The same where the check is what this service waits for. Else "".
-std::string startupCheckBefore(const std::string& name);
+std::string startupCheckBefore(const KnownService& service);
 
 // Why services[index] may be absent, from what can be seen now: which of the services are present.
 // Registrations appear in their order, so an absent one behind which others stand was passed over.

@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <sstream>
 
-#include "tools/tarqctl/ask/stopped.h"
+#include "tools/tarqctl/ask/why_silent.h"
 
 namespace tarq::tools {
 
@@ -52,21 +52,15 @@ TimeLimit::TimeLimit(const Session& session, std::function<Failure()> failure)
 // What is said of a cause is a guess unless somebody knows it, so who knows it is asked first.
 Failure noAnswer(const Session& session, const std::string& likelyCause, const Asked& asked) {
     const bool goesOn = !asked.goesOn.empty();
-    const std::string rest = goesOn ? "; " + asked.goesOn : "";
-    const std::string silence = "no answer after " + seconds(session.timeout) + ": ";
-    if (const std::optional<Stopped> stopped = findStopped(session.board)) {
-        return session.failure("timeout", silence + stopped->why + rest, stopped->hint);
-    }
-    const std::optional<Stopped> held = asked.isHardware ? findHeld(session.board) : std::nullopt;
-    if (held) {
-        return session.failure("timeout", silence + likelyCause + "; " + held->why + rest,
-                               session.next(held->hint));
-    }
     std::ostringstream longer;
     longer << "--timeout " << std::clamp(session.timeout.count() * 6, 60.0, kMaxTimeout) << " "
            << session.line;
-    return session.failure("timeout", silence + likelyCause + rest,
-                           session.next(goesOn ? asked.command : longer.str()));
+    const std::string next = session.next(goesOn ? asked.command : longer.str());
+    const Cause cause = whyNobodyAnswers(session, asked.isHardware, {likelyCause, next});
+    return session.failure("timeout",
+                           "no answer after " + seconds(session.timeout) + ": " + cause.why +
+                                   (goesOn ? "; " + asked.goesOn : ""),
+                           cause.hint);
 }
 
 std::string seconds(std::chrono::duration<double> time) {

@@ -5,6 +5,7 @@
 
 #include <CLI/App.hpp>
 #include <stdexcept>
+#include <string_view>
 
 #include "host/run/records.h"
 #include "host/run/text.h"
@@ -27,6 +28,8 @@ struct Options {
     std::vector<std::string> more;  // what else was given, by mistake
 };
 
+constexpr std::string_view kOfMarks("\xef\xbb\xbf\xff\xfe\0", 6);
+
 // A line that begins with a brace is JSON, all else is hexadecimal; the two may be mixed line by
 // line.
 class Capture {
@@ -35,18 +38,37 @@ class Capture {
 
     // The next character. Throws std::invalid_argument, "LINE:COLUMN: what is wrong" or "LINE: …".
     void take(char c) {
+        const bool mayBeMark = mHasMark && mMark.size() < 4 && kOfMarks.find(c) != kOfMarks.npos;
+        if (mayBeMark) {
+            mMark += c;
+            return;
+        }
+        if (mHasMark) endMark();
+        takeText(c);
+    }
+    void finish() {
+        if (mHasMark) endMark();
+        if (!mJson.empty()) endJson();
+        mHex.finish();
+        mPrinter.finish();
+    }
+    // That of the text, if its first bytes tell one that is not read.
+    std::string encoding() const { return wideEncodingOf(mMark); }
+
+  private:
+    // A text may begin with the mark of UTF-8, and with no other.
+    void endMark() {
+        mHasMark = false;
+        if (!encoding().empty()) throw std::invalid_argument("1: it is text in " + encoding());
+        if (mMark == kByteOrderMark) return;
+        for (const char c : mMark) takeText(c);
+    }
+    void takeText(char c) {
         const bool isJson = !mJson.empty() || (c == '{' && mIsLineBlank);
         mIsLineBlank = c == '\n' || (mIsLineBlank && (c == ' ' || c == '\t'));
         if (isJson) return takeJson(c);
         takeHex(c);
     }
-    void finish() {
-        if (!mJson.empty()) endJson();
-        mHex.finish();
-        mPrinter.finish();
-    }
-
-  private:
     void takeHex(char c) {
         uint8_t byte = 0;
         if (mHex.take(c, &byte)) mPrinter.take({}, {byte});
@@ -66,7 +88,9 @@ class Capture {
 
     FramePrinter mPrinter;
     HexText mHex;
-    std::string mJson;  // the line so far
+    std::string mMark;     // the first characters, as long as they may be a mark
+    bool mHasMark = true;  // or may have one
+    std::string mJson;     // the line so far
     bool mIsLineBlank = true;
 };
 
@@ -122,7 +146,12 @@ int print(const Session& session, const Options& options) {
         readCharacters(session, options.file, [&capture](char c) { capture.take(c); });
         capture.finish();
     } catch (const std::invalid_argument& wrong) {
-        throw session.failure("bad_hex", options.file + ":" + wrong.what(), session.help());
+        const std::string wide = capture.encoding();
+        const std::string read = options.file == "-" ? "FILE" : shellQuoted(options.file);
+        throw session.failure(
+                "bad_hex", options.file + ":" + wrong.what(),
+                wide.empty() ? session.help()
+                             : "iconv -f " + wide + " -t UTF-8 " + read + " | tarqctl ash");
     }
     return kDone;
 }

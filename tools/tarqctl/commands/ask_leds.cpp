@@ -57,10 +57,7 @@ std::optional<LedCall> askLeds(Session& session, const std::string& operation,
         throwIfRefused(session, refused);
         return logged;
     }
-    if (!opened && !host::isRunning(session.board)) {
-        throw session.failure("no_board", "the board in " + session.board.directory + " has ended",
-                              howToStart(0));
-    }
+    if (!opened && !host::isRunning(session.board)) throw boardEnded(session);
     throw session.failure("attribute",
                           opened ? "the service said no, and its log does not tell why"
                                  : "the daemon cannot open " + joined(logged->notOpened),

@@ -15,6 +15,7 @@
 #include "tools/tarqctl/log/saved_log.h"
 #include "tools/tarqctl/match/explanation.h"
 #include "tools/tarqctl/match/match_log.h"
+#include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
 
@@ -32,15 +33,7 @@ struct Log {
 };
 using Logs = std::vector<std::unique_ptr<Log>>;
 
-Json orNull(const std::string& text) {
-    return text.empty() ? Json(nullptr) : Json(text);
-}
-
-Json orNull(int id) {
-    return id == 0 ? Json(nullptr) : Json(id);
-}
-
-// What the log's format tells of it: "05-01 10:00:00.123 pid 512 tid 530 in FS/log.txt". Some
+// What the log's format tells of it: "05-01 10:00:00.123  pid 512  tid 530  in FS/log.txt". Some
 // formats tell neither time nor thread, and one text alone has no name.
 std::string titleOf(const std::string& member, const MatchRequest& request) {
     std::string title = request.time;
@@ -89,7 +82,7 @@ std::string read(const Session& session, const std::string& file, Logs* logs) {
         if (file != "-" && !opened.is_open()) throw std::runtime_error(strerror(errno));
         return readLog(file == "-" ? session.in : opened, sink);
     } catch (const std::runtime_error& error) {
-        throw session.failure("cannot_read", file + ": " + error.what(), session.help());
+        throw session.failure("cannot_read", ofFile(session, file, error.what()), session.help());
     }
 }
 
@@ -125,10 +118,8 @@ int explainLog(Session& session, const std::string& file) {
         }
     }
     if (isFirst) {
-        throw session.failure(
-                "no_request",
-                (file == "-" ? "standard input" : file) + ": " + whyNothing(logs, kind),
-                session.help());
+        throw session.failure("no_request", ofFile(session, file, whyNothing(logs, kind)),
+                              session.help());
     }
     return anyNo ? kServiceSaidNo : anyUnknown ? kCouldNotAsk : kDone;
 }

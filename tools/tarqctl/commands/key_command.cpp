@@ -100,8 +100,10 @@ void send(const Session& session, const Key& key, int32_t frequency, size_t sent
 
 // Times count from the first key, so that what one takes does not delay those behind it.
 int play(Session& session, const Options& options, bool hasRssi) {
-    if (options.values.empty() && options.record.empty()) {
-        throw session.failure("usage", "give the three values of a key, or --replay",
+    if (options.values.size() != 3 && options.record.empty()) {
+        throw session.failure("usage",
+                              "give the three values of a key, or --replay; " +
+                                      std::to_string(options.values.size()) + " are given",
                               session.help());
     }
     openBoard(session);
@@ -126,7 +128,7 @@ Run declareKey(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     CLI::Option* values = addNumbers(app, "VALUES", "what the receiver tells of it, three numbers",
                                      &options->values);
-    values->expected(3);
+    values->expected(-1);
     const CLI::Option* rssi =
             addNumber(app, "--rssi",
                       "how strong it arrives, in dBm; as what was heard last,\nunless given",

@@ -7,7 +7,6 @@
 #include <CLI/App.hpp>
 #include <algorithm>
 #include <array>
-#include <ostream>
 
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"

@@ -79,7 +79,7 @@ static Failure notLoaded(const Session& session, const std::string& word, const 
 static std::vector<std::string> placed(const Session& session, const std::string& file,
                                        const std::vector<host::LedRecord>& refused) {
     EffectTransfer sent = {file, {}, std::nullopt};
-    if (whyUnreadable(file).empty()) sent = transferEffect(session, file, kMostLeds);
+    if (whyUnreadable(file).empty()) sent = transferEffect(session, file, board::kMostLeds);
     std::vector<std::string> lines;
     auto from = sent.records.begin();
     for (const host::LedRecord& record : refused) {
@@ -150,10 +150,10 @@ static void printJson(const Session& session, const EffectRecord& record) {
 static int playDry(Session& session, const std::string& word, const std::string& file) {
     const std::optional<size_t> leds = findLeds(session, file);
     if (isMissingName(word, file)) throw noSuchEffect(session, word, whyUnreadable(file));
-    const EffectTransfer transfer = transferEffect(session, file, leds.value_or(kMostLeds));
+    const EffectTransfer transfer = transferEffect(session, file, leds.value_or(board::kMostLeds));
     if (!leds) {
         session.notice("no board tells how many LEDs there are; LEDs 0 to " +
-                       std::to_string(kMostLeds - 1) + " are taken to be there");
+                       std::to_string(board::kMostLeds - 1) + " are taken to be there");
     }
     bool isTaken = true;
     for (const EffectRecord& record : transfer.records) {

@@ -2,7 +2,6 @@
 // are in the log that it wrote meanwhile, on whichever thread, beside the requests of others. Ours
 // is one with our items that came out as ours did.
 #include <com/tarq/hardwareInfo/IHardwareInfoService.h>
-#include <errno.h>
 #include <string.h>
 
 #include <CLI/App.hpp>

@@ -81,8 +81,8 @@ Run declareRssi(CLI::App& /*app*/) {
 int printStored(Session& session) {
     openBoard(session);
     const StoredFrequency stored = storedFrequency();
-    const Json text = stored.text.empty() ? Json() : Json(stored.text);
-    return printResult(session, {{"frequency", stored.number}, {"stored", text}}, asText(stored));
+    return printResult(session, {{"frequency", stored.number}, {"stored", orNull(stored.text)}},
+                       asText(stored));
 }
 
 // No number is refused: which frequencies there are only the receiver knows.

@@ -5,6 +5,8 @@
 #include "tools/tarqctl/log/led_outcome.h"
 
 #include <algorithm>
+#include <map>
+#include <utility>
 
 #include "rgbleds/led_attributes.h"
 #include "tools/tarqctl/log/log_line.h"
@@ -46,6 +48,18 @@ bool isTroubled(const LedCall& call) {
     return call.fileUnreadable || !call.notOpened.empty() || !call.leftOut.empty();
 }
 
+// The pattern with the arguments in the place of its conversions.
+std::string filled(std::string pattern, const Arguments& arguments) {
+    size_t at = 0;
+    for (const std::string& argument : arguments) {
+        at = pattern.find('%', at);
+        if (at == std::string::npos) break;
+        pattern.replace(at, 2, argument);
+        at += argument.size();
+    }
+    return pattern;
+}
+
 }  // namespace
 
 LedLog::LedLog(const std::string& path) : mFile(path) {
@@ -65,8 +79,9 @@ std::optional<LedCall> LedLog::find(const std::string& operation, const Argument
         for (const std::string lastLine : kLastLines) {
             const auto printed = printedArguments(lastLine.c_str(), parsed->text);
             if (!printed) continue;
-            const bool isOurs =
-                    lastLine.substr(0, lastLine.find(':')) == operation && *printed == arguments;
+            // A long path is cut there, and one with a newline goes on in another line.
+            const bool isOurs = lastLine.substr(0, lastLine.find(':')) == operation &&
+                                parsed->text == asLogged(filled(lastLine, arguments)).front();
             if (isOurs && (!found || isTroubled(call))) found = call;
             call = {};
         }

@@ -5,10 +5,8 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "host/run/growing_file.h"

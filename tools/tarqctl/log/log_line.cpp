@@ -11,8 +11,14 @@
 
 namespace tarq::tools {
 
-// A tag is filled up to eight characters; ": " ends it, and may occur within those eight.
-static constexpr size_t kTagWidth = 8;
+bool isPriority(char letter) {
+    return letter != '\0' && strchr("VDIWEFS?", letter) != nullptr;
+}
+
+size_t endOfTag(std::string_view text) {
+    constexpr size_t kTagWidth = 8;
+    return text.find(": ", std::min(kTagWidth, text.size()));
+}
 
 std::optional<LogLine> parseLogLine(const std::string& line) {
     char date[6];
@@ -24,17 +30,18 @@ std::optional<LogLine> parseLogLine(const std::string& line) {
         return std::nullopt;
     }
     if (strlen(date) != 5 || strlen(clock) != 12 || line[static_cast<size_t>(tag)] != ' ' ||
-        strchr("VDIWEFS?", parsed.priority) == nullptr) {
+        !isPriority(parsed.priority)) {
         return std::nullopt;
     }
     // What follows the priority is looked at by hand: a tag may hold blanks, and be empty.
     const size_t start = static_cast<size_t>(tag) + 1;
-    const size_t end = line.find(": ", start + kTagWidth);
+    const std::string rest = line.substr(start);
+    const size_t end = endOfTag(rest);
     if (end == std::string::npos) return std::nullopt;
     parsed.time = std::string(date) + " " + clock;
-    parsed.tag = line.substr(start, end - start);
+    parsed.tag = rest.substr(0, end);
     parsed.tag.erase(parsed.tag.find_last_not_of(' ') + 1);
-    parsed.text = line.substr(end + 2);
+    parsed.text = rest.substr(end + 2);
     return parsed;
 }
 

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tarq::tools {
@@ -21,6 +22,11 @@ struct LogLine {
 // Nothing if the line is of another shape: a reader passes such a line on as it is. A sanitizer's
 // report and the output of a child of the daemon are in the same file.
 std::optional<LogLine> parseLogLine(const std::string& line);
+
+bool isPriority(char letter);
+// Where the tag ends in what follows the priority and a blank: at ": ". A tag is filled up to eight
+// characters, among which there may be one. npos when it does not end.
+size_t endOfTag(std::string_view text);
 
 // The escape sequence that the log itself uses for the priority; empty for the terminal's colour.
 const char* colourOf(char priority);

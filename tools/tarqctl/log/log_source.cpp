@@ -10,7 +10,6 @@
 #include <zlib.h>
 
 #include <algorithm>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -18,6 +17,7 @@
 #include <utility>
 
 #include "host/run/text.h"
+#include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
 
@@ -180,7 +180,7 @@ std::string kindOf(const std::string& start) {
     for (const Kind& kind : kKinds) {
         if (start.rfind(kind.start, 0) == 0) return kind.name;
     }
-    if (start.rfind("\xff\xfe", 0) == 0 || start.rfind("\xfe\xff", 0) == 0) return "text in UTF-16";
+    if (const std::string wide = wideEncodingOf(start); !wide.empty()) return "text in " + wide;
     const auto isOfNoText = [](unsigned char c) {
         return iscntrl(c) != 0 && isspace(c) == 0 && c != '\x1b';
     };

@@ -4,7 +4,6 @@
 #include "tools/tarqctl/log/saved_log.h"
 
 #include <stdlib.h>
-#include <string.h>
 
 #include <algorithm>
 #include <vector>
@@ -13,7 +12,6 @@ namespace tarq::tools {
 
 namespace {
 
-constexpr char kPriorities[] = "VDIWEFS";
 constexpr char kDigits[] = "0123456789";
 
 using View = std::string_view;
@@ -23,7 +21,7 @@ bool isAll(View text, const char* characters) {
 }
 
 bool isPriority(View text) {
-    return text.size() == 1 && strchr(kPriorities, text[0]) != nullptr;
+    return text.size() == 1 && tools::isPriority(text[0]);
 }
 
 // Empty for a text of blanks alone.
@@ -121,8 +119,7 @@ bool readThreadtime(View rest, LogLine* line) {
     if (!readIds(ids, true, line)) return false;
     line->priority = word[0];
     rest.remove_prefix(1);
-    // A tag is filled up to eight characters, among which there may be ": ".
-    const size_t end = rest.find(": ", std::min<size_t>(8, rest.size()));
+    const size_t end = endOfTag(rest);
     if (end == View::npos) return false;
     setText(rest.substr(0, end), rest.substr(end + 2), line);
     return true;

@@ -6,8 +6,9 @@
 #include <map>
 
 #include "hardware_info/text.h"
-#include "host/run/text.h"
+#include "host/run/nearest.h"
 #include "tools/tarqctl/match/explanation.h"
+#include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
 

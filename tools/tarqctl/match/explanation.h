@@ -25,9 +25,6 @@ struct ExplainedRow {
     std::vector<std::string> better = {};  // items of which each would fit
 };
 
-// U+FEFF in UTF-8: editors and shells of other systems begin files with it.
-constexpr char kByteOrderMark[] = "\xef\xbb\xbf";
-
 // What is probably not meant.
 struct Doubt {
     std::string text;

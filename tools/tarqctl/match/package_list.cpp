@@ -13,7 +13,7 @@ namespace {
 // the first name another one.
 std::string whyNoItem(const std::string& line) {
     if (line.rfind(kByteOrderMark, 0) == 0) return "it begins with a byte order mark";
-    if (line.rfind("\xff\xfe", 0) == 0 || line.rfind("\xfe\xff", 0) == 0) return "it is UTF-16";
+    if (const std::string wide = wideEncodingOf(line); !wide.empty()) return "it is " + wide;
     if (line.find('\0') != std::string::npos) return "it has a NUL in it";
     return checkUtf8(line);
 }
@@ -21,10 +21,10 @@ std::string whyNoItem(const std::string& line) {
 // How to take away what is wrong with the encoding of a file.
 std::string howToMend(const Session& session, const std::string& file, const std::string& line) {
     const bool is8 = line.rfind(kByteOrderMark, 0) == 0;
-    const bool is16 = !is8 && whyNoItem(line) == "it is UTF-16";
-    if (file == "-" || (!is8 && !is16)) return session.help();
+    const std::string wide = wideEncodingOf(line);
+    if (file == "-" || (!is8 && wide.empty())) return session.help();
     if (is8) return "sed -i 's/^\\xef\\xbb\\xbf//' " + shellQuoted(file);
-    return "iconv -f UTF-16 -t UTF-8 " + shellQuoted(file) + " | tarqctl match --file -";
+    return "iconv -f " + wide + " -t UTF-8 " + shellQuoted(file) + " | tarqctl match --file -";
 }
 
 }  // namespace

@@ -79,9 +79,6 @@ std::string howToFit(const Explanation& explanation) {
 }
 
 Json asJson(const ExplainedRow& row) {
-    const auto orNull = [](const std::optional<std::string>& text) {
-        return text ? Json(*text) : Json(nullptr);
-    };
     std::string verdict = wordFor(row.verdict);
     std::replace(verdict.begin(), verdict.end(), ' ', '_');
     return {{"name", row.name},   {"board", orNull(row.board)}, {"package", orNull(row.package)},
@@ -113,11 +110,10 @@ Json asJson(const Explanation& explanation) {
     if (explanation.service) json["service"] = *explanation.service;
     json.update({{"sentence", explanation.sentence},
                  {"items", items},
-                 {"fallback", nullptr},
+                 {"fallback", orNull(explanation.fallback)},
                  {"required_time", nullptr},
                  {"not_compared", explanation.notCompared},
                  {"doubts", doubts}});
-    if (!explanation.fallback.empty()) json["fallback"] = explanation.fallback;
     if (explanation.requiredTime) json["required_time"] = *explanation.requiredTime;
     return json;
 }

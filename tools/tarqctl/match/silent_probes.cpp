@@ -4,6 +4,8 @@
 // words of the list have decided.
 #include "tools/tarqctl/match/silent_probes.h"
 
+#include <ctype.h>
+
 #include <algorithm>
 
 #include "tools/tarqctl/ask/board.h"
@@ -13,11 +15,12 @@ namespace tarq::tools {
 // The kind of part that a section of the timestamp file names, and the hardware did not tell.
 static std::string silentSection(const FallbackFinding& fallback) {
     if (!fallback.end || fallback.end->fact != Fact::kTimestampFileWrong) return "";
-    for (const auto& [section, part] :
-         {std::pair("TP ", kTouchPanel), {"LCD ", kDisplay}, {"INTERNAL_CAMERA ", kCamera}}) {
-        const bool isIt = !fallback.end->arguments.empty() &&
-                          fallback.end->arguments[0].rfind(section, 0) == 0;
-        if (isIt) return part;
+    if (fallback.end->arguments.empty()) return "";
+    const std::string& section = fallback.end->arguments[0];
+    for (const char* part : {kTouchPanel, kDisplay, kCamera}) {
+        std::string kind = part;  // in capitals there
+        std::transform(kind.begin(), kind.end(), kind.begin(), toupper);
+        if (section.rfind(kind + " ", 0) == 0) return part;
     }
     return "";
 }

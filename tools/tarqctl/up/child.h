@@ -68,10 +68,17 @@ class Child {
 
 // How long each may take to end.
 constexpr std::chrono::seconds kPatience{5};
+// Whoever ends a process may tell it and its group, so that two signals come as one wish.
+constexpr std::chrono::milliseconds kOneWish{300};
 
 // Ends them one after the other, the last one first: tells each to, and kills it when the time is
-// over, which say() is told in a sentence. A SIGINT or SIGTERM meanwhile kills all of them at once.
-void endAll(const std::vector<std::unique_ptr<Child>>& children, const Signals& signals,
-            const std::function<void(const std::string&)>& say);
+// over, which say() is told in a sentence. isUrgent, or a SIGINT or SIGTERM meanwhile: kills all of
+// them at once. True when they were.
+bool endAll(const std::vector<std::unique_ptr<Child>>& children, const Signals& signals,
+            bool isUrgent, const std::function<void(const std::string&)>& say);
+
+// Kills what else this process has for children, but for that one: what its commands have started
+// is handed to it when they end.
+void killOrphans(pid_t except);
 
 }  // namespace tarq::tools

@@ -59,8 +59,10 @@ void Parts::start() {
 }
 
 // The directory goes last, when nobody writes to it any more.
-void Parts::end() {
-    endAll(mChildren, signals, [this](const std::string& text) { say(text); });
+void Parts::end(bool isUrgent) {
+    const auto tell = [this](const std::string& text) { say(text); };
+    // A command's own processes are left to it, but not by who asks for the end twice.
+    if (endAll(mChildren, signals, isUrgent, tell)) killOrphans(guard.pid());
     mDirectory.reset();
 }
 
@@ -70,7 +72,7 @@ void Parts::say(const std::string& text) const {
 
 void Parts::pause(int readable) const {
     const int signal = signals.wait(milliseconds(20), readable);
-    if (signal != 0) throw Interrupted{signal};
+    if (signal != 0) throw Ended{128 + signal};
 }
 
 Child& Parts::add(Program program) {
@@ -122,7 +124,7 @@ void Parts::startBoard(const std::string& folder) {
         pause(ends[0]);
         while (byte != '\n' && read(ends[0], &byte, 1) == 1) continue;
         if (byte == '\n') break;
-        if (board->hasEnded()) throw partEnded("the board did not start: it", *board);
+        if (board->hasEnded()) boardRefused();
         if (waiting.elapsed() > kBoardPatience) {
             throw Failure{"timeout", "up", "the board is not ready after 60 s", again()};
         }
@@ -132,13 +134,17 @@ void Parts::startBoard(const std::string& folder) {
     mDirectory->letOthersStart();
 }
 
+// Who ends with that status has said why. JSON comes from nobody else.
+void Parts::boardRefused() const {
+    if (board->status() == kCouldNotAsk && !mSession.json) throw Ended{kCouldNotAsk};
+    throw partEnded("the board did not start: it", *board);
+}
+
 // What cannot be written is missed by everything that comes later.
 void Parts::requireRoom() const {
     const int error = host::writeError(directory());
     if (error == 0 || error == ENOENT) return;  // or the board has just ended
-    throw Failure{"disk_full", "up",
-                  directory().directory + " cannot be written: " + strerror(error),
-                  "TMPDIR=DIR tarqctl up, with room in DIR"};
+    throw Failure{"disk_full", "up", host::cannotBeWritten(directory(), error), "df -h"};
 }
 
 // They tell best why it did not come up, and the directory with the log is about to be removed.

@@ -16,13 +16,13 @@
 
 namespace tarq::tools {
 
-// Thrown where it is waited, but while a command runs, which decides what a signal means to it. The
-// exit code is then 128 and the signal, as a shell has it.
-struct Interrupted {
-    int signal;
+// Thrown where there is nothing more to be said: after a signal, or what a part has said itself.
+struct Ended {
+    int status;             // that `up` ends with
+    bool isUrgent = false;  // it was asked for twice
 };
 
-// For one thread. Throws a Failure or Interrupted wherever it does not get on.
+// For one thread. Throws a Failure or Ended wherever it does not get on.
 class Parts {
   public:
     Parts(const Session& session, const UpOptions& options)
@@ -32,8 +32,8 @@ class Parts {
     void start();
     // One more process, ended before those that were started earlier.
     Child& add(Program program);
-    // All of them, the last one first, and the directory.
-    void end();
+    // All of them, the last one first, and the directory. isUrgent: at once.
+    void end(bool isUrgent);
 
     // The words that start this program for this board.
     std::vector<std::string> tarqctl(const std::vector<std::string>& words) const;
@@ -57,6 +57,7 @@ class Parts {
   private:
     void makeDirectory(const std::string& folder);
     void startBoard(const std::string& folder);
+    [[noreturn]] void boardRefused() const;
     void startDaemon();
     void requireRoom() const;
     void sayLastLines() const;

@@ -45,6 +45,8 @@ class Guard {
     // Called by a new process, the first of its group, before it becomes another program.
     void watchOwnGroup() const;
 
+    pid_t pid() const { return mPid; }
+
   private:
     pid_t mPid = -1;
     int mPipe = -1;

@@ -25,7 +25,7 @@ struct Drawn {
 // it.
 static Drawn effectOf(Session& session, const std::string& file) {
     const std::optional<size_t> leds = findLeds(session, file);
-    const EffectTransfer transfer = transferEffect(session, file, leds.value_or(kMostLeds));
+    const EffectTransfer transfer = transferEffect(session, file, leds.value_or(board::kMostLeds));
     std::vector<std::string> refusals;
     for (const EffectRecord& record : transfer.records) {
         const std::string trouble = transfer.trouble(record);
@@ -36,11 +36,13 @@ static Drawn effectOf(Session& session, const std::string& file) {
     const std::string name = std::filesystem::path(file).filename();
     Drawn drawn = {*transfer.effect, leds.value_or(1), name.substr(0, 40)};
     if (leds) return drawn;
-    for (size_t led = 0; led < kMostLeds; ++led) {
+    for (size_t led = 0; led < board::kMostLeds; ++led) {
         if (drawn.effect.names(led)) drawn.leds = led + 1;
     }
-    session.notice("no board tells how many LEDs there are; drawn are 0 to " +
-                   std::to_string(drawn.leds - 1) + ", as the file names no further ones");
+    const std::string last = std::to_string(drawn.leds - 1);
+    session.notice("no board tells how many LEDs there are; " +
+                   (drawn.leds == 1 ? "LED 0 alone is drawn" : "LEDs 0 to " + last + " are drawn") +
+                   ", as the file names no further ones");
     return drawn;
 }
 

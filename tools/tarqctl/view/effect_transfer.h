@@ -38,7 +38,6 @@ EffectTransfer transferEffect(const Session& session, const std::string& file, s
 // Opens the board, and tells how many LEDs it has; nothing where that is not known. A file that is
 // none of the device needs no board.
 std::optional<size_t> findLeds(Session& session, const std::string& file);
-constexpr size_t kMostLeds = 255;  // that a board has
 
 // "x.xml:3: CAUSE: TEXT", when the daemon could not read it; "" when it can be read here.
 std::string whyUnreadable(const std::string& file);

@@ -40,7 +40,7 @@ void HexText::begin(char c, const Place& here) {
     mIsComment = c == '#';
     if (c == '\\') {
         mExpected = Expected::kX;
-    } else if (!mIsComment && (c == '\0' || strchr(" \t\r\n,:-", c) == nullptr)) {
+    } else if (!mIsComment && strchr(" \t\r\n,:-", c) == nullptr) {
         fail(here,
              "only hexadecimal digits, 0x, \\x, blanks, commas, colons, dashes and # with a "
              "comment are expected");
@@ -51,6 +51,7 @@ void HexText::begin(char c, const Place& here) {
 // "1a0x1b" the x is a mistake.
 bool HexText::take(char c, uint8_t* byte) {
     const Place here = mNext;
+    if (c == '\0') fail(here, "a byte of value 0, as UTF-16 has them: give ASCII");
     mNext = c == '\n' ? Place{here.line + 1, 1} : Place{here.line, here.column + 1};
     if (mIsComment) {
         mIsComment = c != '\n';
