@@ -132,7 +132,8 @@ static void serve(const fs::path& folder, const fs::path& path, const ServeOptio
 
 static constexpr int kCouldNot = 2;  // play the board, or understand the command line
 
-// Whichever file it was that had no room, none has.
+// Whichever file it was that had no room, none has. The system's own words name one of many files,
+// and not the disk that they are on.
 static int serveBoard(const std::string& folder, const std::string& directory,
                       const tarq::board::ServeOptions& options) {
     try {

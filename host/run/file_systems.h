@@ -14,10 +14,12 @@ namespace tarq::host {
 // Cheap enough for every turn of a loop, and leaves nothing behind.
 int writeError(const Board& board);
 
-// Throws it as a std::system_error; nothing where a board is being switched off.
+// Throws it as a std::system_error; nothing where a board is being switched off. A caller that
+// fails for want of room does better with this error than with its own, which may be any.
 void requireRoom(const Board& board);
 
-// What it means: "DIR cannot be written: No space left on device; make room, or …".
+// What it means: "DIR cannot be written: No space left on device; make room, or …". Only a disk
+// that is full, or a quota that is used up, has the advice.
 std::string cannotBeWritten(const Board& board, int error);
 
 // Takes away a mount that a killed board left, if there is one. Until then every look at the place

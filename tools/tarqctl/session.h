@@ -78,7 +78,8 @@ struct Session {
 // Keeps its members in the order in which they were added.
 using Json = nlohmann::ordered_json;
 
-// null for what is empty, and for no number.
+// null for what is empty, and for no number. So a member is there always, and a program need not
+// ask for it first.
 Json orNull(const std::string& text);
 Json orNull(const std::optional<std::string>& text);
 Json orNull(int number);

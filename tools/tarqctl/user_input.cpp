@@ -96,6 +96,7 @@ CLI::Option* addSeconds(CLI::App& app, const std::string& name, const std::strin
     return app.add_option(name, *value, description)->type_name("S")->check(checkSeconds);
 }
 
+// A file that the command line ends with has been named already, and is not named twice.
 std::string ofFile(const Session& session, const std::string& file, const std::string& why) {
     if (file == "-") return "standard input: " + why;
     const std::string named = " " + shellQuoted(file);

@@ -72,6 +72,7 @@ static std::optional<Cause> findHeld(const host::Board& board) {
     return {};
 }
 
+// What somebody knows comes before what is likely, since only that is more than a guess.
 Cause whyNobodyAnswers(const Session& session, bool isHardware, const Cause& likely) {
     const host::Board& board = session.board;
     if (const auto one = findStopped("the board", board.controlSocket())) return *one;

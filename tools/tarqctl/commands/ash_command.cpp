@@ -28,6 +28,7 @@ struct Options {
     std::vector<std::string> more;  // what else was given, by mistake
 };
 
+// The bytes of marks that editors put in front of UTF-8, UTF-16 and UTF-32.
 constexpr std::string_view kOfMarks("\xef\xbb\xbf\xff\xfe\0", 6);
 
 // A line that begins with a brace is JSON, all else is hexadecimal; the two may be mixed line by

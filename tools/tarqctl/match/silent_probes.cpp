@@ -12,7 +12,8 @@
 
 namespace tarq::tools {
 
-// The kind of part that a section of the timestamp file names, and the hardware did not tell.
+// The kind of part that a section of the timestamp file names, and the hardware did not tell. The
+// section of a part has the part's name in capitals.
 static std::string silentSection(const FallbackFinding& fallback) {
     if (!fallback.end || fallback.end->fact != Fact::kTimestampFileWrong) return "";
     if (fallback.end->arguments.empty()) return "";
