@@ -1,9 +1,9 @@
 // The frames of the serial line: taken apart, put together, and pasted as text.
 #include <gmock/gmock.h>
 
-#include "host/board/coprocessor/ash_reader.h"
+#include "host/board/coprocessor/ash_frame.h"
 #include "host/board/coprocessor/ezsp.h"
-#include "tools/tarqctl/view/frame_text.h"
+#include "tools/tarqctl/view/frames.h"
 #include "tools/tarqctl/view/hex_text.h"
 
 using namespace tarq::board::ash;

@@ -4,7 +4,7 @@
 #include <termios.h>
 
 #include "tests/test_board.h"
-#include "tools/tarqctl/view/frame_text.h"
+#include "tools/tarqctl/view/frames.h"
 #include "tools/tarqctl/view/hex_text.h"
 
 using namespace testing;

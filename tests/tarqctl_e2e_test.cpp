@@ -6,8 +6,8 @@
 
 #include <thread>
 
-#include "host/run/lock.h"
-#include "host/run/socket.h"
+#include "host/run/board.h"
+#include "host/run/descriptors.h"
 #include "tests/child_process.h"
 #include "tests/plain_board.h"
 #include "tools/tarqctl/ask/known_services.h"

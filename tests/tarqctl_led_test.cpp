@@ -5,7 +5,7 @@
 
 #include "tests/run_tarqctl.h"
 #include "tests/test_board.h"
-#include "tools/tarqctl/log/led_log.h"
+#include "tools/tarqctl/log/led_outcome.h"
 
 using namespace testing;
 

@@ -1,7 +1,7 @@
 // The properties of a start, in the order of a device: the defaults of build.prop, each set as any
 // program would set it, then what was saved. A default for a name that was saved is passed over, so
 // that the user's value is never overwritten on the way.
-#include "host/board/properties.h"
+#include "host/board/board_directory.h"
 
 #include <cutils/properties.h>
 #include <errno.h>
@@ -15,7 +15,7 @@
 #include <system_error>
 #include <vector>
 
-#include "host/run/disk.h"
+#include "host/run/file_systems.h"
 #include "host/run/text.h"
 
 namespace tarq::board {
@@ -64,6 +64,8 @@ static void requireText(std::istream& in, const fs::path& file) {
     in.seekg(0);
 }
 
+// property_set has no way to say why it refused: it logs the reason, which is caught here and
+// printed with the line that is to blame.
 static void loadDefaults(const fs::path& file, const host::Board& board) {
     std::ifstream in(file);
     if (!in) throw std::system_error(errno, std::system_category(), file);

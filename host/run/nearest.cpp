@@ -1,3 +1,6 @@
+// A name that is near another one was most likely meant to be that. What the parser of a command
+// line says of a word that it does not know is of no use to whoever has typed it, so the word is
+// looked up again here among all names that would have been good.
 #include "host/run/nearest.h"
 
 #include <ctype.h>
@@ -9,6 +12,8 @@
 
 namespace tarq::host {
 
+// One row of the usual table at a time is enough: row[j] is what the first j bytes of b are away
+// from the bytes of a so far, and diagonal what was there before for one byte less of both.
 size_t distance(const std::string& a, const std::string& b) {
     std::vector<size_t> row(b.size() + 1);
     std::iota(row.begin(), row.end(), size_t{0});

@@ -15,6 +15,8 @@
 
 namespace tarq::host {
 
+// The parser's own names of its errors say what it was doing. These say what the author of the file
+// has to look for.
 const char* xmlCause(tinyxml2::XMLError error) {
     switch (error) {
         case tinyxml2::XML_SUCCESS:

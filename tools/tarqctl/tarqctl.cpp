@@ -8,10 +8,8 @@
 #include <ostream>
 
 #include "host/run/nearest.h"
-#include "tools/tarqctl/command_line.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/help.h"
-#include "tools/tarqctl/print_json.h"
+#include "tools/tarqctl/session.h"
 #include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
@@ -27,8 +25,10 @@ void declareGlobals(CLI::App& app, Session& session, double* timeout) {
     addSeconds(app, "--timeout", "how long the daemon may take, in seconds; 10", timeout);
 }
 
+// An option of a command that is called like a global one, as --board of up is, stands for it
+// there.
 Run declare(CLI::App& app, Session& session, double* timeout) {
-    app.formatter(std::make_shared<HelpFormatter>(session.coloured));
+    app.formatter(helpFormatter(session.coloured));
     app.set_help_flag("-h,--help", "this text");
     app.set_version_flag("--version", TARQ_VERSION, "print the version");
     app.footer("tarqctl services");
@@ -45,6 +45,7 @@ struct Named {
     std::optional<std::string> unknown = {};  // the word that is none, which may be an empty one
 };
 
+// They are found by the words alone, since the parser may have failed.
 Named namedOn(const CLI::App& all, const CommandLine& line) {
     Named named = {&all};
     for (const std::string& word : line.words) {
@@ -107,6 +108,8 @@ CommandLine understood(const CLI::App& app, const std::vector<std::string>& argu
     return splitCommandLine(app, asked);
 }
 
+// Whether JSON is wanted is known before anything can fail, so that every failure is printed in the
+// form that was asked for.
 int runCommand(const std::vector<std::string>& arguments, Session& session) {
     CLI::App app{
             "Talks to the device daemon of a virtual board, and to the board.\n"
@@ -117,6 +120,7 @@ int runCommand(const std::vector<std::string>& arguments, Session& session) {
     session.json = line.json;  // until the parser has come to it: its errors are printed so too
     session.commandWords = line.commandWords;
     session.line = line.words.empty() ? "command line" : quoted(line.words);
+    session.path = namedOn(app, line).path;
     try {
         app.parse(std::vector<std::string>(line.arguments.rbegin(), line.arguments.rend()));
     } catch (const CLI::CallForHelp& help) {

@@ -80,6 +80,7 @@ static const std::map<std::string, std::pair<int64_t, int64_t>>& parameters() {
     return ranges;
 }
 
+// One that is given again counts as it was given last.
 std::string LedEffect::setParameter(Fields& record) {
     const std::string name = record.word("the parameter");
     const auto range = parameters().find(name);
@@ -113,6 +114,7 @@ int64_t LedEffect::firstS() const {
     return mSteps.empty() ? 1 : mSteps.begin()->second.front().end;
 }
 
+// In ms, of any LED: a picture with longer frames would miss it.
 int64_t LedEffect::shortestStep() const {
     int64_t shortest = duration();
     for (const auto& [led, steps] : mSteps) {
@@ -124,6 +126,8 @@ int64_t LedEffect::shortestStep() const {
     return shortest;
 }
 
+// The steps of an LED are repeated from their own end on, so LEDs whose steps differ in length
+// drift apart within the duration. One that plays once stays at its last moment.
 uint32_t LedEffect::colour(size_t led, int64_t elapsed) const {
     const std::vector<Step>& steps = mSteps.at(led);
     const int64_t now = loops() ? elapsed % duration() : std::min(elapsed, duration() - 1);

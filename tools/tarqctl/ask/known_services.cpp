@@ -21,6 +21,7 @@ static std::string descriptor() {
     return android::String8(Interface::descriptor).string();
 }
 
+// A service that its daemon always has needs no property.
 const std::vector<KnownService>& knownServices() {
     static const std::vector<KnownService>& services = *new std::vector<KnownService>{
             {descriptor<com::tarq::hardwareInfo::IHardwareInfoService>(), nullptr},
@@ -32,6 +33,7 @@ const std::vector<KnownService>& knownServices() {
     return services;
 }
 
+// "" for a property that is not set, which cannot be told from one that is empty.
 static std::string property(const char* name) {
     char value[PROPERTY_VALUE_MAX];
     property_get(name, value, "");
@@ -50,6 +52,8 @@ std::string whySwitchedOff(const KnownService& service) {
     return std::string("property ") + service.enabledBy + " is not \"true\"";
 }
 
+// The check publishes its result in a property when it ends, whatever that is; it is asked there,
+// since the daemon answers nobody meanwhile.
 std::string startupCheck() {
     const bool runs = property("ro.vendor.zigbee_check_enable") == "true" &&
                       property("ro.vendor.zigbee.info").empty();

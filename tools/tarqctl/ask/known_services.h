@@ -1,4 +1,5 @@
-// The services that the daemon may have. A new one is a row.
+// The services that the daemon may have. A new one is a row. Their names are those of the
+// interfaces, which are the one source of them.
 #pragma once
 
 #include <string>
@@ -22,7 +23,8 @@ const KnownService* findKnown(const std::string& name);
 std::string whySwitchedOff(const KnownService& service);
 
 // What the daemon is busy with before it answers any call: the start-up check for the Zigbee
-// co-processor, as long as it is enabled and has published nothing. Else "".
+// co-processor, as long as it is enabled and has published nothing. Else "". Its message is for
+// people and completes a sentence.
 std::string startupCheck();
 
 // The same where the check is what this service waits for. Else "".
@@ -33,6 +35,7 @@ std::string startupCheckBefore(const KnownService& service);
 std::string whyAbsent(const std::vector<KnownService>& services, const std::vector<bool>& present,
                       size_t index);
 
+// It is absent for whoever asks now: a service that is registered later is found by asking again.
 struct FoundService {
     std::string name;
     bool present;

@@ -1,5 +1,6 @@
-// A stopped process is the cause for certain. A node that is held is one only if the call came to
-// it, so it is named beside what is likely.
+// The process behind a socket is known to the kernel, and its state is in /proc. So a stopped
+// process is found without asking it anything, whoever started it, and is the cause for certain. A
+// node that is held is one only if the call came to it, so it is named beside what is likely.
 #include "tools/tarqctl/ask/why_silent.h"
 
 #include <errno.h>
@@ -11,10 +12,9 @@
 #include <optional>
 #include <sstream>
 
-#include "host/run/board_state.h"
 #include "host/run/control.h"
+#include "host/run/descriptors.h"
 #include "host/run/faults.h"
-#include "host/run/socket.h"
 
 namespace tarq::tools {
 
@@ -38,6 +38,7 @@ char stateOf(pid_t process) {
     return name == std::string::npos ? '?' : text.str()[name + 2];
 }
 
+// A debugger is told apart, since going on is not what its user wants: who it is comes as the hint.
 static std::optional<Cause> findStopped(const std::string& who, const std::string& socket) {
     const pid_t process = listenerOf(socket);
     if (process == 0) return std::nullopt;
@@ -56,7 +57,8 @@ static std::optional<Cause> findStopped(const std::string& who, const std::strin
     }
 }
 
-// Nothing when there is none, or the board does not tell within a second.
+// Nothing when there is none, or the board does not tell within a second. Of several nodes the
+// first is told; when it is released the next one is.
 static std::optional<Cause> findHeld(const host::Board& board) {
     host::BoardState state;
     if (!host::parseBoardState(host::askBoard(board, {"board"}, 1).text, &state)) return {};
@@ -70,6 +72,7 @@ static std::optional<Cause> findHeld(const host::Board& board) {
     return {};
 }
 
+// What somebody knows comes before what is likely, since only that is more than a guess.
 Cause whyNobodyAnswers(const Session& session, bool isHardware, const Cause& likely) {
     const host::Board& board = session.board;
     if (const auto one = findStopped("the board", board.controlSocket())) return *one;

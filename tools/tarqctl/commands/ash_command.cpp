@@ -9,11 +9,9 @@
 
 #include "host/run/records.h"
 #include "host/run/text.h"
-#include "tools/tarqctl/command_line.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/print_json.h"
 #include "tools/tarqctl/user_input.h"
-#include "tools/tarqctl/view/frame_printer.h"
+#include "tools/tarqctl/view/frames.h"
 #include "tools/tarqctl/view/hex_text.h"
 
 namespace tarq::tools {
@@ -22,6 +20,7 @@ namespace {
 
 using board::ash::Bytes;
 
+// A frame has at most 300 bytes on the line, so a line of `serial --json` is far below that.
 constexpr size_t kMaxJsonLine = 65536;  // in bytes
 
 struct Options {
@@ -29,8 +28,11 @@ struct Options {
     std::vector<std::string> more;  // what else was given, by mistake
 };
 
+// The bytes of marks that editors put in front of UTF-8, UTF-16 and UTF-32.
 constexpr std::string_view kOfMarks("\xef\xbb\xbf\xff\xfe\0", 6);
 
+// A line that begins with a brace is JSON, all else is hexadecimal; the two may be mixed line by
+// line.
 class Capture {
   public:
     explicit Capture(const Session& session) : mPrinter(session, {}) {}
@@ -117,7 +119,8 @@ void Capture::endJson() {
     mPrinter.take(origin, Bytes(bytes.begin(), bytes.end()));
 }
 
-// People give the bytes themselves where a file is expected.
+// People give the bytes themselves where a file is expected. What can be read as bytes and is no
+// file is answered with the command line that was meant.
 void refuseBytesAsFile(const Session& session, const Options& options) {
     std::vector<std::string> words = options.more;
     words.insert(words.begin(), options.file);
@@ -131,7 +134,7 @@ void refuseBytesAsFile(const Session& session, const Options& options) {
         if (isOne) return;
         throw session.failure("usage",
                               "one file is read, " + std::to_string(words.size()) + " were given",
-                              "tarqctl ash --help");
+                              session.help());
     }
     throw session.failure("usage", "there is no file of that name; bytes come on standard input",
                           "echo " + shellQuoted(text) + " | tarqctl ash");
@@ -148,7 +151,7 @@ int print(const Session& session, const Options& options) {
         const std::string read = options.file == "-" ? "FILE" : shellQuoted(options.file);
         throw session.failure(
                 "bad_hex", options.file + ":" + wrong.what(),
-                wide.empty() ? "tarqctl ash --help"
+                wide.empty() ? session.help()
                              : "iconv -f " + wide + " -t UTF-8 " + read + " | tarqctl ash");
     }
     return kDone;

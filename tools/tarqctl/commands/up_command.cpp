@@ -1,4 +1,5 @@
 // up [COMMAND…]: what the parser is not given are the command's words, which may look like options.
+// What it does is in up/; here is only what its options mean.
 #include <stdlib.h>
 
 #include <CLI/App.hpp>

@@ -12,9 +12,7 @@
 #include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/ask/known_services.h"
 #include "tools/tarqctl/ask/why_silent.h"
-#include "tools/tarqctl/command_line.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
 
@@ -42,6 +40,7 @@ Cause whyNotYet(const Session& session, const std::vector<std::string>& missing)
                             {off.empty() ? startupCheckBefore(*service) : off, next});
 }
 
+// The nearest cause first: nobody listens, somebody is stopped, the start-up check goes on.
 Failure notThereYet(const Session& session, Progress& progress) {
     const std::lock_guard<std::mutex> lock(progress.lock);
     if (progress.error != 0) {

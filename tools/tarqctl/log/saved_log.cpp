@@ -24,6 +24,7 @@ bool isPriority(View text) {
     return text.size() == 1 && tools::isPriority(text[0]);
 }
 
+// Empty for a text of blanks alone.
 View withoutBlanks(View text) {
     const size_t begin = text.find_first_not_of(' ');
     if (begin == View::npos) return {};
@@ -102,6 +103,7 @@ std::string withBlanksForColons(View text) {
     return blanks;
 }
 
+// A tag may be filled up with blanks; the text begins where it begins.
 void setText(View tag, View text, LogLine* line) {
     line->tag = withoutBlanks(tag);
     line->text = text;
@@ -160,7 +162,7 @@ bool readProcess(View rest, LogLine* line) {
     return true;
 }
 
-// "[ 05-01 10:00:00.123   512:  530 I/Tag      ]"
+// "[ 05-01 10:00:00.123 512: 530 I/Tag ]" The text of the entry is on the lines below it.
 bool readLongHeader(View text, LogLine* line) {
     if (text.substr(0, 2) != "[ " || text.substr(text.size() - 2) != " ]") return false;
     View rest = text.substr(2, text.size() - 4);
@@ -173,14 +175,16 @@ bool readLongHeader(View text, LogLine* line) {
     return readIds(withBlanksForColons(rest.substr(0, slash - 1)), true, line);
 }
 
-// An entry on one line.
+// An entry on one line. The time in front tells most formats apart: brief, process and tag have
+// none.
 bool readEntry(View text, LogLine* line) {
     line->time = takeTime(&text);
     if (readBrief(text, line)) return true;
     return line->time.empty() ? readProcess(text, line) : readThreadtime(text, line);
 }
 
-// Of a terminal, around a whole line.
+// Of a terminal, around a whole line. logcat -v color puts one sequence in front of a line and one
+// behind it.
 View withoutColour(View text) {
     constexpr View kEnd = "\x1b[0m";
     if (text.substr(0, 2) == "\x1b[" && text.find('m') != View::npos) {
@@ -223,6 +227,8 @@ bool SavedLog::takeWhole(View text) {
     return true;
 }
 
+// A blank line may be part of the text, so it is held back until the next line tells: a header
+// means that it was the end.
 void SavedLog::goOn(View text) {
     if (text.substr(0, mQuote.size()) == mQuote) text.remove_prefix(mQuote.size());
     const bool isBlank = text.empty() || (!mQuote.empty() && text == ">");
@@ -236,6 +242,7 @@ void SavedLog::goOn(View text) {
     mTake(mHeader);
 }
 
+// A line that can be read both as it is and behind quote marks is taken as it is.
 bool SavedLog::add(const std::string& line) {
     const View text = withoutColour(line);
     if (text.substr(0, 10) == "--------- ") return true;  // "beginning of main"

@@ -1,3 +1,5 @@
+// A list is handed to the service as it is, so anything that would reach it as something else is
+// refused here with its place: other encodings, marks that cannot be seen, zero bytes.
 #include "tools/tarqctl/match/package_list.h"
 
 #include "tools/tarqctl/match/explanation.h"
@@ -17,10 +19,10 @@ std::string whyNoItem(const std::string& line) {
 }
 
 // How to take away what is wrong with the encoding of a file.
-std::string howToMend(const std::string& file, const std::string& line) {
+std::string howToMend(const Session& session, const std::string& file, const std::string& line) {
     const bool is8 = line.rfind(kByteOrderMark, 0) == 0;
     const std::string wide = wideEncodingOf(line);
-    if (file == "-" || (!is8 && wide.empty())) return "tarqctl match --help";
+    if (file == "-" || (!is8 && wide.empty())) return session.help();
     if (is8) return "sed -i 's/^\\xef\\xbb\\xbf//' " + shellQuoted(file);
     return "iconv -f " + wide + " -t UTF-8 " + shellQuoted(file) + " | tarqctl match --file -";
 }
@@ -43,7 +45,7 @@ PackageList readList(const Session& session, const std::string& file) {
         if (isBlank || line[0] == '#') return;
         const std::string why = whyNoItem(line);
         if (!why.empty()) {
-            throw session.failure("bad_item", place + ": " + why, howToMend(file, line));
+            throw session.failure("bad_item", place + ": " + why, howToMend(session, file, line));
         }
         list.items.push_back(line);
         list.places.push_back(place);

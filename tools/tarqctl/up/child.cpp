@@ -28,6 +28,7 @@ using std::chrono::steady_clock;
 static constexpr int kNotExecutable = 126;
 static constexpr int kNotFound = 127;
 
+// Between fork and exec only this thread exists, which is why `up` has no other one.
 Child::Child(Program program, const Signals& signals, const Guard& guard)
     : mProgram(std::move(program)) {
     const pid_t parent = getpid();
@@ -38,6 +39,7 @@ Child::Child(Program program, const Signals& signals, const Guard& guard)
     }
 }
 
+// The guard is told first, so that there is no moment at which a part could outlive a killed `up`.
 void Child::become(const Signals& signals, const Guard& guard, pid_t parent) const {
     if (mProgram.isPart) {
         setsid();
@@ -73,6 +75,7 @@ bool Child::hasEnded() {
     return mEnded;
 }
 
+// A program that a signal has ended has no exit code of its own.
 int Child::status() const {
     return mSignal != 0 ? 128 + mSignal : mExitCode;
 }

@@ -10,11 +10,12 @@
 #include <utility>
 #include <vector>
 
-#include "tools/tarqctl/up/guard.h"
 #include "tools/tarqctl/up/signals.h"
 
 namespace tarq::tools {
 
+// The first word is looked up on PATH like that of a shell; the environment is added to that of
+// this process.
 struct Program {
     std::string name;  // for people: "the daemon"
     std::vector<std::string> words;
@@ -26,7 +27,8 @@ struct Program {
     std::vector<std::pair<std::string, std::string>> environment = {};
 };
 
-// To be told to end before it is destroyed, see endAll().
+// To be told to end before it is destroyed, see endAll(). Its status is kept by the kernel until
+// isGone() has taken it, so its number belongs to nobody else meanwhile.
 class Child {
   public:
     // Throws a Failure when this system has no process left.
@@ -39,7 +41,8 @@ class Child {
 
     // Of the program itself. Never waits.
     bool hasEnded();
-    // As a shell has it: its exit code, or 128 and the signal that ended it.
+    // As a shell has it: its exit code, or 128 and the signal that ended it. Only once it has
+    // ended.
     int status() const;
     // "ended: signal 9 (Killed)", "ended with status 1".
     std::string howItEnded() const;

@@ -17,6 +17,7 @@ namespace tarq::tools {
 
 namespace fs = std::filesystem;
 
+// Where they lie is known from the build, so on another machine the tool knows none.
 static std::string knownBoards() {
     std::set<std::string> names;
     std::error_code unreadable;  // the same as empty

@@ -12,7 +12,7 @@
 #include <deque>
 #include <functional>
 
-#include "host/run/disk.h"
+#include "host/run/file_systems.h"
 #include "host/run/growing_file.h"
 #include "tools/tarqctl/ask/known_services.h"
 #include "tools/tarqctl/up/folder.h"
@@ -47,6 +47,8 @@ class Waiting {
 
 }  // namespace
 
+// Files that the daemon will read are looked at between the two starts: by then the board has laid
+// them out.
 void Parts::start() {
     const std::string folder = boardFolder(mOptions.board);
     makeDirectory(folder);
@@ -56,6 +58,7 @@ void Parts::start() {
     startDaemon();
 }
 
+// The directory goes last, when nobody writes to it any more.
 void Parts::end(bool isUrgent) {
     const auto tell = [this](const std::string& text) { say(text); };
     // A command's own processes are left to it, but not by who asks for the end twice.
@@ -84,6 +87,7 @@ std::vector<std::string> Parts::tarqctl(const std::vector<std::string>& words) c
     return all;
 }
 
+// It is named for the board, so that it can be told from those of other boards.
 void Parts::makeDirectory(const std::string& folder) {
     Waiting waiting([this] { say("waiting for another start of yours, one begins at a time"); });
     mDirectory.emplace(fs::canonical(folder).filename(), mOptions.isShared, [&] {
@@ -102,6 +106,8 @@ Failure Parts::partEnded(const std::string& who, const Child& part) const {
     return {"part_ended", "up", who + " " + part.howItEnded(), again()};
 }
 
+// The board says "ready" in a line on a pipe that is its standard output. When it ends before that
+// the pipe ends as well, but the child tells how.
 void Parts::startBoard(const std::string& folder) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) {
@@ -141,6 +147,7 @@ void Parts::requireRoom() const {
     throw Failure{"disk_full", "up", host::cannotBeWritten(directory(), error), "df -h"};
 }
 
+// They tell best why it did not come up, and the directory with the log is about to be removed.
 void Parts::sayLastLines() const {
     std::deque<std::string> lines;
     host::GrowingFile log(directory().log());
@@ -152,6 +159,8 @@ void Parts::sayLastLines() const {
     for (const std::string& line : lines) mSession.err << line + "\n";
 }
 
+// Whether the daemon serves is asked by another tarqctl, since a call that waits cannot be broken
+// off in this process.
 void Parts::startDaemon() {
     const host::Board& place = directory();
     daemon = &add({"the daemon",

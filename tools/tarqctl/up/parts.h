@@ -1,4 +1,5 @@
-// What `up` starts and ends.
+// What `up` starts and ends. They are started one by one and ended in the opposite order, whatever
+// happens in between.
 #pragma once
 
 #include <filesystem>
@@ -9,7 +10,6 @@
 
 #include "tools/tarqctl/session.h"
 #include "tools/tarqctl/up/child.h"
-#include "tools/tarqctl/up/guard.h"
 #include "tools/tarqctl/up/signals.h"
 #include "tools/tarqctl/up/up.h"
 #include "tools/tarqctl/up/users_boards.h"
@@ -41,8 +41,10 @@ class Parts {
     // How a part ended, and how to start anew.
     Failure partEnded(const std::string& who, const Child& part) const;
 
-    // Waits a moment, for signals too.
+    // Waits a moment, for signals too. Throws Interrupted for a signal that is to end everything.
+    // readable: a descriptor of which anything to read ends the wait, too.
     void pause(int readable = -1) const;
+    // It goes to standard error at once, with the name of the command in front.
     void say(const std::string& text) const;
 
     const std::filesystem::path programs =

@@ -9,7 +9,7 @@
 #include <optional>
 #include <utility>
 
-#include "host/run/disk.h"
+#include "host/run/file_systems.h"
 #include "tools/tarqctl/up/parts.h"
 
 namespace tarq::tools {

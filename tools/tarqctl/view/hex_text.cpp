@@ -9,6 +9,7 @@
 
 namespace tarq::tools {
 
+// A digit of either case, or -1.
 static int valueOf(char c) {
     if (c >= '0' && c <= '9') return c - '0';
     if (c >= 'a' && c <= 'f') return c - 'a' + 10;
@@ -46,6 +47,8 @@ void HexText::begin(char c, const Place& here) {
     }
 }
 
+// A 0 in front of an x was no digit of a byte, but only where no byte stands right before it: in
+// "1a0x1b" the x is a mistake.
 bool HexText::take(char c, uint8_t* byte) {
     const Place here = mNext;
     if (c == '\0') fail(here, "a byte of value 0, as UTF-16 has them: give ASCII");
@@ -81,6 +84,7 @@ bool HexText::take(char c, uint8_t* byte) {
     return true;
 }
 
+// A text must not end within a byte, or behind a prefix without digits.
 void HexText::finish() const {
     if (mExpected == Expected::kSecondDigit) fail(mBegin, "a byte is two digits");
     if (mExpected != Expected::kAnything) fail(mBegin, "no digits follow");
