@@ -2,7 +2,7 @@
 #include <sys/mount.h>
 #include <sys/stat.h>
 
-#include "host/run/socket.h"
+#include "host/run/descriptors.h"
 #include "tests/test_board.h"
 
 namespace {

@@ -12,7 +12,7 @@
 
 #include "bench/soak/soak.h"
 #include "host/platform/binder/wire.h"
-#include "host/run/socket.h"
+#include "host/run/descriptors.h"
 
 namespace soak {
 
