@@ -4,8 +4,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "host/board/coprocessor/ash_reader.h"
-#include "tools/tarqctl/view/frame_text.h"
+#include "host/board/coprocessor/ash_frame.h"
+#include "tools/tarqctl/view/frames.h"
 
 using namespace tarq::board::ash;
 using tarq::tools::textOf;

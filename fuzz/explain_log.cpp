@@ -9,7 +9,7 @@
 #include "tools/tarqctl/log/log_source.h"
 #include "tools/tarqctl/log/saved_log.h"
 #include "tools/tarqctl/match/explanation.h"
-#include "tools/tarqctl/match/log.h"
+#include "tools/tarqctl/match/match_log.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::istringstream in(std::string(reinterpret_cast<const char*>(data), size));

@@ -14,7 +14,7 @@
 #include <string>
 
 #include "host/platform/binder/wire.h"
-#include "host/run/socket.h"
+#include "host/run/descriptors.h"
 #include "tests/echo_service.h"
 
 using namespace android;

@@ -1,9 +1,9 @@
 // The frames of the serial line: taken apart, put together, and pasted as text.
 #include <gmock/gmock.h>
 
-#include "host/board/coprocessor/ash_reader.h"
+#include "host/board/coprocessor/ash_frame.h"
 #include "host/board/coprocessor/ezsp.h"
-#include "tools/tarqctl/view/frame_text.h"
+#include "tools/tarqctl/view/frames.h"
 #include "tools/tarqctl/view/hex_text.h"
 
 using namespace tarq::board::ash;
@@ -116,7 +116,7 @@ TEST(Ash, bytes_are_taken_as_people_paste_them) {
     const std::pair<std::string, const char*> kWrong[] = {
             {"1a g0", "1:4: only"},       {"1a\n\nc0 3", "3:4: a byte is two digits"},
             {"1a\n0x", "2:1: no digits"}, {"1a0xc0", "1:3: a byte"},
-            {"\n;", "2:1: only"},         {std::string("1a\0", 3), "1:3: only"},
+            {"\n;", "2:1: only"},         {std::string("1a\0", 3), "1:3: a byte of value 0"},
             {"1a\\c0", "1:3: no x"},      {"# 1a\n#\n \\x", "3:2: no digits"},
             {"0000: 1a", "1:5: a colon"}, {"1a 0", "1:4: a byte"}};
     for (const auto& [text, why] : kWrong) {

@@ -4,7 +4,7 @@
 #include <termios.h>
 
 #include "tests/test_board.h"
-#include "tools/tarqctl/view/frame_text.h"
+#include "tools/tarqctl/view/frames.h"
 #include "tools/tarqctl/view/hex_text.h"
 
 using namespace testing;
@@ -219,6 +219,20 @@ TEST_F(CoprocessorTest, pasted_frames_need_no_board_and_a_mistake_is_told_with_i
     for (const std::string wrong : {"{", "{\"bytes\":1}", "{\"bytes\":\"0\"}", "{\"error\":{}}",
                                     "{\"from\":\"x\",\"bytes\":\"\"}"}) {
         EXPECT_THAT(ash("1a\n" + wrong, "", 2), HasSubstr(": -:2: no line of tarqctl serial"));
+    }
+    EXPECT_THAT(ash("\xef\xbb\xbf"
+                    "8160597e",
+                    "", 0),
+                StartsWith("ACK 1\n"));
+    for (const auto& [bytes, why] :
+         {std::pair(std::string("\xff\xfe\x38\0", 4),
+                    "1: it is text in UTF-16\nhint: iconv -f UTF-16 -t UTF-8 FILE | tarqctl ash\n"),
+          {std::string("\xff\xfe\0\0", 4), "1: it is text in UTF-32\nhint: iconv "},
+          {std::string("8\0", 2), "1:2: a byte of value 0, as UTF-16 "},
+          {"\xff"
+           "8",
+           "1:1: only hexadecimal digits"}}) {
+        EXPECT_THAT(ash(bytes, "", 2), HasSubstr(": -:" + std::string(why)));
     }
     EXPECT_THAT(ash("", "1a C0", 2),
                 HasSubstr("come on standard input\nhint: echo '1a C0' | tarqctl ash\n"));

@@ -372,6 +372,8 @@ TEST(explain_log, what_is_no_log_is_said) {
                  {"\x1b[m\xff", "it is text that begins with \"\\x1b[m\\xff\"\n"},
                  {std::string("\0\1\2", 3), "it is no text, its first bytes are 000102\n"},
                  {"\xff\1", "it is no text, its first bytes are ff01\n"},
+                 {std::string("\xff\xfe\0\0t\0\0", 8), "it is text in UTF-32\n"},
+                 {std::string("\xfe\xff\0t", 4), "it is text in UTF-16\n"},
                  {"BZh9", "it is bzip2, unpack it first\n"},
                  {zipped({{"a", "b"}}), "no line of any logcat format; it is a zip archive\n"},
                  {packed.substr(0, packed.size() / 2), "its gzip data is cut off\n"},
@@ -384,7 +386,8 @@ TEST(explain_log, what_is_no_log_is_said) {
                     AllOf(HasSubstr(why), HasSubstr("\nhint: tarqctl explain-log --help\n")));
     }
     EXPECT_THAT(explainLog("", {"explain-log", "/"}).err, HasSubstr("/: Is a directory\nhint: "));
-    EXPECT_THAT(explainLog("", {"explain-log", "/no"}).err, HasSubstr("/no: No such file or "));
+    EXPECT_THAT(explainLog("", {"explain-log", "/no"}).err,
+                StartsWith("tarqctl: explain-log /no: No such file or "));
     for (const std::string& bomb :
          {gzipped(std::string(3000, 'x')), zipped({{"a", std::string(3000, 'x')}}),
           zipped({{"a", std::string(1500, 'x')}, {"b", log}})}) {

@@ -37,6 +37,6 @@ forbid "$include (\"|<com/tarq|<binder)" '#include "host/(board|run)/' host/boar
 # The tools talk to both. Of the daemon they know the readers of files, of the board the two
 # libraries that say what its records mean: what the LEDs show, and the frames of the serial line.
 readers='hardware_info/(text|peripheral_table)|rgbleds/(effect_file|led_attributes)|common/device_file'
-records='host/board/(leds/led_(driver|effect)|coprocessor/(ash_frame|ash_reader|ezsp))'
+records='host/board/(leds/led_(driver|effect)|coprocessor/(ash_frame|ezsp))'
 forbid "$include \"" "#include \"(tools/tarqctl/|host/run/|($readers|$records)\.h\")" tools
 exit $status

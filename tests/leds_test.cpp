@@ -140,10 +140,11 @@ TEST_F(Leds, gif_without_a_board_is_drawn_and_says_what_it_lacks) {
                        "cd " + directory.path() +
                                "; exec " TARQCTL " --board /nowhere leds --gif "
                                "x.gif --effect x.xml 2>&1"});
-    EXPECT_THAT(tool.readAll(),
-                AllOf(HasSubstr(": no board tells how many LEDs there are; drawn are 0 to 10,"),
-                      HasSubstr(": Not all is shown: it has steps shorter than 20 ms.\n"),
-                      HasSubstr(": Its 72 colours are rounded: a GIF has fewer.\n")));
+    EXPECT_THAT(
+            tool.readAll(),
+            AllOf(HasSubstr(": no board tells how many LEDs there are; LEDs 0 to 10 are drawn,"),
+                  HasSubstr(": Not all is shown: it has steps shorter than 20 ms.\n"),
+                  HasSubstr(": Its 72 colours are rounded: a GIF has fewer.\n")));
     EXPECT_EQ(tool.wait(), 0);
     GifFileType* gif = DGifOpenFileName((directory / "x.gif").c_str(), nullptr);
     ASSERT_EQ(DGifSlurp(gif), GIF_OK);

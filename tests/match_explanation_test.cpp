@@ -11,9 +11,9 @@
 #include "hardware_info/timestamp_check.h"
 #include "tests/captured_log.h"
 #include "tests/test_board.h"
-#include "tools/tarqctl/log/log_pattern.h"
+#include "tools/tarqctl/log/log_line.h"
 #include "tools/tarqctl/match/explanation.h"
-#include "tools/tarqctl/match/log.h"
+#include "tools/tarqctl/match/match_log.h"
 
 using namespace tarq::tools;
 using namespace testing;

@@ -4,7 +4,7 @@
 #include <thread>
 
 #include "host/platform/binder/wire.h"
-#include "host/run/socket.h"
+#include "host/run/descriptors.h"
 #include "tests/child_process.h"
 #include "tests/echo_service.h"
 #include "tests/plain_board.h"

@@ -116,10 +116,16 @@ nothing_left "a stopped part"
 start bash -c "trap '' INT; trap 'exit 4' TERM; echo up >'$work/up'; while :; do sleep 0.02; done"
 signal_parts STOP tarqd virtual_board
 kill -TERM "$started"
+said "waiting for the daemon to end; Ctrl-C ends all at once"
 while kill -INT "$started" 2>/dev/null; do sleep 0.02; done
 finish 4
 same "what is said of a quick end" "" "$(grep 'did not end' "$work/errors")"
 nothing_left "a second signal"
+
+start bash -c "trap '' INT; sleep 1000 & echo up >'$work/up'; wait"
+for _ in {1..50}; do kill -INT -- "-$started" 2>/dev/null || break; sleep 0.1; done
+finish 130
+nothing_left "Ctrl-C twice at a command that takes none"
 
 env --default-signal=INT setsid "$run" >"$work/out" 2>"$work/errors" &
 started=$!
@@ -166,6 +172,11 @@ for words in "board.xml: there is no such file" "none.xml: No such file or direc
     [[ $output == *"$words"* ]] || same "wrong files" "$words" "$output"
 done
 
+echo '<board><leds count="1"/></board>' >"$board/board.xml"
+echo >"$board/build.prop"
+"$run" --board "$board" true 2>"$work/errors"
+said "the board has no /vendor/etc/leds/wave_fast.xml, no effect is played at the start"
+
 # ---- where something is missing or full ----
 
 apart() { unshare -m sh -c "$1 && exec \"\$@\"" sh "${@:2}"; } # MOUNTS COMMAND…
@@ -174,11 +185,11 @@ if apart true true 2>/dev/null; then
     apart 'mount --bind /dev/null /dev/fuse' "$run" --require-fuse true 2>"$work/errors"
     same "status without FUSE" 2 $?
     said "virtual_board: no FUSE: "
-    for size in 20 52; do # for the folder's files, for the properties
+    for size in 12 20 52; do # for folders, for the folder's files, for the properties
         apart "mount -t tmpfs -o size=${size}k none '$work/small'" \
             env TMPDIR="$work/small" "$run" true 2>"$work/errors"
         same "status with $size KiB" 2 $?
-        same "causes of it" 1 "$(grep -c 'No space left' "$work/errors")"
+        same "causes of it" "1 hint" "$(grep -c 'No space left' "$work/errors") $(sed -n '$s/:.*//p' "$work/errors")"
     done
     apart "mount -t tmpfs -o size=200k none '$work/small'" env TMPDIR="$work/small" "$run" \
         sh -c "cat /dev/zero >'$work/small/x' 2>/dev/null; sleep 2.5" 2>"$work/errors"
@@ -192,12 +203,16 @@ mkdir -p "$copy/build/dev"
 cp -r "$1/scripts" "$copy"
 ln -s "$copy/scripts/run" "$work/link"
 echo "CMAKE_HOME_DIRECTORY:INTERNAL=$1" >"$copy/build/dev/CMakeCache.txt"
-flock "$copy/build/dev" sh -c "echo >'$work/up'; sleep 0.5" &
+flock "$copy/build/dev" sh -c "echo >'$work/up'; read -r go <'$work/up'" &
 read -r -t 60 <"$work/up"
-output=$("$work/link" true 2>&1)
+"$work/link" true 2>"$work/errors" &
+started=$!
+said "waiting for another build"
+echo go >"$work/up"
+finish 2
 same "a foreign build, once the other has ended" \
     "scripts/build: waiting for another build in $copy/build/dev
-scripts/build: $copy/build was made for $1; remove it: rm -r $copy/build" "$output"
+scripts/build: $copy/build was made for $1; remove it: rm -r $copy/build" "$(<"$work/errors")"
 wait
 
 # ---- packages are missing, and there is no network ----
@@ -213,5 +228,15 @@ fake sudo 'shift; exec "$@"'
 PATH=$work/bin:$PATH
 refused "apt-get failed; what is missing: apt-get install g++ cmake" "$TMPDIR" true
 same "what was asked of apt-get" "update" "$(grep -ow 'update\|install' "$work/apt")"
+fake dpkg "echo 'half installed'"
+refused "dpkg was interrupted; first: " "$TMPDIR" true
+fake apt-get "exec env --default-signal=INT sh -c \
+    \"echo up >'$work/up'; read -r go <'$work/up'; echo 'went on' >'$work/apt'\""
+start true
+kill -INT -- "-$started"
+said "packages are being installed; ends after that"
+echo go 1<>"$work/up"
+finish 130
+same "apt-get after Ctrl-C" "went on" "$(<"$work/apt")"
 
 exit $((failures > 0))

@@ -6,8 +6,8 @@
 
 #include <thread>
 
-#include "host/run/lock.h"
-#include "host/run/socket.h"
+#include "host/run/board.h"
+#include "host/run/descriptors.h"
 #include "tests/child_process.h"
 #include "tests/plain_board.h"
 #include "tools/tarqctl/ask/known_services.h"
@@ -105,7 +105,9 @@ TEST_F(TarqctlE2e, services_are_waited_for_and_listed) {
     EXPECT_EQ(absent.code, 1);
     EXPECT_EQ(absent.out, "nobody absent: the daemon has no service of that name\n");
     followHint(tarqctl({"--timeout", "0.2", "wait", kShellName, "a", "b"}), 2,
-               "wait com.tarq.shell.IShellService a b: not registered after 0.2 s: a b\n");
+               "wait com.tarq.shell.IShellService a b: not registered after 0.2 s: a b: no service "
+               "of that name "
+               "is known\n");
 }
 
 TEST_F(TarqctlE2e, without_its_property_a_service_is_not_waited_for_and_the_reason_is_told) {
@@ -128,6 +130,9 @@ TEST_F(TarqctlE2e, check_at_the_start_is_named_while_it_holds_up_the_calls) {
             {{"--timeout", "0.2", "wait"}, "not serving after 0.2 s"},
             {{"--timeout", "0.2", "wait", "radiokey_service"}, "after 0.2 s: radiokey_service"}};
     for (const auto& [words, why] : cases) {
+        if (words.back() == "radiokey_service") {
+            mBoard.setProperty("ro.vendor.433_check_enable", "true");
+        }
         const Result result = tarqctl(words);
         EXPECT_EQ(result.code, 2);
         EXPECT_THAT(result.out, HasSubstr(why + check));
@@ -362,7 +367,8 @@ TEST_F(TarqctlE2e, log_is_followed_until_interrupted_or_the_board_ends) {
     EXPECT_EQ(interrupted->wait(), 0);
     std::ofstream(mBoard.log(), std::ios::app) << "the last";
     close(board);
-    followHint(finish(*log), 2, "the last\ntarqctl: log -f: the board ended\n");
+    followHint(finish(*log), 2,
+               "the last\ntarqctl: log -f: the board in " + mBoard.directory + " has ended\n");
 }
 
 TEST_F(TarqctlE2e, terminal_gets_colours_and_a_word_for_no_output) {

@@ -5,7 +5,7 @@
 
 #include "tests/run_tarqctl.h"
 #include "tests/test_board.h"
-#include "tools/tarqctl/log/led_log.h"
+#include "tools/tarqctl/log/led_outcome.h"
 
 using namespace testing;
 
@@ -153,6 +153,9 @@ TEST_F(TarqctlLed, refusal_of_the_driver_is_told_with_its_reason_and_its_place_i
             {"led color 12", "the driver refuses get_color \"c\": " + none + "color --help\n1"},
             {"led brightness 12",
              "the driver refuses get_brightness \"c\": " + none + "brightness --help\n1"},
+            {"led color -1",
+             "the driver refuses get_color \"ffffffff\": LED -1 (hexadecimal "
+             "ffffffff) is not within 0 to 11\nhint: tarqctl led color --help\n1"},
             {"led color 12 ff0000",
              "the driver refuses set_color \"c ff0000\": " + none + "color --help\n1"},
             {"led brightness 3 300",
@@ -186,11 +189,22 @@ TEST_F(TarqctlLed, refusal_of_the_driver_is_told_with_its_reason_and_its_place_i
 }
 
 TEST_F(TarqctlLed, transfer_past_its_time_is_said_to_go_on) {
+    const auto inTime = [](const std::string& command) {  // which ends the process
+        return ChildProcess({"sh", "-c", TARQCTL " --timeout 0.3 " + command + " 2>&1"}).readAll();
+    };
     mBoard->command({"hold", "xml_effect_trans_vals"});
-    ChildProcess play({"sh", "-c", TARQCTL " --timeout 0.3 led play alert 2>&1"});
-    EXPECT_THAT(play.readAll(), AllOf(HasSubstr("; xml_effect_trans_vals is held; the daemon goes "
-                                                "on with the transfer, so do not start another\n"),
-                                      EndsWith(" release xml_effect_trans_vals\n")));
+    EXPECT_THAT(inTime("wait radiokey_service"),
+                HasSubstr(": property ro.vendor.433_check_enable is not \"true\"\nhint: "));
+    tarqctl("setprop ro.vendor.433_check_enable true");
+    EXPECT_THAT(inTime("wait radiokey_service"),
+                AllOf(HasSubstr(": radiokey_service: xml_effect_trans_vals is held\nhint: "),
+                      EndsWith(" release xml_effect_trans_vals\n")));
+    std::filesystem::remove(mBoard->properties() + "/ro.vendor.433_check_enable");
+    EXPECT_THAT(inTime("wait nobody"), HasSubstr(": nobody: no service of that name is known\n"));
+    EXPECT_THAT(inTime("led play alert"),
+                AllOf(HasSubstr("; xml_effect_trans_vals is held; the daemon goes on with the "
+                                "transfer, so do not start another\n"),
+                      EndsWith(" release xml_effect_trans_vals\n")));
     mBoard->command({"release", "xml_effect_trans_vals"});
     EXPECT_TRUE(eventually([] { return trace().rfind("trans_state 0\n") == trace().size() - 14; }));
 }
@@ -209,7 +223,8 @@ TEST(LedLog, tells_a_call_from_others_by_thread_operation_and_arguments) {
             << line("1", "setRgbColor:id=3,reg=6") << line("1", "setRgbBrightness:id=3,reg=5")
             << line("2", "stopLampEffect") << line("2", "setRgbColor:id=3,reg=5")
             << line("2", "open file /c failed!") << line("2", "open file /c failed!")
-            << line("1", "getRgbColor:id=3,reg=0xfe") << line("2", "getRgbColor:id=3,reg=0xff");
+            << line("1", "getRgbColor:id=3,reg=0xfe") << line("2", "getRgbColor:id=3,reg=0xff")
+            << line("1", "loadXmlFile:path=/a");
     const std::string all = readFile(directory / "log");
     const auto notOpened = [&](const std::string& operation, std::vector<std::string> arguments) {
         writeFile(directory / "log", "");  // and all of it anew
@@ -224,6 +239,8 @@ TEST(LedLog, tells_a_call_from_others_by_thread_operation_and_arguments) {
     EXPECT_THAT(notOpened("getRgbColor", {"3", "ff"}), ElementsAre("/c"));
     EXPECT_THAT(notOpened("getRgbColor", {"3", "fe"}), IsEmpty());
     EXPECT_THAT(notOpened("setRgbColor", {"4", "5"}), ElementsAre("no such call"));
+    EXPECT_THAT(notOpened("loadXmlFile", {"/a\nb"}), IsEmpty());
+    EXPECT_THAT(notOpened("loadXmlFile", {"/ab"}), ElementsAre("no such call"));
 }
 
 TEST_F(TarqctlLed, fault_of_the_driver_is_named_instead_of_a_value) {

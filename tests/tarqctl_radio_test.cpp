@@ -224,11 +224,11 @@ TEST_F(TarqctlRadio, watch_and_followers_end_with_the_board) {
     }));
     board.end(SIGTERM);
     setenv("TARQ_BOARD", mBoard->directory.c_str(), 1);
-    EXPECT_THAT(watch->readAll(), EndsWith("the board ended\nhint: scripts/run\n"));
+    EXPECT_THAT(watch->readAll(), EndsWith(" has ended\nhint: scripts/run\n"));
     EXPECT_EQ(watch->wait(), 2);
-    EXPECT_THAT(serial.readAll(), HasSubstr("skipped\ntarqctl: serial -f: the board ended\n"));
+    EXPECT_THAT(serial.readAll(), HasSubstr("skipped\ntarqctl: serial -f: the board in "));
     EXPECT_EQ(serial.wait(), 2);
-    EXPECT_THAT(trace.readAll(), HasSubstr("tarqctl: trace -f: the board ended\n"));
+    EXPECT_THAT(trace.readAll(), HasSubstr("tarqctl: trace -f: the board in "));
 }
 
 // One of the watchers dies, one stops and one comes late; and the daemon is followed by another.

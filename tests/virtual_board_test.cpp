@@ -2,6 +2,7 @@
 #include <sys/mount.h>
 #include <sys/stat.h>
 
+#include "host/run/descriptors.h"
 #include "tests/test_board.h"
 
 namespace {
@@ -145,6 +146,23 @@ TEST_F(VirtualBoard, ends_while_calls_wait_and_files_are_open_and_unmounts) {
     board.end(SIGTERM);
     EXPECT_EQ(reader->wait(), 1);
     EXPECT_TRUE(fs::is_empty(board.directory + "/hw"));
+}
+
+// It waits with a time limit, which the kernel ends with an error when the process goes on.
+TEST_F(VirtualBoard, stopped_one_that_goes_on_carries_out_a_command_under_way) {
+    const auto board = serve();
+    const auto before = openDescriptors(board->pid());
+    const tarq::host::Board place{mDirectory.path()};
+    const int fd = tarq::host::connectTo(place.controlSocket());
+    EXPECT_TRUE(eventually([&] { return openDescriptors(board->pid()) > before; }));
+    board->kill(SIGSTOP);
+    board->kill(SIGCONT);
+    constexpr char kCommand[] = "fault\0receiver\0mute";
+    EXPECT_EQ(send(fd, kCommand, sizeof(kCommand), MSG_NOSIGNAL), ssize_t{sizeof(kCommand)});
+    char answer = 0;
+    EXPECT_EQ(recv(fd, &answer, 1, 0), 1);
+    EXPECT_EQ(answer, '+');
+    close(fd);
 }
 
 TEST_F(VirtualBoard, killed_one_has_lost_nothing_for_the_next) {

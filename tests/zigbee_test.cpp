@@ -12,7 +12,7 @@
 #include "tests/captured_log.h"
 #include "tests/child_process.h"
 #include "tests/plain_board.h"
-#include "tools/tarqctl/view/frame_text.h"
+#include "tools/tarqctl/view/frames.h"
 #include "tools/tarqctl/view/hex_text.h"
 #include "zigbee/ash.h"
 #include "zigbee/serial_port.h"

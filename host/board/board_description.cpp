@@ -11,8 +11,8 @@
 #include <stdexcept>
 #include <vector>
 
-#include "host/board/hardware/attributes.h"
-#include "host/board/hardware/gpio.h"
+#include "host/board/hardware/drivers.h"
+#include "host/board/leds/led_driver.h"
 #include "host/board/leds/led_nodes.h"
 #include "host/run/faults.h"
 #include "host/run/text.h"
@@ -24,6 +24,8 @@ namespace {
 
 using tinyxml2::XMLElement;
 
+// Where the kernel of the device shows the panel: its node of the device tree, once by way of the
+// bus and once as such. The probes of the daemon look in both.
 constexpr char kPanel[] = "/sys/bus/mipi-dsi/devices/ff450000.dsi.0/of_node/";
 constexpr char kTree[] = "/proc/device-tree/dsi@ff450000/";
 constexpr char kGpio[] = "/sys/class/gpio/";
@@ -48,7 +50,8 @@ std::string needed(const XMLElement& element, const char* name) {
     return attribute(element, name);
 }
 
-// One of the words; the first when the attribute is not given. Its place among them.
+// One of the words; the first when the attribute is not given. Its place among them. With two
+// words, as the refusal names both.
 size_t oneOf(const XMLElement& element, const char* name, const std::vector<std::string>& words) {
     if (element.Attribute(name) == nullptr) return 0;
     for (size_t i = 0; i < words.size(); ++i) {
@@ -63,12 +66,16 @@ void require(const char* name, const std::string& why) {
     if (!why.empty()) throw std::invalid_argument(std::string(name) + ": " + why);
 }
 
+// A number of a GPIO line, a video node or LEDs: decimal, as people write it, whatever the kernel
+// would take.
 uint32_t number(const XMLElement& element, const char* name) {
     int64_t number = 0;
     require(name, host::parseDecimal(needed(element, name), 0, 999'999'999, &number));
     return static_cast<uint32_t>(number);
 }
 
+// The text is the driver's own, two lines that the probe takes apart. A panel on the I2C bus shows
+// it at another place.
 void fitTouchPanel(const XMLElement& element, Fitting& fitting) {
     static constexpr const char* kPlaces[] = {"/sys/class/tpinfo/tpinfo_ic_info",
                                               "/sys/class/i2c-dev/i2c-2/device/2-005d/tp_ic_info"};
@@ -80,6 +87,8 @@ void fitTouchPanel(const XMLElement& element, Fitting& fitting) {
     fitting.hardware.add(kPlaces[place], name, std::make_unique<Attribute>(Attribute::kText, text));
 }
 
+// A display tells which it is in up to three ways, and a board may have any of them: its number in
+// a cell, the bytes of its "id" property, or the numbers of two GPIO lines whose levels are its id.
 void fitDisplay(const XMLElement& element, Fitting& fitting) {
     const auto addHex = [&](const char* attribute, const char* file, const char* name) {
         const char* digits = element.Attribute(attribute);
@@ -105,6 +114,8 @@ void fitDisplay(const XMLElement& element, Fitting& fitting) {
     }
 }
 
+// export and unexport are there once for all lines, as in the kernel. A line that the boot loader
+// has left as an output stays one until it is written to.
 void fitGpio(const XMLElement& element, Fitting& fitting) {
     const uint32_t line = number(element, "number");
     const std::string name = "gpio" + std::to_string(line);
@@ -131,10 +142,13 @@ void fitCamera(const XMLElement& element, Fitting& fitting) {
 
 void fitLeds(const XMLElement& element, Fitting& fitting) {
     const uint32_t count = number(element, "count");
-    if (count < 1 || count > 255) throw std::invalid_argument("count is not 1 to 255");
+    if (count < 1 || count > kMostLeds) {
+        throw std::invalid_argument("count is not 1 to " + std::to_string(kMostLeds));
+    }
     fitting.fitted.ledTrace = addLeds(fitting.hardware, count);
 }
 
+// Without attributes its chip's status is 1, and it hears -100 dBm, which is noise.
 void fitReceiver(const XMLElement& element, Fitting& fitting) {
     if (fitting.fitted.receiver) throw std::invalid_argument("there is one already");
     const auto value = [&](const char* name, int32_t otherwise) {
@@ -155,6 +169,8 @@ void fitCoprocessor(const XMLElement& element, Fitting& fitting) {
     CoprocessorPort::addNode(fitting.hardware, fitting.fitted.coprocessor);
 }
 
+// What an element may be. Attributes that are not listed are refused before fit() is called, so
+// that a misspelt one is not taken for one that was left out.
 struct Kind {
     const char* name;
     std::vector<std::string> attributes;
@@ -191,17 +207,17 @@ void fitElement(const XMLElement& element, Fitting& fitting) {
 
 }  // namespace
 
+// The file is looked at twice: the first look tells mistakes with their line and its text, for
+// which the parser itself has a number only.
 Fitted fit(const std::filesystem::path& file, Hardware& hardware) {
     if (!std::filesystem::exists(file)) return {};
     const auto fail = [&](int line, const std::string& what) {
         throw std::runtime_error(file.string() + ":" + std::to_string(line) + ": " + what);
     };
-    const host::XmlError error = host::findXmlError(file);
-    if (!error.cause.empty()) throw std::runtime_error(error.describe(file));
     tinyxml2::XMLDocument document;
-    document.LoadFile(file.c_str());
+    const host::XmlError error = host::loadXml(file, &document);
+    if (!error.cause.empty()) throw std::runtime_error(error.describe(file));
     const XMLElement* root = document.RootElement();
-    if (root == nullptr) fail(1, "it cannot be read");  // it was there a moment ago
     if (strcmp(root->Name(), "board") != 0) fail(root->GetLineNum(), "not a <board>");
     if (const auto* attribute = root->FirstAttribute(); attribute != nullptr) {
         fail(root->GetLineNum(), std::string("board: has no \"") + attribute->Name() + "\"");

@@ -10,14 +10,15 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "host/board/properties.h"
-#include "host/run/lock.h"
-#include "host/run/stale_mount.h"
+#include "host/run/board.h"
+#include "host/run/file_systems.h"
 
 namespace tarq::board {
 
 namespace fs = std::filesystem;
 
+// The mode is set in a step of its own: mkdir would take the umask from it, and a directory of the
+// last run may have another one.
 static void makeDirectory(const fs::path& path, fs::perms mode) {
     fs::create_directories(path);
     fs::permissions(path, mode);
@@ -39,6 +40,8 @@ BoardDirectory::~BoardDirectory() {
     close(mLock);
 }
 
+// All but the lock file, which this process holds: another one in its place would be a lock that
+// nobody has.
 void BoardDirectory::clearRun() {
     for (const fs::directory_entry& entry : fs::directory_iterator(mBoard.run())) {
         if (entry.path() != mBoard.lock()) fs::remove_all(entry);

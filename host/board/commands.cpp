@@ -1,12 +1,17 @@
 // A command is first offered to the parts that have some of their own and know their own names;
 // what none of them takes is about a node of the hardware or a plain file. A plain file with a
 // fault or a hold on it is adopted by the hardware, and given back when nothing is the matter with
-// it any more.
+// it any more. The server hands the commands over one at a time, so that nothing here needs a lock.
 #include "host/board/commands.h"
+
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
 
 #include <stdexcept>
 
-#include "host/run/board_state.h"
+#include "host/run/control.h"
+#include "host/run/descriptors.h"
 #include "host/run/faults.h"
 #include "host/run/text.h"
 
@@ -35,12 +40,14 @@ static void refuseAbsentPart(const std::vector<std::string>& words) {
     }
 }
 
+// What the board plays is the one question; everything else is done, or refused.
 std::string Commands::perform(const std::vector<std::string>& words) {
     if (words == std::vector<std::string>{"board"}) return state();
     carryOut(words);
     return "";
 }
 
+// A path may be written with double slashes or dots, as in a shell.
 void Commands::carryOut(const std::vector<std::string>& words) {
     const std::string command = words.empty() ? "" : words[0];
     if (words == std::vector<std::string>{"trace"}) return requireTrace();
@@ -92,6 +99,8 @@ void Commands::requireKnown(const std::string& command, const std::string& node)
     }
 }
 
+// Without FUSE a plain file stands in for the node, and is written anew with what the node would
+// show.
 void Commands::set(const std::string& node, const std::string& value) {
     if (PlainFiles::holds(node)) {
         std::string content;
@@ -106,6 +115,7 @@ void Commands::set(const std::string& node, const std::string& value) {
     if (!mWithoutFuse.empty()) mFiles.write(path, mHardware.plainContents()[path]);
 }
 
+// The trace is written as long as there are LEDs and a file system that shows them.
 void Commands::requireTrace() {
     if (!mHardware.has("/sys/class/rgbled/set_color")) {
         throw std::runtime_error("no LEDs are fitted");
@@ -125,6 +135,45 @@ void Commands::disturb(const std::string& node, const Change& change) {
         mFiles.giveBack(path);
         mHardware.remove(path);
     }
+}
+
+static constexpr timeval kPatience = {5, 0};  // with whoever connects and then says nothing
+
+// Only the owner may change a board, also one that is shared.
+static int listen(const host::Board& board) {
+    const int fd = host::listenAt(board.controlSocket(), 0600);
+    if (fd >= 0) return fd;
+    throw std::runtime_error(board.directory + ": " + host::socketError(-fd));
+}
+
+ControlServer::ControlServer(const host::Board& board, Perform perform)
+    : mPerform(std::move(perform)), mListener(listen(board)), mThread([this] { serve(); }) {}
+
+ControlServer::~ControlServer() {
+    shutdown(mListener, SHUT_RDWR);  // the thread's accept returns
+    mThread.join();
+    close(mListener);
+}
+
+// Whoever connects and is silent is given up after a while, since others wait behind it.
+void ControlServer::serve() const {
+    int connection;
+    while ((connection = accept4(mListener, nullptr, nullptr, SOCK_CLOEXEC)) >= 0) {
+        setsockopt(connection, SOL_SOCKET, SO_RCVTIMEO, &kPatience, sizeof(kPatience));
+        answer(connection);
+        close(connection);
+    }
+}
+
+void ControlServer::answer(int connection) const {
+    host::Answer answer;
+    try {
+        answer.text = mPerform(host::receiveCommand(connection));
+        answer.isDone = true;
+    } catch (const std::exception& refusal) {
+        answer.reason = refusal.what();
+    }
+    host::sendAnswer(connection, answer);
 }
 
 }  // namespace tarq::board

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/run/board_state.h"
+#include "host/run/control.h"
 
 namespace tarq::board {
 
@@ -14,11 +14,14 @@ inline void require(const std::string& why) {
     if (!why.empty()) throw std::invalid_argument(why);
 }
 
+// The receiver and the co-processor are such: what is set of them is not the content of a file. All
+// is called by the one thread that takes commands.
 class Part {
   public:
     virtual ~Part() = default;
 
-    // What the command can be about: "receiver_rssi" for "set", "receiver" for "fault".
+    // What the command can be about: "receiver_rssi" for "set", "receiver" for "fault". Told to a
+    // user who has named something that is not there.
     virtual std::vector<std::string> names(const std::string& command) const = 0;
 
     // Does it when the words are for this part: a command of its own, or "set NAME VALUE" and

@@ -1,7 +1,7 @@
 // The properties of a start, in the order of a device: the defaults of build.prop, each set as any
 // program would set it, then what was saved. A default for a name that was saved is passed over, so
 // that the user's value is never overwritten on the way.
-#include "host/board/properties.h"
+#include "host/board/board_directory.h"
 
 #include <cutils/properties.h>
 #include <errno.h>
@@ -15,7 +15,7 @@
 #include <system_error>
 #include <vector>
 
-#include "host/run/disk.h"
+#include "host/run/file_systems.h"
 #include "host/run/text.h"
 
 namespace tarq::board {
@@ -48,12 +48,6 @@ static void setFromLine(const std::string& line, const fs::path& savedProperties
     if (isPersistent(key) && result == 0) fs::remove(savedProperties / key);
 }
 
-// No line of the file is to blame for a full disk, and the next would fail as well.
-static void requireRoom(const host::Board& board) {
-    const int error = host::writeError(board);
-    if (error != 0) throw std::system_error(error, std::system_category(), board.directory);
-}
-
 // What is no text is no list of properties, and no line of it is printed.
 static void requireText(std::istream& in, const fs::path& file) {
     std::string line;
@@ -70,6 +64,8 @@ static void requireText(std::istream& in, const fs::path& file) {
     in.seekg(0);
 }
 
+// property_set has no way to say why it refused: it logs the reason, which is caught here and
+// printed with the line that is to blame.
 static void loadDefaults(const fs::path& file, const host::Board& board) {
     std::ifstream in(file);
     if (!in) throw std::system_error(errno, std::system_category(), file);
@@ -87,7 +83,7 @@ static void loadDefaults(const fs::path& file, const host::Board& board) {
         }
         host::setLogSink({});
         if (wrong.empty()) continue;
-        requireRoom(board);
+        host::requireRoom(board);  // else no line is to blame, and the next would fail as well
         std::cerr << place << host::escaped(wrong) << '\n';
     }
 }
@@ -103,7 +99,7 @@ void loadProperties(const fs::path& defaults, const host::Board& board) {
         if (!isPersistent(key)) continue;  // half written when its process was killed
         std::ifstream in(entry.path(), std::ios::binary);
         const std::string value(std::istreambuf_iterator<char>(in), {});
-        if (property_set(key.c_str(), value.c_str()) != 0) requireRoom(board);
+        if (property_set(key.c_str(), value.c_str()) != 0) host::requireRoom(board);
     }
 }
 

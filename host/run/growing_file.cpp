@@ -1,14 +1,17 @@
-// The file is read from where the last look ended. Before each look the descriptor is held against
-// the name: another file under the name, or fewer bytes than were read, means that it has begun
-// anew. A line without its newline is kept until the newline comes.
+// The writer appends each line with one write, so that no reader sees the middle of one that
+// another thread writes. The reader goes on where its last look ended. Before each look the
+// descriptor is held against the name: another file under the name, or fewer bytes than were read,
+// means that it has begun anew. A line without its newline is kept until the newline comes.
 #include "host/run/growing_file.h"
 
 #include <errno.h>
 #include <fcntl.h>
+#include <stdio.h>
 #include <string.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <system_error>
 #include <utility>
 
 namespace tarq::host {
@@ -42,6 +45,7 @@ int GrowingFile::reopenIfReplaced(const TakeLine& take) {
     return 0;
 }
 
+// Most lines come whole, but a chunk may end within one.
 void GrowingFile::append(const char* bytes, size_t size, const TakeLine& take) {
     const char* const end = bytes + size;
     while (bytes < end) {
@@ -72,6 +76,27 @@ void GrowingFile::skip() {
 
 void GrowingFile::finish(const TakeLine& take) {
     if (!mPartial.empty()) take(std::exchange(mPartial, {}));
+}
+
+// ---- the other end ----
+
+RecordFile::~RecordFile() {
+    if (mFd >= 0) close(mFd);
+}
+
+void RecordFile::open(const std::string& file) {
+    mFd = ::open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+    if (mFd < 0) throw std::system_error(errno, std::system_category(), file);
+}
+
+// An interrupted or short write leaves part of a line, which its reader passes over as none.
+void RecordFile::add(const std::string& line) const {
+    const std::string bytes = line + "\n";
+    errno = ENOSPC;  // what a part that was written means
+    if (mFd < 0 || ::write(mFd, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size())) {
+        return;
+    }
+    if (!std::exchange(mLacksLines, true)) perror((mWhat + " lacks lines from here on").c_str());
 }
 
 }  // namespace tarq::host

@@ -20,22 +20,26 @@
 
 #include <string>
 
-#include "host/run/socket.h"
+#include "host/run/descriptors.h"
 
 namespace tarq::host {
 
-// Below the board's directory. None is longer than run/binder.sock, so that each has an address.
+// Below the board's directory. None is longer than run/binder.sock, so that each has an address
+// wherever that has one (kMaxBoardPath).
 constexpr char kRadio[] = "/run/rf";
 constexpr char kReceiverSocket[] = "/run/rf/receiver";
 constexpr char kReceiverState[] = "/run/rf/state";
 constexpr char kUntunedSocket[] = "/run/rf/off";
 
+// The path of the socket of a program that listens at the frequency, which is in the receiver's own
+// unit and may be any number, below 0 too.
 inline std::string tunedSocket(int32_t frequency) {
     char path[sizeof(kRadio) + sizeof("/000001b1")];
     snprintf(path, sizeof(path), "%s/%08x", kRadio, static_cast<uint32_t>(frequency));
     return path;
 }
 
+// What a program receives of a key, in the byte order of the machine: both ends run on it.
 struct Reception {
     int32_t value1;
     int32_t value2;

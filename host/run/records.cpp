@@ -11,6 +11,7 @@
 
 namespace tarq::host {
 
+// In ns, since the epoch of the clock.
 static int64_t nsOf(clockid_t clock) {
     timespec time = {};
     clock_gettime(clock, &time);
@@ -42,6 +43,7 @@ std::string firstLedLine(size_t leds) {
     return Json{{"leds", leds}}.dump();
 }
 
+// A refused record may hold any bytes, as whoever wrote it meant something else.
 std::string ledLine(const LedRecord& record) {
     Json line = {{"ms", record.ms}, {"attribute", record.attribute}, {"text", record.text}};
     if (!record.whyRefused.empty()) {
@@ -51,6 +53,7 @@ std::string ledLine(const LedRecord& record) {
     return line.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
+// A file of a board that is just beginning, or of another version, may hold anything.
 bool parseLedLine(const std::string& line, LedLine* parsed) {
     try {
         const Json json = Json::parse(line);

@@ -25,11 +25,15 @@
 
 namespace tarq::host {
 
+// Of this moment.
 int64_t nowMs();
 
 // "01-02 03:04:05.006": that moment as the log tells it, so that the two can be laid side by side.
+// In the time zone of this process, as the log is in the daemon's. A clock that was set since this
+// process looked at it first is not followed.
 std::string logTime(int64_t ms);
 
+// One write to an attribute, which is told by its name without the directory.
 struct LedRecord {
     int64_t ms = 0;
     std::string attribute = {};
@@ -42,12 +46,14 @@ std::string firstLedLine(size_t leds);
 std::string ledLine(const LedRecord& record);
 
 // A line again: the first one, with a number of LEDs, or one with a record. False when it is none.
+// Whoever follows the file meets the first one again when the board is switched on anew.
 struct LedLine {
     size_t leds = 0;
     LedRecord record = {};
 };
 bool parseLedLine(const std::string& line, LedLine* parsed);
 
+// Bytes of one direction as one read or write had them: frames may begin and end within them.
 struct SerialChunk {
     int64_t ms = 0;
     bool isFromHost = false;

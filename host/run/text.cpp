@@ -10,6 +10,7 @@
 
 namespace tarq::host {
 
+// Letters behind a backslash, and the bytes at the same places that they stand for.
 static constexpr char kLetters[] = "nrt\\";
 static constexpr char kMeanings[] = "\n\r\t\\";
 
@@ -26,6 +27,7 @@ static bool hexByte(const std::string& text, size_t place, char* byte) {
     return true;
 }
 
+// The result is made aside, so that *bytes stays as it was where something is wrong.
 std::string unescape(const std::string& text, std::string* bytes) {
     std::string result;
     for (size_t i = 0; i < text.size(); ++i) {
@@ -99,7 +101,8 @@ std::string hexOf(const std::string& bytes) {
     return text;
 }
 
-// How many bytes the character there has; 0 when they are no UTF-8.
+// How many bytes the character there has; 0 when they are no UTF-8. Overlong forms, surrogates and
+// what is beyond 10ffff are no UTF-8; control characters of either set count as such here, too.
 static size_t characterAt(const std::string& bytes, size_t place) {
     const auto at = [&](size_t i) {
         return i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0u;

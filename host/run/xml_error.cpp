@@ -15,6 +15,8 @@
 
 namespace tarq::host {
 
+// The parser's own names of its errors say what it was doing. These say what the author of the file
+// has to look for.
 const char* xmlCause(tinyxml2::XMLError error) {
     switch (error) {
         case tinyxml2::XML_SUCCESS:
@@ -69,16 +71,20 @@ static bool readWhole(const std::string& file, std::string* content) {
     return in.is_open() && !in.bad();
 }
 
-XmlError findXmlError(const std::string& file) {
+XmlError loadXml(const std::string& file, tinyxml2::XMLDocument* document) {
     std::string content;
     if (!readWhole(file, &content)) return {strerror(errno)};
-    tinyxml2::XMLDocument document(true, tinyxml2::PRESERVE_WHITESPACE);
-    const tinyxml2::XMLError error = document.Parse(content.data(), content.size());
-    if (error == tinyxml2::XML_SUCCESS && document.RootElement() == nullptr) {
+    const tinyxml2::XMLError error = document->Parse(content.data(), content.size());
+    if (error == tinyxml2::XML_SUCCESS && document->RootElement() == nullptr) {
         return {"there is no element in it"};
     }
-    const int line = document.ErrorLineNum();
+    const int line = document->ErrorLineNum();
     return {xmlCause(error), line, line > 0 ? lineOf(content, line) : ""};
+}
+
+XmlError findXmlError(const std::string& file) {
+    tinyxml2::XMLDocument document;
+    return loadXml(file, &document);
 }
 
 std::string XmlError::describe(const std::string& name) const {

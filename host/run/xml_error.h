@@ -7,7 +7,8 @@
 
 namespace tarq::host {
 
-// What the parser found, in words.
+// What the parser found, in words that tell what is wrong rather than what was being parsed. "" for
+// a success.
 const char* xmlCause(tinyxml2::XMLError error);
 
 struct XmlError {
@@ -19,7 +20,11 @@ struct XmlError {
     std::string describe(const std::string& name) const;
 };
 
-// Reads the whole file with the parser and the settings of the daemon.
+// Reads the whole file with the parser and the settings of the daemon, so that what this finds is
+// what stops the daemon. What is no plain file is an error without being read: a fifo, say, would
+// keep its reader.
+XmlError loadXml(const std::string& file, tinyxml2::XMLDocument* document);
+// For who does not want what is in it.
 XmlError findXmlError(const std::string& file);
 
 }  // namespace tarq::host

@@ -1,10 +1,11 @@
 // The parser takes every word that begins with a dash for an option of its own. Two commands are
 // followed by another command line, so their words are parted from ours before it sees any; and an
 // error names the command as it was typed, without the global options around it.
-#include "tools/tarqctl/command_line.h"
-
 #include <CLI/App.hpp>
 #include <algorithm>
+
+#include "tools/tarqctl/session.h"
+#include "tools/tarqctl/tarqctl.h"
 
 namespace tarq::tools {
 
@@ -53,6 +54,8 @@ static void addUp(const CLI::App& app, const std::vector<std::string>& rest, Com
     line->commandWords.assign(next, rest.end());
 }
 
+// The first word that is no option is the command; from there on only the words of two commands are
+// special.
 CommandLine splitCommandLine(const CLI::App& app, const std::vector<std::string>& arguments) {
     CommandLine line;
     for (auto next = arguments.begin(); next != arguments.end();) {
@@ -72,12 +75,6 @@ CommandLine splitCommandLine(const CLI::App& app, const std::vector<std::string>
         }
     }
     return line;
-}
-
-std::string joined(const std::vector<std::string>& words) {
-    std::string text;
-    for (size_t i = 0; i < words.size(); ++i) text += (i > 0 ? " " : "") + words[i];
-    return text;
 }
 
 }  // namespace tarq::tools

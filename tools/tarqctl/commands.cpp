@@ -75,7 +75,8 @@ const std::vector<Command>& commands() {
     return table;
 }
 
-// The footer is where the help keeps its example.
+// The footer is where the help keeps its example. Each command keeps its sentence in the app that
+// stands for it, so the help needs no table.
 Run declareOneOf(const std::vector<Command>& commands, CLI::App& app) {
     // Also keeps an argument that is called like a command from being taken for one.
     app.require_subcommand(1);

@@ -1,14 +1,14 @@
 // The help is made from what the commands have declared, in one shape for all of them: the parser's
 // own formatter begins with the description, and leaves out the global options.
-#include "tools/tarqctl/help.h"
-
 #include <string.h>
 
+#include <CLI/App.hpp>
 #include <iomanip>
 #include <sstream>
 #include <utility>
 #include <vector>
 
+#include "tools/tarqctl/tarqctl.h"
 #include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
@@ -21,12 +21,14 @@ static bool isPositional(const CLI::Option* option) {
     return option->get_positional();
 }
 
+// Some are declared only to refuse them with a better word than the parser has.
 static std::vector<const CLI::Option*> shownPositionals(const CLI::App& app) {
     return app.get_options([](const CLI::Option* option) {
         return isPositional(option) && option->get_group() != kHidden;
     });
 }
 
+// NAME, [NAME] for one that may be left out, NAME... for one that may be given again.
 static std::string usageOf(const CLI::Option& positional) {
     const std::string name =
             positional.get_name() + (positional.get_items_expected_max() > 1 ? "..." : "");
@@ -54,7 +56,8 @@ static Rows positionals(const CLI::App& app) {
     return rows;
 }
 
-// The app's own options, then those of the apps above it, once each.
+// The app's own options, then those of the apps above it, once each. Global options are printed
+// with every command, because they may stand behind it.
 static Rows options(const CLI::App& app) {
     Rows rows;
     for (const CLI::App* a = &app; a != nullptr; a = a->get_parent()) {
@@ -94,6 +97,7 @@ static std::string indented(const std::string& lines) {
     return text;
 }
 
+// A name that is longer than the column pushes its text to the right, and nothing else.
 static void print(std::ostream& out, const std::string& title, const Rows& rows) {
     if (rows.empty()) return;
     out << "\n" << title << "\n";
@@ -101,6 +105,19 @@ static void print(std::ostream& out, const std::string& title, const Rows& rows)
         out << "  " << std::left << std::setw(kNames) << left << " " << indented(right) << "\n";
     }
 }
+
+namespace {
+
+class HelpFormatter : public CLI::FormatterBase {
+  public:
+    explicit HelpFormatter(bool coloured) : mColoured(coloured) {}
+
+    std::string make_help(const CLI::App* app, std::string name,
+                          CLI::AppFormatMode mode) const override;
+
+  private:
+    const bool mColoured;
+};
 
 std::string HelpFormatter::make_help(const CLI::App* app, std::string /*name*/,
                                      CLI::AppFormatMode /*mode*/) const {
@@ -115,6 +132,12 @@ std::string HelpFormatter::make_help(const CLI::App* app, std::string /*name*/,
     print(out, title("options"), options(*app));
     out << "\n" << title("example") << "\n  " << app->get_footer() << "\n";
     return out.str();
+}
+
+}  // namespace
+
+std::shared_ptr<CLI::FormatterBase> helpFormatter(bool coloured) {
+    return std::make_shared<HelpFormatter>(coloured);
 }
 
 }  // namespace tarq::tools

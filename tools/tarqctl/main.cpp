@@ -7,10 +7,11 @@
 
 #include <iostream>
 
-#include "host/run/standard_descriptors.h"
+#include "host/run/descriptors.h"
 #include "tools/tarqctl/session.h"
 #include "tools/tarqctl/tarqctl.h"
 
+// As https://no-color.org has it: any value that is not empty says no.
 static bool wantsColours() {
     const char* noColour = getenv("NO_COLOR");
     return isatty(STDOUT_FILENO) == 1 && (noColour == nullptr || *noColour == '\0');

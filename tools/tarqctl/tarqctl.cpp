@@ -4,14 +4,12 @@
 #include "tools/tarqctl/tarqctl.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
+#include <optional>
 #include <ostream>
 
 #include "host/run/nearest.h"
-#include "tools/tarqctl/command_line.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/help.h"
-#include "tools/tarqctl/print_json.h"
+#include "tools/tarqctl/session.h"
 #include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
@@ -27,8 +25,10 @@ void declareGlobals(CLI::App& app, Session& session, double* timeout) {
     addSeconds(app, "--timeout", "how long the daemon may take, in seconds; 10", timeout);
 }
 
+// An option of a command that is called like a global one, as --board of up is, stands for it
+// there.
 Run declare(CLI::App& app, Session& session, double* timeout) {
-    app.formatter(std::make_shared<HelpFormatter>(session.coloured));
+    app.formatter(helpFormatter(session.coloured));
     app.set_help_flag("-h,--help", "this text");
     app.set_version_flag("--version", TARQ_VERSION, "print the version");
     app.footer("tarqctl services");
@@ -42,19 +42,18 @@ Run declare(CLI::App& app, Session& session, double* timeout) {
 struct Named {
     const CLI::App* app;
     std::string path = "tarqctl";
-    std::string unknown = {};  // the word that is none, "" when there is no such word
-    std::string option = {};   // one that stands in the place of a command
+    std::optional<std::string> unknown = {};  // the word that is none, which may be an empty one
 };
 
+// They are found by the words alone, since the parser may have failed.
 Named namedOn(const CLI::App& all, const CommandLine& line) {
     Named named = {&all};
     for (const std::string& word : line.words) {
         const auto below = named.app->get_subcommands(
                 [&word](const CLI::App* command) { return command->get_name() == word; });
         if (below.empty()) {
-            if (named.app->get_subcommands({}).empty()) break;
-            const bool isNone = word[0] != '-';
-            (isNone ? named.unknown : named.option) = word;
+            const bool isCommand = !named.app->get_subcommands({}).empty() && word[0] != '-';
+            if (isCommand) named.unknown = word;
             break;
         }
         named.app = below.front();
@@ -63,22 +62,35 @@ Named namedOn(const CLI::App& all, const CommandLine& line) {
     return named;
 }
 
-// The parser's word on the command's arguments is kept. It knows no good one for a command that is
-// missing or misspelt.
-Failure wrongUsage(const Named& named, const Session& session, const CLI::ParseError& error) {
+std::string quoted(const std::vector<std::string>& words) {
+    std::vector<std::string> result;
+    for (const std::string& word : words) result.push_back(shellQuoted(word));
+    return joined(result);
+}
+
+// The parser's word on the command's arguments is kept. It knows no good one for what is missing or
+// misspelt.
+std::string whyWrong(const CLI::App& app, const Named& named, const std::vector<std::string>& names,
+                     const CommandLine& line, const CLI::ParseError& error) {
+    if (named.unknown) return host::noSuchCommand(*named.unknown, names);
+    const std::string why = host::noSuchOption(*named.app, line.words);
+    if (!why.empty()) return why;
+    if (!names.empty() && error.get_name() == "RequiredError") {
+        return "no command is given; there are " + joined(names);
+    }
+    const bool areTooMany = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
+    return areTooMany ? "too many words: " + quoted(app.remaining(true)) : error.what();
+}
+
+Failure wrongUsage(const CLI::App& app, const Session& session, const CommandLine& line,
+                   const CLI::ParseError& error) {
+    const Named named = namedOn(app, line);
     std::vector<std::string> names;
     for (const CLI::App* command : named.app->get_subcommands({})) {
         names.push_back(command->get_name());
     }
-    std::string why = error.what();
-    std::string meant;
-    if (!named.unknown.empty()) {
-        why = host::noSuchCommand(named.unknown, names);
-        meant = host::nearestName(named.unknown, names);
-    } else if (!names.empty() && error.get_name() == "RequiredError") {
-        why = named.option.empty() ? "no command is given; there are " + joined(names)
-                                   : "there is no option " + named.option;
-    }
+    const std::string why = whyWrong(app, named, names, line, error);
+    const std::string meant = named.unknown ? host::nearestName(*named.unknown, names) : "";
     Failure failure = session.failure("usage", why,
                                       named.path + (meant.empty() ? "" : " " + meant) + " --help");
     failure.usage = usageOf(*named.app);
@@ -96,12 +108,8 @@ CommandLine understood(const CLI::App& app, const std::vector<std::string>& argu
     return splitCommandLine(app, asked);
 }
 
-std::string quoted(const std::vector<std::string>& words) {
-    std::vector<std::string> result;
-    for (const std::string& word : words) result.push_back(shellQuoted(word));
-    return joined(result);
-}
-
+// Whether JSON is wanted is known before anything can fail, so that every failure is printed in the
+// form that was asked for.
 int runCommand(const std::vector<std::string>& arguments, Session& session) {
     CLI::App app{
             "Talks to the device daemon of a virtual board, and to the board.\n"
@@ -112,17 +120,17 @@ int runCommand(const std::vector<std::string>& arguments, Session& session) {
     session.json = line.json;  // until the parser has come to it: its errors are printed so too
     session.commandWords = line.commandWords;
     session.line = line.words.empty() ? "command line" : quoted(line.words);
+    session.path = namedOn(app, line).path;
     try {
         app.parse(std::vector<std::string>(line.arguments.rbegin(), line.arguments.rend()));
     } catch (const CLI::CallForHelp& help) {
-        const Named named = namedOn(app, line);
-        if (!named.unknown.empty()) throw wrongUsage(named, session, help);
+        if (namedOn(app, line).unknown) throw wrongUsage(app, session, line, help);
         session.out << app.help() << std::flush;
         return kDone;
     } catch (const CLI::CallForVersion&) {
         return printResult(session, {{"version", TARQ_VERSION}}, "tarqctl " TARQ_VERSION);
     } catch (const CLI::ParseError& error) {
-        throw wrongUsage(namedOn(app, line), session, error);
+        throw wrongUsage(app, session, line, error);
     }
     session.timeout = std::chrono::duration<double>(timeout);
     return run(session);

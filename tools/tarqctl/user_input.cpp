@@ -18,11 +18,23 @@ namespace tarq::tools {
 using android::String16;
 using android::String8;
 
+// Whether it is, the platform's own conversion tells: there and back again is the same text only
+// for one that is well-formed.
 std::string checkUtf8(const std::string& text) {
     const String8 back{String16(text.data(), text.size())};
     return text == std::string(back.string(), back.size()) ? "" : "it is not UTF-8";
 }
 
+// In this order: one mark begins like another.
+std::string wideEncodingOf(const std::string& start) {
+    const std::string first = start.substr(0, 4);
+    if (first == std::string("\xff\xfe\0\0", 4) || first == std::string("\0\0\xfe\xff", 4)) {
+        return "UTF-32";
+    }
+    return first.rfind("\xff\xfe", 0) == 0 || first.rfind("\xfe\xff", 0) == 0 ? "UTF-16" : "";
+}
+
+// The whole range of the call: the daemon takes any number, and so does this.
 std::string parseOtaTime(const std::string& text, int64_t* value) {
     return host::parseDecimal(text, INT64_MIN, INT64_MAX, value);
 }
@@ -34,6 +46,7 @@ std::string parseCount(const std::string& text, int32_t* value) {
     return why;
 }
 
+// Fewer digits would be another colour, so there are exactly six.
 std::string parseColour(const std::string& text, int32_t* value) {
     const std::string digits = text.substr(text[0] == '#' ? 1 : 0);
     const bool isHex = digits.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
@@ -56,6 +69,8 @@ CLI::Option* addNumber(CLI::App& app, const std::string& name, const std::string
             description);
 }
 
+// The vector grows while the words are read, so a number that is refused leaves one behind; the
+// command does not run then.
 CLI::Option* addNumbers(CLI::App& app, const std::string& name, const std::string& description,
                         std::vector<int32_t>* values) {
     return app.add_option_function<std::vector<std::string>>(
@@ -81,6 +96,17 @@ CLI::Option* addSeconds(CLI::App& app, const std::string& name, const std::strin
     return app.add_option(name, *value, description)->type_name("S")->check(checkSeconds);
 }
 
+// A file that the command line ends with has been named already, and is not named twice.
+std::string ofFile(const Session& session, const std::string& file, const std::string& why) {
+    if (file == "-") return "standard input: " + why;
+    const std::string named = " " + shellQuoted(file);
+    const bool isLast = session.line.size() > named.size() &&
+                        session.line.substr(session.line.size() - named.size()) == named;
+    return isLast ? why : file + ": " + why;
+}
+
+// What a stream cannot be read for it does not say; errno is what the system said last, and any
+// error where that is nothing.
 static void readFrom(const Session& session, const std::string& file,
                      const std::function<void(std::istream&)>& read) {
     std::ifstream opened;
@@ -90,8 +116,8 @@ static void readFrom(const Session& session, const std::string& file,
     const bool isRead = file == "-" || opened.is_open();
     if (isRead) read(in);
     if (isRead && !in.bad()) return;
-    throw session.failure("cannot_read", file + ": " + strerror(errno != 0 ? errno : EIO),
-                          "tarqctl " + session.line.substr(0, session.line.find(' ')) + " --help");
+    throw session.failure("cannot_read", ofFile(session, file, strerror(errno != 0 ? errno : EIO)),
+                          session.help());
 }
 
 void readLines(const Session& session, const std::string& file,

@@ -12,6 +12,7 @@ namespace tarq::board::ash {
 
 namespace {
 
+// The content that a kind has is part of it: a frame of another size is damaged.
 struct Kind {
     Type type;
     const char* name;
@@ -21,6 +22,7 @@ struct Kind {
     size_t maxContent;
 };
 
+// The first row whose bits fit is the kind, and no byte fits two of them.
 constexpr Kind kKinds[] = {
         {Type::kData, "DATA", 0x80, 0x00, 3, 128},      {Type::kAck, "ACK", 0xE0, 0x80, 0, 0},
         {Type::kNak, "NAK", 0xE0, 0xA0, 0, 0},          {Type::kReset, "RST", 0xFF, 0xC0, 0, 0},
@@ -38,7 +40,9 @@ __attribute__((format(printf, 1, 2))) std::string format(const char* pattern, ..
     return text;
 }
 
-// There and back again.
+// There and back again. The sequence of the protocol, begun anew for each frame: a byte is made of
+// the one before by a shift to the right, and by b8 when a bit falls out. Here 80 and 38 of that b8
+// are two steps.
 void randomise(Bytes& content) {
     uint8_t next = 0x42;
     for (uint8_t& byte : content) {
@@ -58,6 +62,7 @@ bool isCutInChecksum(const Bytes& bytes) {
            checksum(bytes.data(), size - 1) == (bytes[size - 1] << 8 | kFlag);
 }
 
+// Why a frame is to be skipped, the likeliest cause first; "" for a good one.
 std::string damageOf(const Frame& frame, const Bytes& bytes, const Kind* kind) {
     if (!frame.isChecksumGood && isCutInChecksum(bytes)) {
         return "may be cut by a flag in its checksum that is not escaped";
@@ -80,6 +85,7 @@ bool isReserved(uint8_t byte) {
            byte == kSubstitute || byte == kCancel;
 }
 
+// Numbers are taken modulo eight by whoever sets them.
 uint8_t controlByte(const Frame& frame, const Kind& kind) {
     const int numbers = frame.isBusy << 3 | frame.expected;
     switch (frame.type) {
@@ -114,6 +120,8 @@ uint16_t checksum(const uint8_t* bytes, size_t size) {
     return crc;
 }
 
+// Even a frame whose checksum is wrong is taken apart as far as it goes, which tells best what it
+// may have been.
 Frame decode(const Bytes& bytes) {
     Frame frame;
     const Kind* kind = nullptr;
@@ -141,6 +149,7 @@ Frame decode(const Bytes& bytes) {
     return frame;
 }
 
+// What must not stand on the line as it is gets the escape byte in front and bit 5 flipped.
 Bytes encode(const Frame& frame) {
     const Kind& kind = *std::find_if(std::begin(kKinds), std::end(kKinds) - 1,
                                      [&](const Kind& one) { return one.type == frame.type; });

@@ -28,6 +28,7 @@ namespace tarq::board::ash {
 
 using Bytes = std::vector<uint8_t>;
 
+// The bytes that mean something to the line itself; in a frame they are escaped.
 constexpr uint8_t kFlag = 0x7E;
 constexpr uint8_t kEscape = 0x7D;
 constexpr uint8_t kXon = 0x11;  // this and the next are ignored
@@ -55,16 +56,44 @@ struct Frame {
 // "DATA"; "" for none.
 const char* nameOf(Type type);
 
-// bytes: from the control byte to the checksum, not escaped, any number of them.
+// bytes: from the control byte to the checksum, not escaped, any number of them. It never fails:
+// what cannot be a frame has its reason in damage. Which bytes they were on the line is for the
+// caller to add.
 Frame decode(const Bytes& bytes);
 
 // The bytes on the line, up to the flag. RST and RSTACK begin with a cancel byte, as they do
 // wherever they are sent.
 Bytes encode(const Frame& frame);
 
+// CRC-CCITT with 1021 as its polynomial, begun with ffff; over control byte and content as they are
+// before escaping, so of DATA with the randomisation.
 uint16_t checksum(const uint8_t* bytes, size_t size);
 
 // "02 1a 7e"
 std::string asHex(const Bytes& bytes, const char* between = " ");
+
+// Every byte is in the bytes of exactly one frame, in their order. What is damaged reaches up to
+// the next flag or cancel byte; the frame after that is a good one again. For one thread.
+class Reader {
+  public:
+    // The frames that end in these bytes, which may be any part of the stream.
+    std::vector<Frame> read(const uint8_t* bytes, size_t size);
+    std::vector<Frame> read(const Bytes& bytes) { return read(bytes.data(), bytes.size()); }
+    // What came since the last flag, as a damaged frame, if anything did.
+    std::vector<Frame> finish();
+
+  private:
+    void take(uint8_t byte);
+    void cancel();
+    void endFrame();
+    Bytes unescapedLine() const;
+    void skip(const std::string& why);
+
+    Bytes mLine;   // as it came, since the last frame
+    Bytes mPlain;  // not escaped
+    bool mIsEscaped = false;
+    std::string mDamage;  // why the next flag does not end a frame
+    std::vector<Frame> mFrames;
+};
 
 }  // namespace tarq::board::ash

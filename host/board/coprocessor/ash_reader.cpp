@@ -1,7 +1,7 @@
 // Bytes are gathered up to the next flag, which ends a frame, or cancel byte, which ends nothing
 // good. They are kept twice, as they came and with the escapes undone, because the presence check
 // sends without escaping: what does not decode in one form may do so in the other.
-#include "host/board/coprocessor/ash_reader.h"
+#include "host/board/coprocessor/ash_frame.h"
 
 #include <algorithm>
 #include <utility>

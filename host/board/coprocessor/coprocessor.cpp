@@ -29,6 +29,7 @@ void Coprocessor::setManufacturer(const std::string& hex) {
     mManufacturer = static_cast<uint16_t>(strtoul(hex.c_str(), nullptr, 16));
 }
 
+// As the answer has it: four bits, four bits and a byte.
 void Coprocessor::setVersion(const std::string& text) {
     unsigned a = 0, b = 0, c = 0;
     const bool isRead = sscanf(text.c_str(), "%2u.%2u.%3u", &a, &b, &c) == 3;

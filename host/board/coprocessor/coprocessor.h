@@ -15,7 +15,8 @@
 
 namespace tarq::board {
 
-// For one thread at a time.
+// For one thread at a time. What it is and what goes wrong with it holds for the next question;
+// answers that wait on the line already stay as they are.
 class Coprocessor {
   public:
     // "1002", "6.10.3": of the query's answer. Throw std::invalid_argument.
@@ -29,7 +30,8 @@ class Coprocessor {
         std::chrono::milliseconds after{0};
         ash::Bytes bytes = {};
     };
-    // All that a frame of the host brings about.
+    // All that a frame of the host brings about. In the order in which they are to be written; none
+    // for a question that is damaged, unknown, or needs no answer.
     std::vector<Sending> answer(const ash::Frame& question);
 
   private:

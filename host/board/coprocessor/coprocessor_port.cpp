@@ -5,14 +5,14 @@
 
 #include <stdexcept>
 
-#include "host/board/coprocessor/serial_line.h"
-
 namespace tarq::board {
 
 namespace {
 
 constexpr char kNode[] = "/dev/ttyS3";
 
+// There while a terminal is. What is done to it is the port's business, so the hardware does not
+// list its name.
 class PortNode : public Node {
   public:
     explicit PortNode(std::shared_ptr<CoprocessorPort> port) : Node(0777), mPort(std::move(port)) {}
@@ -34,6 +34,7 @@ void CoprocessorPort::addNode(Hardware& hardware, std::shared_ptr<CoprocessorPor
     hardware.add(kNode, host::kCoprocessor, std::make_unique<PortNode>(std::move(port)));
 }
 
+// The record comes first: the line writes to it from its first byte on.
 void CoprocessorPort::open(const std::filesystem::path& record, const std::filesystem::path& link) {
     mRecord.open(record);
     mLink = link;
@@ -70,6 +71,8 @@ bool CoprocessorPort::perform(const std::vector<std::string>& words) {
     return true;
 }
 
+// The hardware has told of the node already, as it would of any file; what it says of this one is
+// made true here.
 void CoprocessorPort::tell(std::vector<host::NodeState>* nodes) const {
     const std::lock_guard lock(mMutex);
     for (host::NodeState& node : *nodes) {
@@ -84,6 +87,8 @@ std::string CoprocessorPort::terminal() const {
     return mTerminal;
 }
 
+// A port that goes or comes is a matter of this thread alone; the fault itself is read by the
+// line's.
 void CoprocessorPort::setFault(const std::string& name) {
     host::CoprocessorFault fault = {};
     require(host::findFault(host::kCoprocessorFaults, name, &fault));

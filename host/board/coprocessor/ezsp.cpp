@@ -1,15 +1,23 @@
+// Only what the presence check asks is understood: the version, in the old form, and one query in
+// the extended form. Two bytes of a number stand with the lower one first. A host numbers its
+// commands, and the answer to one has its number.
 #include "host/board/coprocessor/ezsp.h"
 
 #include <stdio.h>
 
 namespace tarq::board::ash {
 
-// The one command that the presence check asks in either form.
+// The commands of the presence check, one in each form. The first one asks for the version of the
+// protocol, as any host has to before all others.
 static constexpr uint8_t kVersionId = 0x00;
 static constexpr uint8_t kQueryId = 0x13;  // extended: the co-processor's manufacturer and version
+// In the place of an id: what follows has the longer form.
 static constexpr uint8_t kExtended = 0xFF;
+// Of the frame control. All other bits of it are passed over.
 static constexpr uint8_t kAnswerBit = 0x80;
 
+// The extended form has ff in the place of the id, and one more control byte. What that byte says
+// is passed over, like the rest of the first one.
 Ezsp parseEzsp(const Bytes& content) {
     const bool isExtended = content.size() >= 5 && content[2] == kExtended;
     const ptrdiff_t place = isExtended ? 4 : 2;
@@ -23,6 +31,8 @@ Ezsp parseEzsp(const Bytes& content) {
     return ezsp;
 }
 
+// Frame control of a command is 0, and so is the second one of the extended form. A command without
+// a name gets the short form, since its own is not known.
 Bytes encodeEzsp(const Ezsp& ezsp) {
     Bytes content = {ezsp.sequence, ezsp.isAnswer ? kAnswerBit : uint8_t{0}};
     if (ezsp.name == "query") content.insert(content.end(), {kExtended, 0});
@@ -31,6 +41,7 @@ Bytes encodeEzsp(const Ezsp& ezsp) {
     return content;
 }
 
+// Only shapes that are known are put into words; all else is shown as bytes.
 std::string meaningOf(const Ezsp& ezsp) {
     const Bytes& bytes = ezsp.parameters;
     const auto byte = [&](size_t place) { return place < bytes.size() ? bytes[place] : 0u; };
@@ -49,6 +60,7 @@ std::string meaningOf(const Ezsp& ezsp) {
     return text;
 }
 
+// Major and minor number, and the patch. So 6a03 is 6.10.3.
 std::string versionText(unsigned version) {
     char text[40];
     snprintf(text, sizeof(text), "%u.%u.%u", version >> 12 & 15, version >> 8 & 15, version & 255);

@@ -10,6 +10,7 @@
 
 namespace tarq::board::ash {
 
+// The two commands of the presence check are known by name, all others by their number.
 struct Ezsp {
     uint8_t sequence = 0;
     bool isAnswer = false;
@@ -18,7 +19,8 @@ struct Ezsp {
     Bytes parameters = {};
 };
 
-// content: that of a DATA frame, at least 3 bytes.
+// content: that of a DATA frame, at least 3 bytes. It never fails: what is too short for the
+// extended form is read as the other one.
 Ezsp parseEzsp(const Bytes& content);
 
 // Back again, for the id and form that the name has.

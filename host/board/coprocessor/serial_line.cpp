@@ -1,7 +1,7 @@
 // One thread waits for bytes of the host, for the time of the next write, or for its end. What is
 // read goes into the record and through the reader; the answers of each frame wait in a queue
 // ordered by time, so that a late or chopped answer holds up nothing else.
-#include "host/board/coprocessor/serial_line.h"
+#include "host/board/coprocessor/coprocessor_port.h"
 
 #include <errno.h>
 #include <fcntl.h>
@@ -21,7 +21,8 @@ namespace tarq::board {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-SerialLine::SerialLine(Answer answer, const RecordFile& record)
+// The slave is held open here too, so that nobody's closing it hangs up the line.
+SerialLine::SerialLine(Answer answer, const host::RecordFile& record)
     : mAnswer(std::move(answer)), mRecord(record) {
     char name[64] = {};
     mEnd = eventfd(0, EFD_CLOEXEC);
@@ -53,6 +54,7 @@ void SerialLine::closeAll() const {
     }
 }
 
+// A signal may wake it as well, which is why a poll that fails is tried again.
 void SerialLine::run() {
     pollfd events[] = {{mMaster, POLLIN, 0}, {mEnd, POLLIN, 0}};
     while (events[1].revents == 0) {
@@ -62,6 +64,8 @@ void SerialLine::run() {
     }
 }
 
+// A frame may come in many chunks and a chunk have many frames; answers are counted from the chunk
+// that ends the question.
 void SerialLine::receive() {
     uint8_t chunk[4096];
     const ssize_t size = read(mMaster, chunk, sizeof(chunk));

@@ -27,6 +27,8 @@ static bool interrupted() {
     return fuse_interrupted() != 0;
 }
 
+// A name that was not there may be there a moment later, by an export or a fault that is taken
+// away, so the kernel keeps no answer.
 static void* onInit(fuse_conn_info*, fuse_config* config) {
     config->direct_io = 1;  // sizes mean nothing, and each read and write arrives as it was made
     config->entry_timeout = config->attr_timeout = config->negative_timeout = 0;
@@ -44,6 +46,7 @@ static int onReadlink(const char* path, char* buffer, size_t size) {
     return error;
 }
 
+// A directory is read whole at once: it is small, and has no order that could be gone on with.
 static int onReaddir(const char* path, void* buffer, fuse_fill_dir_t fill, off_t, fuse_file_info*,
                      fuse_readdir_flags) {
     std::set<std::string> names = hardware().list(path);
@@ -72,6 +75,8 @@ static int onWrite(const char*, const char* data, size_t size, off_t, fuse_file_
     return error != 0 ? error : static_cast<int>(size);
 }
 
+// The kernel has copied the argument by the size in the request, so the node sees this process's
+// memory only.
 static int onIoctl(const char*, unsigned request, void*, fuse_file_info* info, unsigned flags,
                    void* argument) {
     if ((flags & FUSE_IOCTL_DIR) != 0) return -ENOTTY;
@@ -83,6 +88,7 @@ static int onCreate(const char*, mode_t, fuse_file_info*) {
     return -EACCES;
 }
 
+// A shell opens a file with O_TRUNC to write to it; sysfs takes no notice of that either.
 static int onTruncate(const char*, off_t, fuse_file_info*) {
     return 0;
 }
@@ -136,6 +142,7 @@ class CapturedErrors {
 
 }  // namespace
 
+// libfuse says why it fails on standard error alone, so that is caught and becomes the reason.
 FileSystem::FileSystem(Hardware& hardware, const std::filesystem::path& mountPoint, bool forAll)
     : mHardware(hardware) {
     const CapturedErrors errors;

@@ -1,4 +1,5 @@
-// The hardware as files: a FUSE file system.
+// The hardware as files: a FUSE file system. It needs /dev/fuse; where that may not be used the
+// board plays plain files.
 #pragma once
 
 #include <atomic>
@@ -12,7 +13,9 @@ struct fuse;
 
 namespace tarq::board {
 
-// Mounted, and served by threads of its own, as long as it exists.
+// Mounted, and served by threads of its own, as long as it exists. Each call is handed to the
+// hardware as it comes, by whatever thread libfuse has for it; one that waits keeps its thread, of
+// which there are 256 at most.
 class FileSystem {
   public:
     // forAll: other users may look in. Throws std::runtime_error with the reason when this system

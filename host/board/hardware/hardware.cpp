@@ -23,7 +23,8 @@ static Content garbage(off_t size) {
     return {std::string(kBytes, sizeof(kBytes) - 1), size};
 }
 
-// Fills the buffer from that place on; how much of it.
+// Fills the buffer from that place on; how much of it. The bytes are gone through again and again,
+// so that 100 MB of them are never in memory.
 static size_t copy(const Content& content, off_t offset, char* buffer, size_t size) {
     if (offset >= content.size) return 0;
     const size_t count = std::min(size, static_cast<size_t>(content.size - offset));
@@ -46,6 +47,7 @@ static const std::set<std::string> kTop = {"dev", "proc", "sys"};
 
 // ---- for who fits the board and commands it ----
 
+// A name that is taken means two parts of a kind that can be there once.
 void Hardware::add(const std::string& path, const std::string& name, std::unique_ptr<Node> node) {
     const std::lock_guard lock(mMutex);
     if (mEntries.count(path) != 0) throw std::invalid_argument(path + " is there already");
@@ -56,6 +58,8 @@ void Hardware::add(const std::string& path, const std::string& name, std::unique
     mEntries[path]->node = std::move(node);
 }
 
+// The entry lives on as long as somebody has it open, without its node, so that calls on it find
+// nothing.
 void Hardware::remove(const std::string& path) {
     const std::lock_guard lock(mMutex);
     mEntries.at(path)->node = nullptr;
@@ -104,6 +108,7 @@ bool Hardware::isSound(const std::string& path) {
     return mEntries.at(path)->fault == NodeFault::kNone && !mEntries.at(path)->held;
 }
 
+// Faults are left out of account: plain files play none.
 std::map<std::string, std::string> Hardware::plainContents() {
     const std::lock_guard lock(mMutex);
     std::map<std::string, std::string> contents;
@@ -132,11 +137,15 @@ void Hardware::end() {
 
 // ---- for the file system ----
 
+// Null for what is not there at present. The lock is held by whoever calls, here and in what
+// follows.
 std::shared_ptr<Hardware::Entry> Hardware::visible(const std::string& path) const {
     const auto found = mEntries.find(path);
     return found != mEntries.end() && found->second->isThere() ? found->second : nullptr;
 }
 
+// A directory exists by the files that are below it, so a line that is unexported takes its
+// directory along.
 std::set<std::string> Hardware::children(const std::string& path) const {
     std::set<std::string> names;
     if (path == "/") names = kTop;
@@ -186,6 +195,8 @@ int Hardware::readLink(const std::string& path, std::string* target) {
     return target->empty() ? -EINVAL : 0;
 }
 
+// The permission bits are checked here for all users alike: the kernel would let root pass, and
+// sysfs does not.
 int Hardware::open(const std::string& path, int flags, uint64_t* file) {
     const std::lock_guard lock(mMutex);
     const std::shared_ptr<Entry> entry = visible(path);
@@ -220,6 +231,8 @@ int Hardware::enter(std::unique_lock<std::mutex>& lock, const OpenFile& file,
     return entry.isThere() && entry.node->life() == file.life ? 0 : -ENODEV;
 }
 
+// What a reader gets is made when it begins and kept with its open file: two readers of one node
+// never see each other's halves.
 int Hardware::generate(OpenFile& file) {
     const NodeFault fault = file.entry->fault;
     file.content = {};
@@ -244,6 +257,7 @@ int Hardware::read(uint64_t number, char* buffer, size_t size, off_t offset,
     return error != 0 ? error : static_cast<int>(copy(file.content, offset, buffer, size));
 }
 
+// The offset means nothing: a record is a record wherever it is written to.
 int Hardware::write(uint64_t number, const std::string& record, Interrupted interrupted) {
     std::unique_lock lock(mMutex);
     OpenFile& file = mOpen.at(number);
@@ -251,6 +265,8 @@ int Hardware::write(uint64_t number, const std::string& record, Interrupted inte
     return error != 0 ? error : file.entry->node->write(record);
 }
 
+// The node answers first and the fault is laid over it, so that a request which the node does not
+// know stays unknown.
 int Hardware::ioctl(uint64_t number, unsigned request, void* argument, Interrupted interrupted) {
     std::unique_lock lock(mMutex);
     OpenFile& file = mOpen.at(number);

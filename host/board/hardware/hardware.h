@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "host/board/hardware/node.h"
-#include "host/run/board_state.h"
+#include "host/run/control.h"
 #include "host/run/faults.h"
 
 namespace tarq::board {
@@ -38,7 +38,8 @@ class Hardware {
     bool has(const std::string& path);
 
     // The path of a node given by name or path, also of one that is not there at present. Throws
-    // std::invalid_argument with all that there are.
+    // std::invalid_argument with all that there are. A name counts before a path. What a Part
+    // performs itself has a name too, but is not listed: the part lists it.
     std::string find(const std::string& nameOrPath);
 
     // They act at once, also on what is open. For a path of find(). set() throws
@@ -52,7 +53,8 @@ class Hardware {
     // By path, what plain files can stand in for.
     std::map<std::string, std::string> plainContents();
 
-    // Of all nodes, by path.
+    // Of all nodes, by path. One that is not there, by its fault or as a line that is not exported,
+    // is told as absent.
     std::vector<host::NodeState> states();
 
     // All calls that wait return, and none waits any more.
@@ -60,13 +62,16 @@ class Hardware {
 
     // ---- for the file system; results are 0, a count, or a negative errno ----
 
-    // file: the number that open() has given; good until close(), after all calls on it.
+    // file: the number that open() has given; good until close(), after all calls on it. As stat
+    // has it: every file belongs to the user of the board, whoever looks.
     int attributes(const std::string& path, struct stat* status);
     // The names right below the directory; none when it is no directory.
     std::set<std::string> list(const std::string& path);
     int readLink(const std::string& path, std::string* target);
     int open(const std::string& path, int flags, uint64_t* file);
     void close(uint64_t file);
+    // They wait while the node is held or slow, and end with -EINTR when the caller is told to go
+    // away, with -ENODEV when the file is dead.
     int read(uint64_t file, char* buffer, size_t size, off_t offset, Interrupted interrupted);
     int write(uint64_t file, const std::string& record, Interrupted interrupted);
     int ioctl(uint64_t file, unsigned request, void* argument, Interrupted interrupted);

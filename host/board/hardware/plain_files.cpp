@@ -59,6 +59,7 @@ void PlainFiles::write(const std::string& path, const std::string& content) {
     fs::rename(next, file);  // a reader sees the old one or the new one
 }
 
+// Both names are the same file for a moment; then the link takes the place of one of them.
 std::unique_ptr<Node> PlainFiles::adopt(const std::string& path) {
     if (!fs::is_regular_file(mBoard.device(path)))
         throw std::invalid_argument("there is no such file");
@@ -87,6 +88,8 @@ fs::path PlainFiles::aside(const std::string& path) const {
     return mBoard.aside() + path;
 }
 
+// The paths are listed first, because giving one back takes it out of the directory that is being
+// walked.
 void PlainFiles::giveAllBack() {
     const fs::path top = mBoard.aside();
     if (!fs::exists(top)) return;

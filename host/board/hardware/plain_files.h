@@ -23,9 +23,12 @@ class PlainFiles {
     // True for a path below /vendor or /data, whether the file is there or not.
     static bool holds(const std::string& path);
 
-    // path: the device's. They throw std::exception when there is no such file, or no way to it.
+    // path: the device's. They throw std::exception when there is no such file, or no way to it. A
+    // reader sees the old content or the new one, and one that has the file open keeps the old one.
     void write(const std::string& path, const std::string& content);  // also makes a new one
     std::unique_ptr<Node> adopt(const std::string& path);
+    // What somebody has put in the place of the link meanwhile stays, and what waited aside is gone
+    // then.
     void giveBack(const std::string& path);
 
   private:

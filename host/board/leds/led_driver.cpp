@@ -40,6 +40,7 @@ std::string LedDriver::write(const std::string& attribute, const std::string& re
     return isStep ? mTransfer->addStep(fields) : mTransfer->setParameter(fields);
 }
 
+// Without a prefix, and of a colour without leading zeros, as the driver prints them.
 bool LedDriver::read(const std::string& attribute, std::string* text) const {
     if (attribute != "get_color" && attribute != "get_brightness") return false;
     const uint32_t value =
@@ -77,6 +78,8 @@ std::string LedDriver::select(Fields& fields, size_t* selected) const {
     return wrong;
 }
 
+// Everything is read before anything is set, as with every record. It begins now, also where the
+// same was set before.
 std::string LedDriver::setStandby(Fields& fields, int64_t now) {
     const size_t id = led(fields);
     Standby standby;
@@ -91,6 +94,7 @@ std::string LedDriver::setStandby(Fields& fields, int64_t now) {
     return wrong;
 }
 
+// A 2 stops what is played; a transfer that has begun goes on.
 std::string LedDriver::setState(Fields& fields, int64_t now) {
     const uint32_t state = fields.hex("state", 0, 2);
     std::string wrong = fields.wrong();
@@ -101,6 +105,8 @@ std::string LedDriver::setState(Fields& fields, int64_t now) {
     return "";
 }
 
+// An effect that lacks a parameter is refused but kept: the transfer goes on, and may bring what is
+// missing.
 std::string LedDriver::endTransfer(int64_t now) {
     if (!mTransfer) return kNoTransfer;
     const std::string missing = mTransfer->missing();
@@ -112,6 +118,7 @@ std::string LedDriver::endTransfer(int64_t now) {
 
 // ---- what is shown ----
 
+// Nothing where no stand-by effect goes on, so that what was set shows.
 std::optional<uint32_t> LedDriver::Standby::shown(int64_t now) const {
     const int64_t elapsed = now - start;
     if (type == kNone || (periods > 0 && elapsed / period >= periods)) return std::nullopt;
@@ -123,6 +130,7 @@ std::optional<uint32_t> LedDriver::Standby::shown(int64_t now) const {
     return dimmed(colour, level);
 }
 
+// The effect is shown in the brightness that the LED has; the stand-by effect has its own.
 uint32_t LedDriver::shown(size_t led, int64_t now) const {
     const Led& state = mLeds[led];
     if (mEffect && mEffect->names(led)) {

@@ -32,18 +32,22 @@
 
 namespace tarq::board {
 
+constexpr size_t kMostLeds = 255;  // that a driver has
+
 // For one thread at a time. Times are in ms of any clock that does not go back.
 class LedDriver {
   public:
-    // count: 1 to 255.
+    // count: 1 to kMostLeds.
     explicit LedDriver(size_t count) : mLeds(count) {}
 
-    // Why the record is refused, for people; "" when it is taken.
+    // Why the record is refused, for people; "" when it is taken. A newline at the end, as echo
+    // appends it, is white space like any other.
     std::string write(const std::string& attribute, const std::string& record, int64_t now);
     // False for an attribute that has nothing to read.
     bool read(const std::string& attribute, std::string* text) const;
 
-    // The colours to be seen, RRGGBB, one for each LED.
+    // The colours to be seen, RRGGBB, one for each LED. now: not before the time of the last
+    // record. An effect that is over keeps its last colours.
     std::vector<uint32_t> shown(int64_t now) const;
     // What was played last and not stopped; null if there is none.
     const LedEffect* effect() const { return mEffect ? &*mEffect : nullptr; }

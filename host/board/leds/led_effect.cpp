@@ -35,7 +35,7 @@ int64_t Fields::within(const std::string& shown, int64_t number, int64_t min, in
     return min;
 }
 
-// People count in decimal, so it is told in both.
+// People count in decimal, so it is told in both; the daemon writes -1 as ffffffff.
 uint32_t Fields::hex(const char* name, uint32_t min, uint32_t max) {
     const std::string text = word(name);
     if (!isNumber(text, 16)) {
@@ -43,7 +43,9 @@ uint32_t Fields::hex(const char* name, uint32_t min, uint32_t max) {
         return min;
     }
     const int64_t number = strtoll(text.c_str(), nullptr, 16);
-    std::string shown = std::string(name) + " " + std::to_string(number);
+    const bool isNegative = number > INT32_MAX && number <= UINT32_MAX;
+    std::string shown = std::string(name) + " " +
+                        std::to_string(isNegative ? static_cast<int32_t>(number) : number);
     if (number > 9) shown += " (hexadecimal " + text + ")";
     return static_cast<uint32_t>(within(shown, number, min, max));
 }
@@ -78,6 +80,7 @@ static const std::map<std::string, std::pair<int64_t, int64_t>>& parameters() {
     return ranges;
 }
 
+// One that is given again counts as it was given last.
 std::string LedEffect::setParameter(Fields& record) {
     const std::string name = record.word("the parameter");
     const auto range = parameters().find(name);
@@ -111,6 +114,7 @@ int64_t LedEffect::firstS() const {
     return mSteps.empty() ? 1 : mSteps.begin()->second.front().end;
 }
 
+// In ms, of any LED: a picture with longer frames would miss it.
 int64_t LedEffect::shortestStep() const {
     int64_t shortest = duration();
     for (const auto& [led, steps] : mSteps) {
@@ -122,6 +126,8 @@ int64_t LedEffect::shortestStep() const {
     return shortest;
 }
 
+// The steps of an LED are repeated from their own end on, so LEDs whose steps differ in length
+// drift apart within the duration. One that plays once stays at its last moment.
 uint32_t LedEffect::colour(size_t led, int64_t elapsed) const {
     const std::vector<Step>& steps = mSteps.at(led);
     const int64_t now = loops() ? elapsed % duration() : std::min(elapsed, duration() - 1);

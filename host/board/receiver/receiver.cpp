@@ -19,8 +19,8 @@
 #include <system_error>
 #include <thread>
 
+#include "host/run/descriptors.h"
 #include "host/run/receiver_wire.h"
-#include "host/run/socket.h"
 #include "host/run/text.h"
 
 namespace tarq::board {
@@ -57,6 +57,7 @@ Words Receiver::names(const std::string& command) const {
     return command == "set" ? Words{"receiver_status", "receiver_rssi"} : Words{};
 }
 
+// A wrong number changes nothing; a state that was set is told at once.
 bool Receiver::perform(const Words& words) {
     if (words[0] == "key" && (words.size() == 5 || words.size() == 6)) {
         std::vector<int32_t> key;
@@ -87,7 +88,8 @@ void Receiver::tell(std::vector<host::NodeState>* nodes) const {
                       host::nameOf(host::kReceiverFaults, mFault)});
 }
 
-// An absent one has the state of none.
+// An absent one has the state of none. A reader must never see half of it, so a new file is moved
+// into the place of the old one.
 void Receiver::tellState() const {
     const bool isAbsent = mFault == host::ReceiverFault::kAbsent;
     const std::string next = mBoard.directory + host::kRadio + "/next";
@@ -97,7 +99,8 @@ void Receiver::tellState() const {
     fs::rename(next, mBoard.directory + host::kReceiverState);
 }
 
-// key: three values, the frequency, and perhaps the signal strength in dBm.
+// key: three values, the frequency, and perhaps the signal strength in dBm. A key that arrives
+// changes what the receiver hears, until the next one.
 void Receiver::receive(const std::vector<int32_t>& key) {
     const auto refuse = [](const std::string& why) {
         throw std::runtime_error("not heard: " + why);
@@ -108,7 +111,11 @@ void Receiver::receive(const std::vector<int32_t>& key) {
     const host::Reception reception = {key[0], key[1], key[2], rssiDBm};
     const int program = connectToListener(key[3]);
     setsockopt(program, SOL_SOCKET, SO_SNDTIMEO, &kPatience, sizeof(kPatience));
-    const bool isTaken = send(program, &reception, sizeof(reception), 0) == sizeof(reception);
+    ssize_t sent;
+    do {  // a board that was stopped meanwhile and goes on gets EINTR
+        sent = send(program, &reception, sizeof(reception), 0);
+    } while (sent < 0 && errno == EINTR);
+    const bool isTaken = sent == sizeof(reception);
     const bool isLate = !isTaken && errno == EAGAIN;
     close(program);
     if (isLate) refuse("nobody takes what it receives");
@@ -131,6 +138,7 @@ int Receiver::connectToListener(int32_t frequency) const {
     }
 }
 
+// A socket that nobody has open was left by a program that was killed, and tells nothing.
 std::optional<int32_t> Receiver::tunedFrequency() const {
     for (const fs::directory_entry& entry :
          fs::directory_iterator(mBoard.directory + host::kRadio)) {
@@ -143,6 +151,7 @@ std::optional<int32_t> Receiver::tunedFrequency() const {
     return std::nullopt;
 }
 
+// The commonest mistake is a key at another frequency, which the refusal names.
 std::string Receiver::whyNobodyListens(int32_t frequency) const {
     const std::optional<int32_t> tuned = tunedFrequency();
     if (!tuned) return "no program listens";

@@ -1,5 +1,6 @@
 // The receiver of remote keys. Programs reach it through their libradiokey, as
-// host/run/receiver_wire.h says.
+// host/run/receiver_wire.h says. It has no thread: all that it does is done by whoever sends it a
+// command.
 #pragma once
 
 #include <stdint.h>
@@ -21,7 +22,8 @@ class Receiver : public Part {
     Receiver(const Receiver&) = delete;
     Receiver& operator=(const Receiver&) = delete;
 
-    // Switches it on. Throws std::exception.
+    // Switches it on. Throws std::exception. From then on programs find it, also those that were
+    // started earlier.
     void open(const host::Board& board);
 
     std::vector<std::string> names(const std::string& command) const override;

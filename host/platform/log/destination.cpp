@@ -14,7 +14,7 @@
 
 #include <algorithm>
 
-#include "host/run/standard_descriptors.h"
+#include "host/run/descriptors.h"
 
 namespace tarq::host {
 

@@ -12,8 +12,8 @@
 #include <optional>
 #include <utility>
 
+#include "host/run/descriptors.h"
 #include "host/run/receiver_wire.h"
-#include "host/run/standard_descriptors.h"
 
 namespace {
 

@@ -8,16 +8,17 @@
 
 #include <filesystem>
 
+#include "host/run/board.h"
 #include "host/run/control.h"
-#include "host/run/lock.h"
-#include "host/run/socket.h"
-#include "tools/tarqctl/ask/as_root.h"
-#include "tools/tarqctl/ask/time_limit.h"
+#include "host/run/descriptors.h"
+#include "tools/tarqctl/ask/limits.h"
+#include "tools/tarqctl/session.h"
 
 namespace tarq::tools {
 
 namespace fs = std::filesystem;
 
+// Boards that run elsewhere than where `up` keeps them have to be named.
 static host::Board onlyRunningBoard(const Session& session) {
     const std::vector<host::Board> boards = host::runningBoards();
     if (boards.empty()) {
@@ -40,8 +41,12 @@ const char* howToStart(int error) {
     return error == EACCES ? "scripts/run --shared" : "scripts/run";
 }
 
+static std::string hasEnded(const Session& session) {
+    return "the board in " + session.board.directory + " has ended";
+}
+
 Failure boardEnded(const Session& session) {
-    return session.failure("no_board", "the board ended", howToStart(0));
+    return session.failure("no_board", hasEnded(session), howToStart(0));
 }
 
 void openBoard(Session& session) {
@@ -58,6 +63,7 @@ void openBoard(Session& session) {
     host::setProcessBoard(session.board);
 }
 
+// A board that is stopped takes connections and never answers, so the wait has a limit.
 static host::Answer answerTo(const Session& session, const std::vector<std::string>& words) {
     const TimeLimit limit(session, [&] { return noAnswer(session, "the board hangs"); });
     return host::askBoard(session.board, words);
@@ -65,16 +71,14 @@ static host::Answer answerTo(const Session& session, const std::vector<std::stri
 
 // A killed board leaves its socket, which refuses.
 static std::string cannotAsk(const Session& session, int error) {
-    if (error == ECONNREFUSED || error == ECONNRESET) {
-        return "the board in " + session.board.directory + " has ended";
-    }
+    if (error == ECONNREFUSED || error == ECONNRESET) return hasEnded(session);
     if (error == ENOENT) return "no board runs in " + session.board.directory;
     return "no board can be asked in " + session.board.directory + ": " + host::socketError(error);
 }
 
 // One that may be opened but not asked is shared already, and obeys who started it.
 static std::string hintAt(const Session& session, int error) {
-    return error == EACCES ? asRoot(session) : howToStart(error);
+    return error == EACCES ? session.asRoot() : howToStart(error);
 }
 
 std::string askBoard(const Session& session, const std::vector<std::string>& words) {
@@ -84,6 +88,7 @@ std::string askBoard(const Session& session, const std::vector<std::string>& wor
                           hintAt(session, answer.error));
 }
 
+// A board that answers with something else speaks of other things than this tool knows.
 std::string askState(const Session& session, host::BoardState* state, std::string* hint) {
     const host::Answer answer = answerTo(session, {"board"});
     *hint = hintAt(session, answer.error);

@@ -8,7 +8,7 @@
 #include <host/binder_door.h>
 #include <unistd.h>
 
-#include "host/run/socket.h"
+#include "host/run/descriptors.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/known_services.h"
 
@@ -20,6 +20,8 @@ using android::String16;
 using android::String8;
 using android::binder::Status;
 
+// Where a daemon has run its log may tell why it does not any more, so that is what to look at
+// next.
 Failure notListening(const Session& session, int error) {
     if (error == EPROTONOSUPPORT) {
         return session.failure(
@@ -63,6 +65,7 @@ sp<IBinder> Daemon::find(const String16& name) {
     return android::defaultServiceManager()->checkService(name);
 }
 
+// Why a service is absent is worked out for those that are known; of another name nothing is known.
 sp<IBinder> Daemon::require(const String16& name) const {
     const sp<IBinder> service = find(name);
     if (service != nullptr) return service;

@@ -1,4 +1,5 @@
-// Asking the daemon, with everything that can go wrong before there is an answer.
+// Asking the daemon, with everything that can go wrong before there is an answer. A Daemon is made
+// for a call or a few, and not kept while a command prints: its time runs.
 #pragma once
 
 #include <binder/IInterface.h>
@@ -6,7 +7,7 @@
 
 #include <string>
 
-#include "tools/tarqctl/ask/time_limit.h"
+#include "tools/tarqctl/ask/limits.h"
 #include "tools/tarqctl/session.h"
 
 namespace tarq::tools {
@@ -26,7 +27,8 @@ class Daemon {
     // the sentence "no answer after 10 s: …".
     Daemon(Session& session, const std::string& likelyCause, const Asked& asked = {});
 
-    // Null if nothing is registered under the name.
+    // Null if nothing is registered under the name. Within the life of a Daemon, since it may have
+    // to wait for an answer.
     static android::sp<android::IBinder> find(const android::String16& name);
 
     // Throws a Failure if the service is not registered.
@@ -35,7 +37,9 @@ class Daemon {
         return android::interface_cast<Interface>(require(name));
     }
 
-    // Throws the Failure that a call's status stands for.
+    // Throws the Failure that a call's status stands for. A call that was not delivered is a call
+    // that could not be asked (exit code 2); a service that answered with an exception has said no
+    // (1).
     void expectOk(const android::binder::Status& status) const;
 
   private:

@@ -1,3 +1,6 @@
+// A file is followed by looking at it every 20 ms, which costs little and needs nothing of the
+// system. Whether the board still runs is asked before each look, so that the last look sees all
+// that it has written.
 #include "tools/tarqctl/ask/follow.h"
 
 #include <errno.h>
@@ -9,9 +12,9 @@
 #include <ostream>
 #include <thread>
 
-#include "host/run/lock.h"
+#include "host/run/board.h"
 #include "tools/tarqctl/ask/board.h"
-#include "tools/tarqctl/ask/interrupt.h"
+#include "tools/tarqctl/ask/limits.h"
 
 namespace tarq::tools {
 
@@ -21,6 +24,8 @@ void addFollow(CLI::App& app, bool* follows) {
                  "which is exit code 2");
 }
 
+// Ctrl-C is how following is meant to end, so it is done then. A printer that fails, as on a pipe
+// whose reader has gone, ends it after that look.
 int printFile(const Session& session, const std::string& path, bool follows,
               const host::GrowingFile::TakeLine& print) {
     // Every line has been flushed, so that there is nothing left to do.
@@ -37,6 +42,7 @@ int printFile(const Session& session, const std::string& path, bool follows,
     return 0;
 }
 
+// A record that cannot be read is asked of the board, which alone knows whether it keeps one.
 void requireRecord(const Session& session, const std::string& path, const std::string& question) {
     if (access(path.c_str(), R_OK) == 0) return;
     const int error = errno;
@@ -45,6 +51,7 @@ void requireRecord(const Session& session, const std::string& path, const std::s
                           howToStart(error));
 }
 
+// It may be gone between the two looks, as of a board that ends.
 void printRecord(const Session& session, const std::string& path, const std::string& question,
                  bool follows, const host::GrowingFile::TakeLine& print) {
     requireRecord(session, path, question);
@@ -53,6 +60,8 @@ void printRecord(const Session& session, const std::string& path, const std::str
     throw session.failure("no_record", path + ": " + strerror(error), howToStart(error));
 }
 
+// A reader that has had enough, such as head, is no failure. The board's end is exit code 2, as the
+// help says.
 int printed(const Session& session, bool follows) {
     if (!follows || !session.out.good()) return kDone;
     throw boardEnded(session);

@@ -1,4 +1,5 @@
-// Printing a file of the board line by line.
+// Printing a file of the board line by line. It is what log -f, trace -f and serial -f have in
+// common.
 #pragma once
 
 #include "host/run/growing_file.h"
@@ -10,17 +11,19 @@ class App;
 
 namespace tarq::tools {
 
-// Declares -f.
+// Declares -f. The flag has to live as long as the app.
 void addFollow(CLI::App& app, bool* follows);
 
 // Hands over every line, and if so wished what is added afterwards: until Ctrl-C, which ends the
 // process as done, until the board ends, or until nothing can be printed any more. An errno when
-// there is no such file.
+// there is no such file. All that was written up to the board's end is handed over, a last line
+// without its newline too.
 int printFile(const Session& session, const std::string& path, bool follows,
               const host::GrowingFile::TakeLine& print);
 
 // The same for a record that the board keeps of a part, after it was found out to be there: "trace"
-// and "serial" ask for it. Throws a Failure with the board's reason when there is none.
+// and "serial" ask for it. Throws a Failure with the board's reason when there is none. A board
+// that answers has a reason of its own, such as that no LEDs are fitted; else it is the system's.
 void requireRecord(const Session& session, const std::string& path, const std::string& question);
 void printRecord(const Session& session, const std::string& path, const std::string& question,
                  bool follows, const host::GrowingFile::TakeLine& print);

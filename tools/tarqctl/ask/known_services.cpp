@@ -21,6 +21,7 @@ static std::string descriptor() {
     return android::String8(Interface::descriptor).string();
 }
 
+// A service that its daemon always has needs no property.
 const std::vector<KnownService>& knownServices() {
     static const std::vector<KnownService>& services = *new std::vector<KnownService>{
             {descriptor<com::tarq::hardwareInfo::IHardwareInfoService>(), nullptr},
@@ -32,16 +33,27 @@ const std::vector<KnownService>& knownServices() {
     return services;
 }
 
+// "" for a property that is not set, which cannot be told from one that is empty.
 static std::string property(const char* name) {
     char value[PROPERTY_VALUE_MAX];
     property_get(name, value, "");
     return value;
 }
 
-bool isEnabled(const KnownService& service) {
-    return service.enabledBy == nullptr || property(service.enabledBy) == "true";
+const KnownService* findKnown(const std::string& name) {
+    for (const KnownService& service : knownServices()) {
+        if (service.name == name) return &service;
+    }
+    return nullptr;
 }
 
+std::string whySwitchedOff(const KnownService& service) {
+    if (service.enabledBy == nullptr || property(service.enabledBy) == "true") return "";
+    return std::string("property ") + service.enabledBy + " is not \"true\"";
+}
+
+// The check publishes its result in a property when it ends, whatever that is; it is asked there,
+// since the daemon answers nobody meanwhile.
 std::string startupCheck() {
     const bool runs = property("ro.vendor.zigbee_check_enable") == "true" &&
                       property("ro.vendor.zigbee.info").empty();
@@ -50,23 +62,18 @@ std::string startupCheck() {
                 : "";
 }
 
-std::string startupCheckBefore(const std::string& name) {
-    const std::vector<KnownService>& services = knownServices();
-    const bool waits = std::any_of(services.begin(), services.end(), [&](const auto& service) {
-        return service.name == name && service.isBehindCheck;
-    });
-    return waits ? startupCheck() : "";
+std::string startupCheckBefore(const KnownService& service) {
+    return service.isBehindCheck ? startupCheck() : "";
 }
 
 std::string whyAbsent(const std::vector<KnownService>& services, const std::vector<bool>& present,
                       size_t index) {
     const KnownService& service = services[index];
-    if (!isEnabled(service)) {
-        return std::string("property ") + service.enabledBy + " is not \"true\"";
-    }
+    const std::string off = whySwitchedOff(service);
+    if (!off.empty()) return off;
     const bool passedOver = std::any_of(present.begin() + static_cast<std::ptrdiff_t>(index) + 1,
                                         present.end(), [](bool later) { return later; });
-    const std::string check = service.isBehindCheck && !passedOver ? startupCheck() : "";
+    const std::string check = passedOver ? "" : startupCheckBefore(service);
     if (!check.empty()) return check;
     std::string why = passedOver ? "" : "the daemon is still starting, or ";
     why += "its registration was refused, see the log";

@@ -5,14 +5,13 @@
 
 #include <CLI/App.hpp>
 #include <stdexcept>
+#include <string_view>
 
 #include "host/run/records.h"
 #include "host/run/text.h"
-#include "tools/tarqctl/command_line.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/print_json.h"
 #include "tools/tarqctl/user_input.h"
-#include "tools/tarqctl/view/frame_printer.h"
+#include "tools/tarqctl/view/frames.h"
 #include "tools/tarqctl/view/hex_text.h"
 
 namespace tarq::tools {
@@ -21,6 +20,7 @@ namespace {
 
 using board::ash::Bytes;
 
+// A frame has at most 300 bytes on the line, so a line of `serial --json` is far below that.
 constexpr size_t kMaxJsonLine = 65536;  // in bytes
 
 struct Options {
@@ -28,24 +28,48 @@ struct Options {
     std::vector<std::string> more;  // what else was given, by mistake
 };
 
+// The bytes of marks that editors put in front of UTF-8, UTF-16 and UTF-32.
+constexpr std::string_view kOfMarks("\xef\xbb\xbf\xff\xfe\0", 6);
+
+// A line that begins with a brace is JSON, all else is hexadecimal; the two may be mixed line by
+// line.
 class Capture {
   public:
     explicit Capture(const Session& session) : mPrinter(session, {}) {}
 
     // The next character. Throws std::invalid_argument, "LINE:COLUMN: what is wrong" or "LINE: …".
     void take(char c) {
+        const bool mayBeMark = mHasMark && mMark.size() < 4 && kOfMarks.find(c) != kOfMarks.npos;
+        if (mayBeMark) {
+            mMark += c;
+            return;
+        }
+        if (mHasMark) endMark();
+        takeText(c);
+    }
+    void finish() {
+        if (mHasMark) endMark();
+        if (!mJson.empty()) endJson();
+        mHex.finish();
+        mPrinter.finish();
+    }
+    // That of the text, if its first bytes tell one that is not read.
+    std::string encoding() const { return wideEncodingOf(mMark); }
+
+  private:
+    // A text may begin with the mark of UTF-8, and with no other.
+    void endMark() {
+        mHasMark = false;
+        if (!encoding().empty()) throw std::invalid_argument("1: it is text in " + encoding());
+        if (mMark == kByteOrderMark) return;
+        for (const char c : mMark) takeText(c);
+    }
+    void takeText(char c) {
         const bool isJson = !mJson.empty() || (c == '{' && mIsLineBlank);
         mIsLineBlank = c == '\n' || (mIsLineBlank && (c == ' ' || c == '\t'));
         if (isJson) return takeJson(c);
         takeHex(c);
     }
-    void finish() {
-        if (!mJson.empty()) endJson();
-        mHex.finish();
-        mPrinter.finish();
-    }
-
-  private:
     void takeHex(char c) {
         uint8_t byte = 0;
         if (mHex.take(c, &byte)) mPrinter.take({}, {byte});
@@ -65,7 +89,9 @@ class Capture {
 
     FramePrinter mPrinter;
     HexText mHex;
-    std::string mJson;  // the line so far
+    std::string mMark;     // the first characters, as long as they may be a mark
+    bool mHasMark = true;  // or may have one
+    std::string mJson;     // the line so far
     bool mIsLineBlank = true;
 };
 
@@ -93,7 +119,8 @@ void Capture::endJson() {
     mPrinter.take(origin, Bytes(bytes.begin(), bytes.end()));
 }
 
-// People give the bytes themselves where a file is expected.
+// People give the bytes themselves where a file is expected. What can be read as bytes and is no
+// file is answered with the command line that was meant.
 void refuseBytesAsFile(const Session& session, const Options& options) {
     std::vector<std::string> words = options.more;
     words.insert(words.begin(), options.file);
@@ -107,7 +134,7 @@ void refuseBytesAsFile(const Session& session, const Options& options) {
         if (isOne) return;
         throw session.failure("usage",
                               "one file is read, " + std::to_string(words.size()) + " were given",
-                              "tarqctl ash --help");
+                              session.help());
     }
     throw session.failure("usage", "there is no file of that name; bytes come on standard input",
                           "echo " + shellQuoted(text) + " | tarqctl ash");
@@ -120,7 +147,12 @@ int print(const Session& session, const Options& options) {
         readCharacters(session, options.file, [&capture](char c) { capture.take(c); });
         capture.finish();
     } catch (const std::invalid_argument& wrong) {
-        throw session.failure("bad_hex", options.file + ":" + wrong.what(), "tarqctl ash --help");
+        const std::string wide = capture.encoding();
+        const std::string read = options.file == "-" ? "FILE" : shellQuoted(options.file);
+        throw session.failure(
+                "bad_hex", options.file + ":" + wrong.what(),
+                wide.empty() ? session.help()
+                             : "iconv -f " + wide + " -t UTF-8 " + read + " | tarqctl ash");
     }
     return kDone;
 }

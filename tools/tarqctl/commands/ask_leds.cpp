@@ -3,13 +3,12 @@
 // both, by its operation, arguments and records, before it is called done.
 #include <algorithm>
 
-#include "host/run/lock.h"
+#include "host/run/board.h"
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/daemon.h"
-#include "tools/tarqctl/ask/led_refusals.h"
-#include "tools/tarqctl/command_line.h"
 #include "tools/tarqctl/commands/led_commands.h"
+#include "tools/tarqctl/log/led_outcome.h"
 #include "tools/tarqctl/view/effect_transfer.h"
 
 namespace tarq::tools {
@@ -18,16 +17,21 @@ using android::binder::Status;
 using com::tarq::rgbleds::IRgbLedsService;
 using Words = std::vector<std::string>;
 
+// A driver that refuses has done nothing, so a service that answers "done" was wrong about that.
+// Each refusal is a line, in the order in which the driver got them. It names attribute and text as
+// `trace` prints them.
 static void throwIfRefused(const Session& session, const std::vector<host::LedRecord>& refused) {
-    const size_t command = session.line.find(' ', session.line.find(' ') + 1);
     Words lines;
     for (const host::LedRecord& record : refused) {
         lines.push_back("the driver refuses " + record.attribute + " \"" + record.text +
                         "\": " + record.whyRefused);
     }
-    throwIfAny(session, lines, "tarqctl " + session.line.substr(0, command) + " --help");
+    throwIfAny(session, lines);
 }
 
+// Log and records are skipped to their ends before the call and read after it. The Daemon has ended
+// by the time that anything is printed, so that a slow reader is no time-out. On a board that has
+// ended no attribute can be opened, which is no refusal of the service.
 std::optional<LedCall> askLeds(Session& session, const std::string& operation,
                                const std::function<Status(IRgbLedsService&, LedAnswer*)>& call,
                                const Asked& asked) {
@@ -53,10 +57,7 @@ std::optional<LedCall> askLeds(Session& session, const std::string& operation,
         throwIfRefused(session, refused);
         return logged;
     }
-    if (!opened && !host::isRunning(session.board)) {
-        throw session.failure("no_board", "the board in " + session.board.directory + " has ended",
-                              howToStart(0));
-    }
+    if (!opened && !host::isRunning(session.board)) throw boardEnded(session);
     throw session.failure("attribute",
                           opened ? "the service said no, and its log does not tell why"
                                  : "the daemon cannot open " + joined(logged->notOpened),

@@ -1,5 +1,6 @@
 // board: what the board plays at present, and what was done to it. A GPIO line has its files only
-// while it is exported, as on a device, so it is absent before that.
+// while it is exported, as on a device, so it is absent before that. A part that is no file, such
+// as the receiver, has no path.
 #include <CLI/App.hpp>
 #include <algorithm>
 #include <ostream>
@@ -7,14 +8,17 @@
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
 
+// Two blanks are between columns. Names and paths are ASCII once they are escaped, but for what a
+// user has put there.
 static std::string cell(const std::string& text, size_t width) {
     return text + std::string(width - text.size() + 2, ' ');
 }
 
+// Its title is a row like any other. No state is wider than ten characters. A node without a fault
+// has a dash, so that those with one are seen.
 static std::string tableOf(std::vector<host::NodeState> nodes) {
     nodes.insert(nodes.begin(), {"node", "path", "state", "fault"});
     for (host::NodeState& node : nodes) {
@@ -34,6 +38,9 @@ static std::string tableOf(std::vector<host::NodeState> nodes) {
     return text;
 }
 
+// The JSON is what the board has answered, with its directory in front. Without FUSE the reason is
+// the system's, so it may hold anything and is escaped. A board that cannot be asked is exit code
+// 2, like any question that has no answer.
 static int board(Session& session) {
     openBoard(session);
     host::BoardState state;

@@ -14,13 +14,15 @@
 #include "tools/tarqctl/log/log_source.h"
 #include "tools/tarqctl/log/saved_log.h"
 #include "tools/tarqctl/match/explanation.h"
-#include "tools/tarqctl/match/log.h"
+#include "tools/tarqctl/match/match_log.h"
+#include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
 
 namespace {
 
-// One text of the file, or one member of an archive.
+// One text of the file, or one member of an archive. A log is read into it line by line and asked
+// for its requests at the end.
 struct Log {
     explicit Log(std::string name) : member(std::move(name)) {}
 
@@ -31,15 +33,8 @@ struct Log {
 };
 using Logs = std::vector<std::unique_ptr<Log>>;
 
-Json orNull(const std::string& text) {
-    return text.empty() ? Json(nullptr) : Json(text);
-}
-
-Json orNull(int id) {
-    return id == 0 ? Json(nullptr) : Json(id);
-}
-
-// What the log's format tells of it: "05-01 10:00:00.123  pid 512  tid 530  in FS/log.txt".
+// What the log's format tells of it: "05-01 10:00:00.123  pid 512  tid 530  in FS/log.txt". Some
+// formats tell neither time nor thread, and one text alone has no name.
 std::string titleOf(const std::string& member, const MatchRequest& request) {
     std::string title = request.time;
     const auto add = [&title](const std::string& text) {
@@ -87,12 +82,12 @@ std::string read(const Session& session, const std::string& file, Logs* logs) {
         if (file != "-" && !opened.is_open()) throw std::runtime_error(strerror(errno));
         return readLog(file == "-" ? session.in : opened, sink);
     } catch (const std::runtime_error& error) {
-        throw session.failure("cannot_read", file + ": " + error.what(),
-                              "tarqctl explain-log --help");
+        throw session.failure("cannot_read", ofFile(session, file, error.what()), session.help());
     }
 }
 
-// Why nothing can be told.
+// Why nothing can be told. The most that can be said: a log without tags, a log without a request,
+// or no log at all.
 std::string whyNothing(const Logs& logs, const std::string& kind) {
     const auto any = [&logs](const auto& is) {
         return std::any_of(logs.begin(), logs.end(), [&](const auto& log) { return is(*log); });
@@ -106,6 +101,7 @@ std::string whyNothing(const Logs& logs, const std::string& kind) {
     return kind == "empty" ? "it is empty" : "no line of any logcat format; it is " + kind;
 }
 
+// One no makes it a no, whatever else is unknown: that is what a script asks about.
 int explainLog(Session& session, const std::string& file) {
     Logs logs;
     const std::string kind = read(session, file, &logs);
@@ -122,10 +118,8 @@ int explainLog(Session& session, const std::string& file) {
         }
     }
     if (isFirst) {
-        throw session.failure(
-                "no_request",
-                (file == "-" ? "standard input" : file) + ": " + whyNothing(logs, kind),
-                "tarqctl explain-log --help");
+        throw session.failure("no_request", ofFile(session, file, whyNothing(logs, kind)),
+                              session.help());
     }
     return anyNo ? kServiceSaidNo : anyUnknown ? kCouldNotAsk : kDone;
 }

@@ -5,22 +5,24 @@
 #include "host/run/faults.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
 
 using Words = std::vector<std::string>;
 
-// Has the board do what the command line says, with the command's name in front.
+// Has the board do what the command line says, with the command's name in front. The words reach
+// the board one by one, so blanks in them need no quoting there. Nothing of them is checked here.
 static int tell(Session& session, const std::string& command, const Words& arguments) {
     openBoard(session);
     Words words = {command};
     words.insert(words.end(), arguments.begin(), arguments.end());
     const std::string refusal = askBoard(session, words);
     if (refusal.empty()) return printDone(session);
-    throw session.failure("refused", refusal, "tarqctl " + command + " --help", kServiceSaidNo);
+    throw session.failure("refused", refusal, session.help(), kServiceSaidNo);
 }
 
+// The words live in what is returned, and so does the name of the command. All of them are needed,
+// and one that is missing is told by the parser, with the usage.
 static Run declare(CLI::App& app, const std::string& command,
                    const std::vector<std::pair<const char*, std::string>>& arguments) {
     const auto words = std::make_shared<Words>(arguments.size());
@@ -30,8 +32,10 @@ static Run declare(CLI::App& app, const std::string& command,
     return [=](Session& session) { return tell(session, command, *words); };
 }
 
+// Which nodes there are the board tells, in `board` and in its refusal.
 static constexpr char kNode[] = "its name, such as touch_panel, or its path on the device";
 
+// What a value may be depends on the node, so the help has all of it.
 Run declareSet(CLI::App& app) {
     return declare(
             app, "set",
@@ -45,6 +49,7 @@ Run declareSet(CLI::App& app) {
               "begins with a dash"}});
 }
 
+// The faults are those of the board's own tables, so that the help cannot differ from what it does.
 Run declareFault(CLI::App& app) {
     return declare(app, "fault",
                    {{"NODE", kNode},

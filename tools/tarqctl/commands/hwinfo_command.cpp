@@ -7,7 +7,6 @@
 #include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/match/facts.h"
-#include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
 
@@ -26,7 +25,7 @@ static void printText(std::ostream& out, const std::vector<std::string>& items) 
     for (const std::string& item : items) out << item + "\n" << std::flush;
 }
 
-// A value may hold a colon, a name cannot.
+// A value may hold a colon, a name cannot. As an object, since no name is there twice.
 static Json asJson(const std::vector<std::string>& items) {
     Json peripherals = Json::object();
     for (const std::string& item : items) {

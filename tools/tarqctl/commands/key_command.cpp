@@ -11,7 +11,6 @@
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/print_json.h"
 #include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
@@ -21,6 +20,8 @@ namespace {
 using std::chrono::milliseconds;
 using Words = std::vector<std::string>;
 
+// One press of a key, as the receiver tells it to its users: what its three values mean is theirs
+// to know.
 struct Key {
     std::vector<int32_t> values;
     std::optional<int32_t> rssiDBm;  // none: as strong as what is heard now
@@ -58,11 +59,13 @@ Key parseKey(const std::string& line) {
             milliseconds(number("ms", 0, kMostMs))};
 }
 
+// Read whole before the first is sent, so that a mistake in the last line is not found in the
+// middle.
 std::vector<Key> readRecord(const Session& session, const std::string& file) {
     std::vector<Key> keys;
     int number = 0;
     const auto wrong = [&](const std::string& what) {
-        return session.failure("bad_record", file + what, "tarqctl key --help");
+        return session.failure("bad_record", file + what, session.help());
     };
     readLines(session, file, [&](const std::string& line) {
         ++number;
@@ -80,7 +83,8 @@ std::vector<Key> readRecord(const Session& session, const std::string& file) {
     return keys;
 }
 
-// One of so many, of which as many as sent were heard before.
+// One of so many, of which as many as sent were heard before. The board answers when a program has
+// the key in its queue, so a key that was sent is one that was heard.
 void send(const Session& session, const Key& key, int32_t frequency, size_t sent, size_t count) {
     Words words = {"key"};
     for (const int32_t value : key.values) words.push_back(std::to_string(value));
@@ -94,10 +98,13 @@ void send(const Session& session, const Key& key, int32_t frequency, size_t sent
                           session.next("radio status"), kServiceSaidNo);
 }
 
+// Times count from the first key, so that what one takes does not delay those behind it.
 int play(Session& session, const Options& options, bool hasRssi) {
-    if (options.values.empty() && options.record.empty()) {
-        throw session.failure("usage", "give the three values of a key, or --replay",
-                              "tarqctl key --help");
+    if (options.values.size() != 3 && options.record.empty()) {
+        throw session.failure("usage",
+                              "give the three values of a key, or --replay; " +
+                                      std::to_string(options.values.size()) + " are given",
+                              session.help());
     }
     openBoard(session);
     std::vector<Key> recorded;
@@ -121,7 +128,7 @@ Run declareKey(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     CLI::Option* values = addNumbers(app, "VALUES", "what the receiver tells of it, three numbers",
                                      &options->values);
-    values->expected(3);
+    values->expected(-1);
     const CLI::Option* rssi =
             addNumber(app, "--rssi",
                       "how strong it arrives, in dBm; as what was heard last,\nunless given",

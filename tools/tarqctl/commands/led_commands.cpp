@@ -7,12 +7,9 @@
 #include <CLI/App.hpp>
 #include <algorithm>
 #include <array>
-#include <ostream>
 
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"
-#include "tools/tarqctl/command_line.h"
-#include "tools/tarqctl/print_json.h"
 #include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
@@ -23,6 +20,7 @@ using Words = std::vector<std::string>;
 
 namespace {
 
+// What the arguments of any of the commands say; each fills what it has.
 struct Numbers {
     int32_t id = 0;
     int32_t colour = 0;
@@ -37,12 +35,15 @@ Words texts(std::initializer_list<int32_t> numbers) {
     return words;
 }
 
+// Of 32 bits, as the daemon hands numbers to the driver: -1 is ffffffff.
 std::string hex(int32_t number, const char* format = "%x") {
     char digits[9];
     snprintf(digits, sizeof(digits), format, static_cast<unsigned>(number));
     return digits;
 }
 
+// It may be negative: the daemon checks nothing, and the driver's refusal is part of what one may
+// want to see.
 CLI::Option* addId(CLI::App& app, Numbers& numbers) {
     return addNumber(app, "ID",
                      "of the LED, decimal, from 0 on; below 0 the driver gets 32\nbits: -1 is "
@@ -92,6 +93,8 @@ void requireSound(const Session& session, const std::string& attribute) {
     }
 }
 
+// The daemon answers with a number whatever happened, 0 for instance. So it is believed only where
+// a driver is there to be read and plays no fault.
 int32_t read(Session& session, const std::string& operation, const std::string& attribute,
              int32_t id, Status (IRgbLedsService::*get)(int32_t, int32_t*)) {
     int32_t value = 0;

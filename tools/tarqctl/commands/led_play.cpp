@@ -12,12 +12,11 @@
 #include <set>
 
 #include "common/device_file.h"
-#include "host/run/disk.h"
+#include "host/run/file_systems.h"
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"
-#include "tools/tarqctl/ask/led_refusals.h"
 #include "tools/tarqctl/commands/led_commands.h"
-#include "tools/tarqctl/print_json.h"
+#include "tools/tarqctl/log/led_outcome.h"
 #include "tools/tarqctl/user_input.h"
 #include "tools/tarqctl/view/effect_transfer.h"
 
@@ -26,7 +25,6 @@ namespace tarq::tools {
 namespace fs = std::filesystem;
 
 static constexpr char kFolder[] = "/vendor/etc/leds/";
-static constexpr char kHelp[] = "tarqctl led play --help";
 
 // The path for the daemon, which has another directory. A name with ".xml" may be a file here.
 static std::string fileOf(const std::string& word) {
@@ -49,8 +47,8 @@ static Failure noSuchEffect(const Session& session, const std::string& word, std
     for (const std::string& name : names) {
         why += (name == *names.begin() ? " " : ", ") + name;
     }
-    std::string hint =
-            names.empty() ? kHelp : session.next("led play " + shellQuoted(*names.begin()));
+    std::string hint = names.empty() ? session.help()
+                                     : session.next("led play " + shellQuoted(*names.begin()));
     for (const std::string& here : {word, word + ".xml"}) {
         if (!fs::is_regular_file(here, unreadable)) continue;
         why += "; " + here + " of this directory is another file";
@@ -59,11 +57,14 @@ static Failure noSuchEffect(const Session& session, const std::string& word, std
     return session.failure("not_loaded", why, hint, kServiceSaidNo);
 }
 
+// A path that does not exist is told by the system's own words; for a name those would be of a file
+// that nobody has typed.
 static bool isMissingName(const std::string& word, const std::string& file) {
     std::error_code error;
     return word.find('/') == std::string::npos && !fs::exists(deviceFile(file), error) && !error;
 }
 
+// The daemon tells only that it could not open or read the file; why is found by reading it here.
 static Failure notLoaded(const Session& session, const std::string& word, const std::string& file) {
     const std::string why = whyUnreadable(file);
     if (why.empty()) {
@@ -71,14 +72,14 @@ static Failure notLoaded(const Session& session, const std::string& word, const 
                                "ls -l " + shellQuoted(deviceFile(file)), kServiceSaidNo);
     }
     if (isMissingName(word, file)) return noSuchEffect(session, word, why);
-    return session.failure("not_loaded", why, kHelp, kServiceSaidNo);
+    return session.failure("not_loaded", why, session.help(), kServiceSaidNo);
 }
 
 // With the places in the file, as far as it can be read here.
 static std::vector<std::string> placed(const Session& session, const std::string& file,
                                        const std::vector<host::LedRecord>& refused) {
     EffectTransfer sent = {file, {}, std::nullopt};
-    if (whyUnreadable(file).empty()) sent = transferEffect(session, file, kMostLeds, kHelp);
+    if (whyUnreadable(file).empty()) sent = transferEffect(session, file, board::kMostLeds);
     std::vector<std::string> lines;
     auto from = sent.records.begin();
     for (const host::LedRecord& record : refused) {
@@ -95,6 +96,8 @@ static std::vector<std::string> placed(const Session& session, const std::string
     return lines;
 }
 
+// The service answers nothing of use, so without its log nothing is known of what became of the
+// file.
 static int play(Session& session, const std::string& word, const std::string& file) {
     openBoard(session);
     LedRefusals refusals(session.board.ledRecords());
@@ -121,10 +124,11 @@ static int play(Session& session, const std::string& word, const std::string& fi
     const auto isTransfer = [](const host::LedRecord& record) {
         return record.attribute.rfind("xml_effect_trans_", 0) == 0;
     };
-    throwIfAny(session, placed(session, file, refusals.find(isTransfer)), kHelp);
+    throwIfAny(session, placed(session, file, refusals.find(isTransfer)));
     return printDone(session);
 }
 
+// Members that say nothing are left out.
 static void printJson(const Session& session, const EffectRecord& record) {
     Json json;
     if (record.attribute.empty()) {
@@ -146,10 +150,10 @@ static void printJson(const Session& session, const EffectRecord& record) {
 static int playDry(Session& session, const std::string& word, const std::string& file) {
     const std::optional<size_t> leds = findLeds(session, file);
     if (isMissingName(word, file)) throw noSuchEffect(session, word, whyUnreadable(file));
-    const EffectTransfer transfer = transferEffect(session, file, leds.value_or(kMostLeds), kHelp);
+    const EffectTransfer transfer = transferEffect(session, file, leds.value_or(board::kMostLeds));
     if (!leds) {
         session.notice("no board tells how many LEDs there are; LEDs 0 to " +
-                       std::to_string(kMostLeds - 1) + " are taken to be there");
+                       std::to_string(board::kMostLeds - 1) + " are taken to be there");
     }
     bool isTaken = true;
     for (const EffectRecord& record : transfer.records) {

@@ -8,21 +8,21 @@
 #include <ostream>
 #include <thread>
 
-#include "host/run/lock.h"
+#include "host/run/board.h"
 #include "host/run/records.h"
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"
-#include "tools/tarqctl/ask/interrupt.h"
+#include "tools/tarqctl/ask/limits.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/print_json.h"
-#include "tools/tarqctl/view/draw_effect.h"
+#include "tools/tarqctl/view/effect_picture.h"
 #include "tools/tarqctl/view/leds.h"
 
 namespace tarq::tools {
 
 namespace {
 
-// The terminal's other screen, without a cursor; afterwards the usual one is as it was.
+// The terminal's other screen, without a cursor; afterwards the usual one is as it was. What was on
+// the terminal before is back afterwards, also when the command fails.
 class Screen {
   public:
     explicit Screen(std::ostream& out) : mOut(out) { mOut << "\x1b[?1049h\x1b[?25l"; }
@@ -53,6 +53,7 @@ class Screen {
     Colours mColours;
 };
 
+// ms is the time at which they were seen, by the clock of the records.
 void printColours(const Session& session, int64_t ms, const Colours& colours) {
     if (!session.json) {
         session.out << listed(colours) + "\n" << std::flush;
@@ -67,7 +68,8 @@ void printColours(const Session& session, int64_t ms, const Colours& colours) {
     printJson(session.out, {{"ms", ms}, {"leds", leds}});
 }
 
-// As blocks on a terminal; without one, or with --json or NO_COLOR, a line for each change.
+// As blocks on a terminal; without one, or with --json or NO_COLOR, a line for each change. A slow
+// terminal delays the next look and nothing else: what happened meanwhile is in the trace.
 void watch(const Session& session) {
     LedReplay leds(session);
     std::atomic<bool> isOver{false};

@@ -1,4 +1,6 @@
-// log [-f]: the file in which the board's daemon writes its log.
+// log [-f]: the file in which the board's daemon writes its log. Lines are passed on as they are,
+// so that those of another shape are there too. Colours are for a terminal alone, and go by the
+// priority.
 #include <string.h>
 
 #include <CLI/App.hpp>
@@ -8,7 +10,6 @@
 #include "tools/tarqctl/ask/follow.h"
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/log/log_line.h"
-#include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
 

@@ -2,21 +2,20 @@
 // are in the log that it wrote meanwhile, on whichever thread, beside the requests of others. Ours
 // is one with our items that came out as ours did.
 #include <com/tarq/hardwareInfo/IHardwareInfoService.h>
-#include <errno.h>
 #include <string.h>
 
 #include <CLI/App.hpp>
 #include <ostream>
 
-#include "host/run/disk.h"
+#include "host/run/file_systems.h"
 #include "host/run/growing_file.h"
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/match/asked_hardware.h"
 #include "tools/tarqctl/match/explanation.h"
-#include "tools/tarqctl/match/log.h"
+#include "tools/tarqctl/match/match_log.h"
 #include "tools/tarqctl/match/package_list.h"
+#include "tools/tarqctl/match/silent_probes.h"
 #include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
@@ -33,6 +32,7 @@ struct Options {
     bool strict = false;
 };
 
+// fits is what the service said; isExplained, that its log says the same and why.
 struct Answer {
     bool fits = false;
     bool isExplained = false;
@@ -40,7 +40,8 @@ struct Answer {
     SilentProbes silent;
 };
 
-// Without reasons.
+// Without reasons. At least the list can be held against the board's parts, which the service tells
+// by another call.
 Explanation verdictAlone(const Daemon& daemon, const Items& items, const std::string& why) {
     std::vector<android::String16> parts;
     bool always = false;
@@ -56,7 +57,8 @@ Explanation verdictAlone(const Daemon& daemon, const Items& items, const std::st
     return explanation;
 }
 
-// From what the daemon logged meanwhile, else without reasons.
+// From what the daemon logged meanwhile, else without reasons. Requests of others may hold the same
+// items: one that came out otherwise is not ours.
 void explainAnswer(const Daemon& daemon, const host::Board& board, host::GrowingFile& log,
                    const Items& items, Answer* answer) {
     const std::string path = board.log();
@@ -75,10 +77,11 @@ void explainAnswer(const Daemon& daemon, const host::Board& board, host::Growing
     if (full != 0) why = path + ": " + strerror(full);
     answer->explanation = verdictAlone(daemon, items, why);
     answer->silent = {};  // any may be
-    if (!answer->fits) answer->silent = {{"tp", "lcd", "internal_camera"}, true};
+    if (!answer->fits) answer->silent = {{kTouchPanel, kDisplay, kCamera}, true};
 }
 
-// The call returns when all that it logs has been written.
+// The call returns when all that it logs has been written. The log is skipped to its end before the
+// call, so that earlier requests with the same items are not read.
 Answer ask(Session& session, const Items& items, const std::string& otaTime) {
     const Daemon daemon(session, "it asks the hardware, or the daemon is still starting, or hangs",
                         {true});
@@ -115,11 +118,12 @@ bool printNotes(const Session& session, const Answer& answer) {
     return isClean;
 }
 
+// What the service said and what is printed may differ: hardware that could not be asked makes it
+// unknown, whatever was said.
 int match(Session& session, const Options& options) {
     const bool hasFile = !options.file.empty();
     if (!hasFile && options.items.empty()) {
-        throw session.failure("usage", "give the items of the package, or --file",
-                              "tarqctl match --help");
+        throw session.failure("usage", "give the items of the package, or --file", session.help());
     }
     const PackageList list =
             hasFile ? readList(session, options.file) : PackageList{options.items, {}};

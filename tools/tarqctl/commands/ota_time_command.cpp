@@ -1,11 +1,12 @@
-// ota-time N: kept by the daemon for all callers, until the next one.
+// ota-time N: kept by the daemon for all callers, until the next one. What it means to a package is
+// decided when one is matched: by the times in the board's timestamp file, whose unit it has to
+// have.
 #include <com/tarq/hardwareInfo/IHardwareInfoService.h>
 
 #include <CLI/App.hpp>
 
 #include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/print_json.h"
 #include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {

@@ -10,10 +10,8 @@
 #include <map>
 #include <ostream>
 
-#include "tools/tarqctl/ask/as_root.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
 
@@ -44,6 +42,7 @@ static Properties all(const Session& session) {
     return properties;
 }
 
+// The brackets are those of getprop on a device.
 static void print(const Session& session, const Properties& properties, bool nameEach) {
     if (session.json) {
         printJson(session.out, {{"properties", properties}});
@@ -55,6 +54,7 @@ static void print(const Session& session, const Properties& properties, bool nam
     }
 }
 
+// A default is printed for a property that is empty as well, as on a device.
 Run declareGetprop(CLI::App& app) {
     const auto name = std::make_shared<std::string>();
     const auto fallback = std::make_shared<std::string>();
@@ -71,6 +71,7 @@ Run declareGetprop(CLI::App& app) {
     };
 }
 
+// A property may be set and still not be saved, of which said tells then.
 struct Setting {
     bool done;
     std::string said;  // why not, or what went wrong besides
@@ -90,14 +91,15 @@ static Setting set(const std::string& name, const std::string& value) {
     return {done, at == std::string::npos ? entry : entry.substr(at + known.size())};
 }
 
-// The rules stand in the help; other users of a shared board may only read.
+// The rules stand in the help; other users of a shared board may only read. A ro. property that is
+// set already is the usual cause, so its value is what to look at.
 static std::string hintAfterRefusal(const Session& session, const std::string& name) {
     const std::string directory = session.board.properties();
     if (access(directory.c_str(), W_OK) != 0 && errno == EACCES) {
-        return asRoot(session);
+        return session.asRoot();
     }
     const bool isSet = !get(name, "").empty();
-    return isSet ? session.next("getprop " + shellQuoted(name)) : "tarqctl setprop --help";
+    return isSet ? session.next("getprop " + shellQuoted(name)) : session.help();
 }
 
 Run declareSetprop(CLI::App& app) {

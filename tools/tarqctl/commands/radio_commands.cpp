@@ -10,7 +10,6 @@
 
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"
-#include "tools/tarqctl/print_json.h"
 #include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
@@ -38,6 +37,8 @@ std::string asText(const StoredFrequency& frequency) {
     return number + " (what the daemon makes of \"" + host::escaped(frequency.text) + "\")";
 }
 
+// Only two numbers have a meaning that is known here, and of these one is the service's and one the
+// virtual board's.
 std::string meaningOfStatus(int32_t status) {
     const std::string number = "chip status " + std::to_string(status);
     if (status == kChipNotReady) {
@@ -55,6 +56,7 @@ void ask(Session& session, const std::function<Status(IRadioKeyService&)>& call)
     daemon.expectOk(call(*radioOf(daemon)));
 }
 
+// Not ready is exit code 1, so that a script can wait for it.
 Run declareStatus(CLI::App& /*app*/) {
     return [](Session& session) -> int {
         int32_t status = 0;
@@ -75,13 +77,15 @@ Run declareRssi(CLI::App& /*app*/) {
     };
 }
 
+// It is what the next start will do, which is all that can be told without the daemon.
 int printStored(Session& session) {
     openBoard(session);
     const StoredFrequency stored = storedFrequency();
-    const Json text = stored.text.empty() ? Json() : Json(stored.text);
-    return printResult(session, {{"frequency", stored.number}, {"stored", text}}, asText(stored));
+    return printResult(session, {{"frequency", stored.number}, {"stored", orNull(stored.text)}},
+                       asText(stored));
 }
 
+// No number is refused: which frequencies there are only the receiver knows.
 Run declareFrequency(CLI::App& app) {
     const auto number = std::make_shared<int32_t>();
     const CLI::Option* given =

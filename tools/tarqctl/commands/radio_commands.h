@@ -1,4 +1,5 @@
-// The commands below `radio`, as in commands.h.
+// The commands below `radio`, as in commands.h. What the receiver's numbers mean is said here once,
+// for all of them.
 #pragma once
 
 #include <com/tarq/radiokey/IRadioKeyService.h>
@@ -8,6 +9,7 @@
 
 namespace tarq::tools {
 
+// In the order of the help of `radio`.
 const std::vector<Command>& radioCommands();
 
 Run declareRadioWatch(CLI::App& app);
@@ -15,6 +17,7 @@ Run declareRadioWatch(CLI::App& app);
 // The service, or a Failure that tells why there is none.
 android::sp<com::tarq::radiokey::IRadioKeyService> radioOf(const Daemon& daemon);
 
+// Why the service may not answer; it completes the sentence of a Daemon.
 constexpr char kRadioIsSlow[] = "the receiver is slow, or the daemon is still starting, or hangs";
 
 // What the service answers while the receiver is being started or set to another frequency. Every
@@ -30,7 +33,8 @@ struct StoredFrequency {
     int32_t number;
     std::string text;  // empty when none is stored
 };
-// Reads the board's property, without the daemon.
+// Reads the board's property, without the daemon. The board has to be open. What the receiver is
+// tuned to now nobody tells.
 StoredFrequency storedFrequency();
 
 // "433 (default)", "315"

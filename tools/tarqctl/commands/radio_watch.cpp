@@ -12,11 +12,10 @@
 #include <optional>
 #include <ostream>
 
-#include "host/run/lock.h"
+#include "host/run/board.h"
 #include "tools/tarqctl/ask/board.h"
-#include "tools/tarqctl/ask/interrupt.h"
+#include "tools/tarqctl/ask/limits.h"
 #include "tools/tarqctl/commands/radio_commands.h"
-#include "tools/tarqctl/print_json.h"
 #include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
@@ -110,6 +109,7 @@ class Watch {
     End mEnd = End::kNone;
 };
 
+// Binder keeps it for as long as the daemon has it registered, so it holds a share of the watch.
 class KeyCallback : public BnRadioKeyCallback {
   public:
     explicit KeyCallback(const std::shared_ptr<Watch>& watch) : mWatch(watch) {}
@@ -136,7 +136,8 @@ class DaemonEnd : public IBinder::DeathRecipient {
     const std::shared_ptr<Watch> mWatch;
 };
 
-// What there is to ask and, in *status, its first answer.
+// What there is to ask and, in *status, its first answer. The daemon's end is watched before the
+// callback is registered: an end in between would never be heard of.
 sp<IRadioKeyService> registerWatch(Session& session, const std::shared_ptr<Watch>& watch,
                                    const sp<DaemonEnd>& daemonEnd, int32_t* status) {
     const Daemon daemon(session, kRadioIsSlow);
@@ -208,6 +209,7 @@ Watch::End waitForEnd(const Session& session, IRadioKeyService& radio, Watch& wa
     throw failure;
 }
 
+// Whatever ends it, the count is said once, and by whoever was first.
 int watchKeys(Session& session, const Limits& limits) {
     const auto watch = std::make_shared<Watch>(session, limits.keys);
     const Interrupt interrupt([watch] {

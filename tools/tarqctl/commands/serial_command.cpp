@@ -1,12 +1,13 @@
 // serial [-f]: the frames on the board's line to the Zigbee co-processor. The record of the line
-// has chunks as they were read or written.
+// has chunks as they were read or written. Frames are put together anew from these, by direction,
+// and what is left over at the end is told as damaged.
 #include <CLI/App.hpp>
 
 #include "host/run/records.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/follow.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/view/frame_printer.h"
+#include "tools/tarqctl/view/frames.h"
 
 namespace tarq::tools {
 

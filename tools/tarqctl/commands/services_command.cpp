@@ -1,11 +1,12 @@
-// services [NAME]: what is registered, and why the rest may not be.
+// services [NAME]: what is registered, and why the rest may not be. The four that the daemon may
+// have are known with what switches them off; for any other name all that can be told is whether it
+// is there.
 #include <CLI/App.hpp>
 #include <ostream>
 
 #include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/ask/known_services.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
 

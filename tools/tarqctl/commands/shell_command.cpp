@@ -6,10 +6,8 @@
 #include <CLI/App.hpp>
 #include <ostream>
 
-#include "tools/tarqctl/ask/as_root.h"
 #include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/print_json.h"
 #include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
@@ -24,6 +22,7 @@ namespace {
 // The service keeps at most this many bytes of the output.
 constexpr size_t kMaxOutput = 1023;
 
+// Android's AID_SYSTEM.
 constexpr uid_t kSystemUid = 1000;
 
 constexpr char kWords[] =
@@ -41,12 +40,14 @@ void expectPermission(const Session& session, const Status& status) {
     if (uid != 0 && uid != kSystemUid) {
         throw session.failure("refused",
                               "uid " + std::to_string(uid) + " is neither root nor system",
-                              asRoot(session), kServiceSaidNo);
+                              session.asRoot(), kServiceSaidNo);
     }
     throw session.failure("refused", "the daemon could not start the command", session.next("log"),
                           kServiceSaidNo);
 }
 
+// The service runs one command at a time and lets all others wait, which nobody is told. A text
+// that is no UTF-8 never gets here, as the command line was checked.
 std::string ask(Session& session, const std::string& command) {
     const Daemon daemon(session,
                         "another command may be running, one runs at a time; or this one takes "

@@ -1,4 +1,6 @@
-// trace [-f]: what the LED driver of the board gets, from whomever, a record a line.
+// trace [-f]: what the LED driver of the board gets, from whomever, a record a line. With --json
+// the lines are those of the board's file, as they stand there; the text leaves out times unless
+// they are asked for.
 #include <CLI/App.hpp>
 #include <ostream>
 

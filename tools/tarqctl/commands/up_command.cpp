@@ -1,4 +1,5 @@
 // up [COMMAND…]: what the parser is not given are the command's words, which may look like options.
+// What it does is in up/; here is only what its options mean.
 #include <stdlib.h>
 
 #include <CLI/App.hpp>
@@ -13,7 +14,8 @@ namespace {
 constexpr char kWords[] =
         "all words from the first that is no option. It finds the tools on\n"
         "PATH, and up ends with its status. Without one, the log is shown\n"
-        "until Ctrl-C, or until the board or the daemon ends.";
+        "until Ctrl-C, or until the board or the daemon ends. Ctrl-C is the\n"
+        "command's; twice, it ends all at once.";
 
 // In front of `up` the option names a board that runs.
 void refuseRunningBoard(const Session& session, const UpOptions& options) {

@@ -11,10 +11,8 @@
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/ask/daemon.h"
 #include "tools/tarqctl/ask/known_services.h"
-#include "tools/tarqctl/ask/stopped.h"
-#include "tools/tarqctl/command_line.h"
+#include "tools/tarqctl/ask/why_silent.h"
 #include "tools/tarqctl/commands.h"
-#include "tools/tarqctl/print_json.h"
 
 namespace tarq::tools {
 
@@ -28,6 +26,21 @@ struct Progress {
     bool mustServe = false;            // being registered is not enough: calls are to be answered
 };
 
+// Why the daemon does not serve, or that service of it is missing. A name that it does not have, or
+// that is switched off, waits for no hardware.
+Cause whyNotYet(const Session& session, const std::vector<std::string>& missing) {
+    const std::string next = session.next("services");
+    if (missing.empty()) return whyNobodyAnswers(session, true, {startupCheck(), next});
+    const KnownService* service = findKnown(missing.front());
+    if (service == nullptr) {
+        return whyNobodyAnswers(session, false, {"no service of that name is known", next});
+    }
+    const std::string off = whySwitchedOff(*service);
+    return whyNobodyAnswers(session, off.empty(),
+                            {off.empty() ? startupCheckBefore(*service) : off, next});
+}
+
+// The nearest cause first: nobody listens, somebody is stopped, the start-up check goes on.
 Failure notThereYet(const Session& session, Progress& progress) {
     const std::lock_guard<std::mutex> lock(progress.lock);
     if (progress.error != 0) {
@@ -36,16 +49,12 @@ Failure notThereYet(const Session& session, Progress& progress) {
         return failure;
     }
     const bool isComplete = progress.missing.empty();
-    const std::string check =
-            isComplete ? startupCheck() : startupCheckBefore(progress.missing.front());
     std::string why = isComplete ? "not serving after " : "not registered after ";
     why += seconds(session.timeout);
     if (!isComplete) why += ": " + joined(progress.missing);
-    if (const std::optional<Stopped> stopped = findStopped(session.board)) {
-        return session.failure("timeout", why + ": " + stopped->why, stopped->hint);
-    }
-    if (!check.empty()) why += ": " + check;
-    return session.failure("timeout", why, session.next("services"));
+    const Cause cause = whyNotYet(session, progress.missing);
+    return session.failure("timeout", why + (cause.why.empty() ? "" : ": ") + cause.why,
+                           cause.hint);
 }
 
 // Asks for what is still missing; true when there is nothing more to wait for. A name once found is
@@ -70,7 +79,7 @@ bool look(Progress& progress) {
 std::vector<std::string> enabledServices() {
     std::vector<std::string> names;
     for (const KnownService& service : knownServices()) {
-        if (isEnabled(service)) names.push_back(service.name);
+        if (whySwitchedOff(service).empty()) names.push_back(service.name);
     }
     return names;
 }

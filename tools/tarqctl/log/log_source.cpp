@@ -10,7 +10,6 @@
 #include <zlib.h>
 
 #include <algorithm>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -18,7 +17,7 @@
 #include <utility>
 
 #include "host/run/text.h"
-#include "tools/tarqctl/log/log_text.h"
+#include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
 
@@ -26,7 +25,8 @@ namespace {
 
 // ---- packed bytes ----
 
-// How much may still come out of all that is packed.
+// How much may still come out of all that is packed. One for all members of an archive, so that
+// many small bombs are no better than a large one.
 class Budget {
   public:
     explicit Budget(uint64_t limit) : mLimit(limit), mLeft(limit) {}
@@ -71,6 +71,7 @@ class Gzip {
         put(std::exchange(mStart, {}));
     }
 
+    // One gzip file may be several joined, as cat makes them, so what follows an end begins anew.
     void inflateAll(std::string_view bytes) {
         mStream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
         mStream.avail_in = static_cast<uInt>(bytes.size());
@@ -106,6 +107,7 @@ std::string textOf(const zip_error_t& error) {
 
 using Archive = std::unique_ptr<zip_t, decltype(&zip_discard)>;
 
+// The bytes have to outlive it: nothing is copied.
 Archive openArchive(const std::string& packed) {
     zip_error_t error;
     zip_error_init(&error);
@@ -118,6 +120,7 @@ Archive openArchive(const std::string& packed) {
     return {archive, zip_discard};
 }
 
+// A member may be gzip again, as bug reports have them.
 void readMember(zip_t* archive, zip_uint64_t index, const LogSink& sink, Budget* budget) {
     const char* name = zip_get_name(archive, index, 0);
     const std::string member = name != nullptr ? name : "?";
@@ -170,12 +173,14 @@ constexpr Kind kKinds[] = {
         {"{", "JSON"},
 };
 
+// Only for a message to somebody whose file holds no log, so a guess by the first bytes is good
+// enough.
 std::string kindOf(const std::string& start) {
     if (start.empty()) return "empty";
     for (const Kind& kind : kKinds) {
         if (start.rfind(kind.start, 0) == 0) return kind.name;
     }
-    if (start.rfind("\xff\xfe", 0) == 0 || start.rfind("\xfe\xff", 0) == 0) return "text in UTF-16";
+    if (const std::string wide = wideEncodingOf(start); !wide.empty()) return "text in " + wide;
     const auto isOfNoText = [](unsigned char c) {
         return iscntrl(c) != 0 && isspace(c) == 0 && c != '\x1b';
     };
@@ -187,6 +192,8 @@ std::string kindOf(const std::string& start) {
 
 }  // namespace
 
+// The first chunk tells what it is; a pipe cannot be read twice, so that chunk goes the way of all
+// others.
 std::string readLog(std::istream& in, const LogSink& sink, uint64_t maxUnpacked) {
     constexpr size_t kShown = 60;
     char buffer[1 << 16];

@@ -1,6 +1,6 @@
 // The first bytes tell the encoding, so they are kept until there are three. From then on nothing
 // is kept but half a character and the line that has not ended.
-#include "tools/tarqctl/log/log_text.h"
+#include "tools/tarqctl/log/log_source.h"
 
 #include <algorithm>
 
@@ -8,6 +8,7 @@ namespace tarq::tools {
 
 static constexpr size_t kMaxLine = 1 << 16;  // bytes; an entry of a log has at most 4068
 
+// c: a code point up to 10ffff.
 static void appendUtf8(uint32_t c, std::string* out) {
     if (c < 0x80) {
         *out += static_cast<char>(c);
@@ -30,6 +31,8 @@ std::string Utf16::decode(std::string_view bytes) {
     return text;
 }
 
+// A unit is a whole character, or half of a pair. A half alone is told by U+FFFD, and what follows
+// it is read as if it had not been there.
 void Utf16::take(uint32_t unit, std::string* text) {
     const bool isLow = unit >= 0xdc00 && unit < 0xe000;
     if (mHigh != 0 && isLow) {
@@ -76,6 +79,8 @@ void LogText::pass(std::string_view bytes) {
     }
 }
 
+// What a line has beyond the limit is passed over up to its end, so that the next line begins where
+// it does.
 void LogText::cut(std::string_view text) {
     while (!text.empty()) {
         const size_t end = std::min(text.find('\n'), text.size());

@@ -4,7 +4,6 @@
 #include "tools/tarqctl/log/saved_log.h"
 
 #include <stdlib.h>
-#include <string.h>
 
 #include <algorithm>
 #include <vector>
@@ -13,7 +12,6 @@ namespace tarq::tools {
 
 namespace {
 
-constexpr char kPriorities[] = "VDIWEFS";
 constexpr char kDigits[] = "0123456789";
 
 using View = std::string_view;
@@ -23,9 +21,10 @@ bool isAll(View text, const char* characters) {
 }
 
 bool isPriority(View text) {
-    return text.size() == 1 && strchr(kPriorities, text[0]) != nullptr;
+    return text.size() == 1 && tools::isPriority(text[0]);
 }
 
+// Empty for a text of blanks alone.
 View withoutBlanks(View text) {
     const size_t begin = text.find_first_not_of(' ');
     if (begin == View::npos) return {};
@@ -104,6 +103,7 @@ std::string withBlanksForColons(View text) {
     return blanks;
 }
 
+// A tag may be filled up with blanks; the text begins where it begins.
 void setText(View tag, View text, LogLine* line) {
     line->tag = withoutBlanks(tag);
     line->text = text;
@@ -119,8 +119,7 @@ bool readThreadtime(View rest, LogLine* line) {
     if (!readIds(ids, true, line)) return false;
     line->priority = word[0];
     rest.remove_prefix(1);
-    // A tag is filled up to eight characters, among which there may be ": ".
-    const size_t end = rest.find(": ", std::min<size_t>(8, rest.size()));
+    const size_t end = endOfTag(rest);
     if (end == View::npos) return false;
     setText(rest.substr(0, end), rest.substr(end + 2), line);
     return true;
@@ -163,7 +162,7 @@ bool readProcess(View rest, LogLine* line) {
     return true;
 }
 
-// "[ 05-01 10:00:00.123   512:  530 I/Tag      ]"
+// "[ 05-01 10:00:00.123 512: 530 I/Tag ]" The text of the entry is on the lines below it.
 bool readLongHeader(View text, LogLine* line) {
     if (text.substr(0, 2) != "[ " || text.substr(text.size() - 2) != " ]") return false;
     View rest = text.substr(2, text.size() - 4);
@@ -176,14 +175,16 @@ bool readLongHeader(View text, LogLine* line) {
     return readIds(withBlanksForColons(rest.substr(0, slash - 1)), true, line);
 }
 
-// An entry on one line.
+// An entry on one line. The time in front tells most formats apart: brief, process and tag have
+// none.
 bool readEntry(View text, LogLine* line) {
     line->time = takeTime(&text);
     if (readBrief(text, line)) return true;
     return line->time.empty() ? readProcess(text, line) : readThreadtime(text, line);
 }
 
-// Of a terminal, around a whole line.
+// Of a terminal, around a whole line. logcat -v color puts one sequence in front of a line and one
+// behind it.
 View withoutColour(View text) {
     constexpr View kEnd = "\x1b[0m";
     if (text.substr(0, 2) == "\x1b[" && text.find('m') != View::npos) {
@@ -226,6 +227,8 @@ bool SavedLog::takeWhole(View text) {
     return true;
 }
 
+// A blank line may be part of the text, so it is held back until the next line tells: a header
+// means that it was the end.
 void SavedLog::goOn(View text) {
     if (text.substr(0, mQuote.size()) == mQuote) text.remove_prefix(mQuote.size());
     const bool isBlank = text.empty() || (!mQuote.empty() && text == ">");
@@ -239,6 +242,7 @@ void SavedLog::goOn(View text) {
     mTake(mHeader);
 }
 
+// A line that can be read both as it is and behind quote marks is taken as it is.
 bool SavedLog::add(const std::string& line) {
     const View text = withoutColour(line);
     if (text.substr(0, 10) == "--------- ") return true;  // "beginning of main"

@@ -17,7 +17,8 @@ class SavedLog {
     using Take = std::function<void(const LogLine&)>;
     explicit SavedLog(Take take) : mTake(std::move(take)) {}
 
-    // False if the line belongs to no log.
+    // False if the line belongs to no log. Lines are handed over while it runs, those of the long
+    // format when their text comes.
     bool add(const std::string& line);
 
     // Whether lines came in a format that leaves the tag out, of which nothing can be told.

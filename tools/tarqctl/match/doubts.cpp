@@ -8,6 +8,7 @@
 #include "hardware_info/text.h"
 #include "host/run/nearest.h"
 #include "tools/tarqctl/match/explanation.h"
+#include "tools/tarqctl/user_input.h"
 
 namespace tarq::tools {
 
@@ -19,6 +20,7 @@ size_t apart(const std::string& name, const std::string& known) {
     return contained ? 0 : host::distance(name, known);
 }
 
+// There is always one, since overlay_id is among them.
 std::string nearest(const std::string& name, const std::vector<std::string>& names) {
     return *std::min_element(names.begin(), names.end(),
                              [&name](const std::string& a, const std::string& b) {
@@ -26,7 +28,9 @@ std::string nearest(const std::string& name, const std::vector<std::string>& nam
                              });
 }
 
-// A word of the board that is only part of a word of the package.
+// A word of the board that is only part of a word of the package. The daemon looks for the board's
+// word anywhere in the value, so a longer word that holds it fits as well, which may be an
+// accident.
 void addInnerWords(const Item& part, const Item& item, size_t index, std::vector<Doubt>* doubts) {
     const std::vector<std::string> words = tokensOf(item.value);
     for (const std::string& word : tokensOf(part.value)) {
@@ -71,6 +75,7 @@ std::string unknownName(const std::string& name, const std::vector<std::string>&
 
 }  // namespace
 
+// All of them are about what the daemon does take, so none of them changes the verdict.
 std::vector<Doubt> doubtsAbout(const std::vector<std::string>& items,
                                const std::vector<Item>& board) {
     std::vector<Doubt> doubts;
@@ -89,7 +94,7 @@ std::vector<Doubt> doubtsAbout(const std::vector<std::string>& items,
         const auto part = std::find_if(board.begin(), board.end(),
                                        [&item](const Item& p) { return p.name == item.name; });
         if (part != board.end()) {
-            if (part->value != "null" && items[i].size() <= kMaxItemLength) {
+            if (part->value != kNoPart && items[i].size() <= kMaxItemLength) {
                 addInnerWords(*part, item, i, &doubts);
             }
         } else if (!board.empty() && item.name != kOverlayId) {

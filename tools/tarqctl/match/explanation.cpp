@@ -14,6 +14,7 @@ struct FallbackWords {
     std::string row;
 };
 
+// The clause goes on with the sentence, the row stands below the table.
 FallbackWords wordsFor(const FallbackFinding& fallback) {
     if (!fallback.end) return {};
     const FactLine& end = *fallback.end;
@@ -49,12 +50,15 @@ bool endedWith(Fact fact, const FallbackFinding& fallback) {
     return fallback.end && fallback.end->fact == fact;
 }
 
+// Parts that the board lists; a package need not name any other.
 size_t partCount(const MatchRequest& request) {
     return static_cast<size_t>(
             std::count_if(request.board.begin(), request.board.end(),
-                          [](const Item& part) { return part.value != "null"; }));
+                          [](const Item& part) { return part.value != kNoPart; }));
 }
 
+// "all 5 board parts fit", "2 of 5 board parts do not fit"; what decides it is not told here but in
+// the rows.
 std::string partsClause(const MatchRequest& request) {
     const size_t count = partCount(request);
     const size_t unfit = misfits(request).size();
@@ -66,9 +70,10 @@ std::string partsClause(const MatchRequest& request) {
 
 // Whether a list says nothing of the overlay id that the board has.
 bool lacksOverlay(const MatchRequest& request) {
-    return request.overlayId != "-1" && findingOf(request, kOverlayId) == nullptr;
+    return request.overlayId != kNoOverlay && findingOf(request, kOverlayId) == nullptr;
 }
 
+// Outcomes that prove nothing come first, since the rest of the request means nothing then.
 std::string sentenceFor(const MatchRequest& request) {
     if (!request.skippedBecause.empty()) {
         return "nothing was compared: " + request.skippedBecause;
@@ -103,7 +108,7 @@ std::string sentenceFor(const MatchRequest& request) {
                               : "");
 }
 
-// What a yes does not rest on.
+// What a yes does not rest on. A strict reader refuses a yes for any of these.
 std::vector<std::string> notCompared(const MatchRequest& request) {
     if (!request.skippedBecause.empty()) return {sentenceFor(request)};
     std::vector<std::string> texts;
@@ -132,6 +137,8 @@ bool haveDifferentUnits(const FallbackFinding& fallback) {
 
 }  // namespace
 
+// The advice about the time is given only where it alone kept the package from passing, and where a
+// greater time exists.
 Explanation explain(const MatchRequest& request) {
     Explanation explanation;
     const bool yes = request.outcome == Outcome::kYes;
@@ -154,26 +161,6 @@ Explanation explain(const MatchRequest& request) {
                                       " seem to have different units, such as s and ms"});
     }
     return explanation;
-}
-
-void withhold(const SilentProbes& silent, const std::string& why, Explanation* explanation) {
-    std::string names;
-    for (const std::string& part : silent.parts) names += (names.empty() ? "" : ", ") + part;
-    const std::string cause = "could not ask what is fitted as " + names + ": " + why;
-    if (silent.decide) {
-        const std::string& service = explanation->service.value_or("");
-        explanation->sentence =
-                cause + "; the service says " + service + ": " + explanation->sentence;
-        explanation->verdict = "unknown";
-    } else {
-        explanation->sentence += "; " + cause + ", so that counts as no";
-    }
-    for (ExplainedRow& row : explanation->rows) {
-        const bool isSilent = std::count(silent.parts.begin(), silent.parts.end(), row.name) > 0;
-        if (!isSilent || row.verdict != Verdict::kMisfit) continue;
-        row.verdict = Verdict::kUnknown;
-        row.better.clear();
-    }
 }
 
 }  // namespace tarq::tools

@@ -1,4 +1,5 @@
-// Why a package fits or does not: what is to be printed.
+// Why a package fits or does not: what is to be printed. It is made of the facts of a request in
+// one step, and printed in another.
 #pragma once
 
 #include <optional>
@@ -6,11 +7,12 @@
 #include <vector>
 
 #include "tools/tarqctl/match/facts.h"
-#include "tools/tarqctl/print_json.h"
 #include "tools/tarqctl/session.h"
 
 namespace tarq::tools {
 
+// In the order of their words in print.cpp. Not examined is what the daemon did not come to;
+// unknown is what the log does not prove.
 enum class Verdict { kFits, kMisfit, kIgnored, kNotExamined, kUnknown };
 
 // One part, overlay id or other item.
@@ -23,9 +25,6 @@ struct ExplainedRow {
     std::vector<std::string> better = {};  // items of which each would fit
 };
 
-// U+FEFF in UTF-8: editors and shells of other systems begin files with it.
-constexpr char kByteOrderMark[] = "\xef\xbb\xbf";
-
 // What is probably not meant.
 struct Doubt {
     std::string text;
@@ -33,6 +32,7 @@ struct Doubt {
     bool isMistake = false;           // hardly ever meant: a strict reader refuses the list for it
 };
 
+// What is in it comes from logs and lists, and is not escaped.
 struct Explanation {
     std::string verdict;                 // yes, no or unknown
     std::optional<std::string> service;  // yes or no, as the service said it, if it was asked
@@ -44,19 +44,19 @@ struct Explanation {
     std::vector<Doubt> doubts;
 };
 
+// service is left to whoever has asked the service.
 Explanation explain(const MatchRequest& request);
 
 // The overlay ids, the board's parts in its order, then what else the package names.
 std::vector<ExplainedRow> explainedRows(const MatchRequest& request);
 
-// From the list and the board's parts alone.
+// From the list and the board's parts alone. It needs no log, so it holds for a list that was never
+// sent as well. Without a board nothing is said of unknown names.
 std::vector<Doubt> doubtsAbout(const std::vector<std::string>& items,
                                const std::vector<Item>& board);
 
-// Takes back what rests on silent probes whose hardware could not be asked: why.
-void withhold(const SilentProbes& silent, const std::string& why, Explanation* explanation);
-
-// For people: the verdict, the table, and what would make it fit.
+// For people: the verdict, the table, and what would make it fit. It is escaped; cells are padded
+// and never cut, however long a value is.
 std::string asText(const Explanation& explanation);
 // The same with a yes or no that is painted.
 std::string asText(const Session& session, const Explanation& explanation);

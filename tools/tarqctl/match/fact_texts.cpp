@@ -2,7 +2,7 @@
 // same. A pattern leaves out the end of a text where that tells nothing more.
 #include "tools/tarqctl/match/fact_texts.h"
 
-#include "tools/tarqctl/log/log_pattern.h"
+#include "tools/tarqctl/log/log_line.h"
 
 namespace tarq::tools {
 
@@ -59,6 +59,8 @@ const std::vector<FactText>& factTexts() {
     return table;
 }
 
+// The first row that fits counts, so a text that is told apart by little stands before those that
+// would take it as well.
 std::optional<FactLine> factIn(const std::string& text) {
     for (const FactText& row : factTexts()) {
         if (auto arguments = printedArguments(row.pattern, text)) {

@@ -8,8 +8,8 @@
 
 namespace tarq::tools {
 
-// Where a fact stands in this list counts: facts.cpp takes those of an item, of the hardware and of
-// the fallback by their ranges.
+// Where a fact stands in this list counts: those of the hardware and of the fallback are taken by
+// their ranges.
 enum class Fact {
     // How a request begins, and the board, as every request repeats it.
     kSkipped,      // by a property, or as the board has no overlay id
@@ -47,14 +47,23 @@ enum class Fact {
     kLater,
 };
 
+// Whether it is how the hardware answered, which the log tells outside of requests as well.
+inline bool isOfProbe(Fact fact) {
+    return fact >= Fact::kProbeFailed && fact <= Fact::kPanelPassedOver;
+}
+
 struct FactText {
     Fact fact;
-    const char*
-            pattern;  // as the daemon's printf has it; %s at its end stands for whatever follows
+    // As the daemon's printf has it; %s at its end stands for whatever follows.
+    const char* pattern;
 };
 
+// In the order in which a text is held against them. Tests hold the daemon's code against this
+// table.
 const std::vector<FactText>& factTexts();
 
+// What the conversions of the pattern stand for in the text, in their order, each as the text has
+// it.
 struct FactLine {
     Fact fact;
     std::string text;

@@ -21,22 +21,16 @@ struct Probe {
     Fact result;
 };
 
+// Of these parts the daemon asks the hardware as well, whatever the words of the list say, and logs
+// the result on a line of its own.
 constexpr Probe kProbes[] = {
-        {"tp", Fact::kTouchPanelResult},
-        {"lcd", Fact::kDisplayResult},
-        {"internal_camera", Fact::kCameraResult},
+        {kTouchPanel, Fact::kTouchPanelResult},
+        {kDisplay, Fact::kDisplayResult},
+        {kCamera, Fact::kCameraResult},
 };
-
-bool isProbing(Fact fact) {
-    return fact >= Fact::kProbeFailed && fact <= Fact::kPanelPassedOver;
-}
 
 int64_t numberFrom(const std::string& text) {
     return strtoll(text.c_str(), nullptr, 10);
-}
-
-void require(bool holds) {
-    if (!holds) throw Outcome::kBroken;
 }
 
 // Walks through the facts of a request. Throws an Outcome where they end, or are others than they
@@ -58,7 +52,7 @@ class FactWalk {
     // What a probe tells, if it goes on here.
     FactLines takeProbing() {
         FactLines lines;
-        while (!isOver() && isProbing(mFacts[mNext].fact)) lines.push_back(mFacts[mNext++]);
+        while (!isOver() && isOfProbe(mFacts[mNext].fact)) lines.push_back(mFacts[mNext++]);
         return lines;
     }
 
@@ -68,82 +62,11 @@ class FactWalk {
     size_t mNext = 0;
 };
 
-// The arguments of all such lines.
-std::vector<Texts> told(const FactLines& lines, Fact fact) {
-    std::vector<Texts> arguments;
-    for (const FactLine& line : lines) {
-        if (line.fact == fact) arguments.push_back(line.arguments);
-    }
-    return arguments;
-}
-
-Texts elementsOf(const std::string& list, char separator) {
-    Texts elements;
-    std::string_view element;
-    for (Pieces pieces(list, separator); pieces.next(&element);) elements.emplace_back(element);
-    return elements;
-}
-
-// Where the panel stands in the board's list, of which each entry is IC-ID; the end if nowhere.
-size_t positionOf(int panelId, const Texts& entries) {
-    size_t position = 0;
-    for (; position < entries.size(); ++position) {
-        const Texts fields = elementsOf(entries[position], '-');
-        if (fields.size() > 1 && atoi(fields[1].c_str()) == panelId) break;
-    }
-    return position;
-}
-
-// Nothing where it is not told: by reg, or in a log without debug lines.
-std::optional<int> panelIdIn(const FactLines& probing, const std::string& by) {
-    const std::vector<Texts> flags = told(probing, Fact::kPanelFlag);
-    const std::vector<Texts> pins = told(probing, Fact::kPanelPin);
-    if (by == "hwid-flag" && !flags.empty()) return strtoul(flags[0][0].c_str(), nullptr, 16);
-    if (by == "dsi-id" && pins.size() == 2)
-        return 2 * atoi(pins[0][1].c_str()) + atoi(pins[1][1].c_str());
-    return std::nullopt;
-}
-
-// The panel found is the entry behind those that were passed over. Its id must say the same.
-void findPanel(const FactLines& probing, const std::string& list, ProbeFinding* found) {
-    const std::vector<Texts> ways = told(probing, Fact::kPanelIdBy);
-    require(ways.size() == 1);
-    if (ways[0].empty()) return require(!found->answered);
-    const Texts entries = elementsOf(list, ',');
-    const size_t position = told(probing, Fact::kPanelPassedOver).size();
-    const std::optional<int> id = panelIdIn(probing, ways[0][0]);
-    require(!id || positionOf(*id, entries) == position);
-    require(found->answered == (position < entries.size()));
-    if (found->answered) found->part = entries[position];
-    found->how = "panel id " + (id ? std::to_string(*id) + " " : "") + "by " + ways[0][0];
-}
-
-ProbeFinding probeFinding(const Item& part, const ItemFinding& finding, const FactLines& probing,
-                          bool match) {
-    ProbeFinding found;
-    found.answered = told(probing, Fact::kProbeFailed).empty();
-    if (part.name == "tp") {
-        const std::vector<Texts> parts = told(probing, Fact::kTouchPanelFound);
-        require(found.answered == !parts.empty());
-        if (found.answered) found.part = parts[0][0];
-    } else if (part.name == "lcd") {
-        findPanel(probing, part.value, &found);
-    }
-    const bool wordsFit = part.value != "null" && finding.missingWords.empty();
-    if (found.part) {
-        const Texts elements = elementsOf(finding.item.value, ',');
-        found.listed = std::count(elements.begin(), elements.end(), *found.part) > 0;
-    } else if (!wordsFit) {
-        found.listed = match;  // nothing else can have made it one
-    }
-    require(match == (wordsFit || found.listed.value_or(false)));
-    return found;
-}
-
+// Words are compared as parts of the text, as the daemon does it: "gt" is found in "gt9xx".
 void examinePart(const Item& part, FactWalk& walk, ItemFinding& finding) {
     const std::string& package = finding.item.value;
-    bool differs = package != "null";
-    if (part.value != "null") {
+    bool differs = package != kNoPart;
+    if (part.value != kNoPart) {
         for (const std::string& word : tokensOf(part.value)) {
             if (package.find(word) == std::string::npos) finding.missingWords.push_back(word);
         }
@@ -158,13 +81,14 @@ void examinePart(const Item& part, FactWalk& walk, ItemFinding& finding) {
     }
 }
 
+// An overlay id that is not listed ends the request; a part that does not fit does not.
 void examine(const MatchRequest& request, FactWalk& walk, ItemFinding& finding) {
     const auto& [name, value] = finding.item;
     finding.tooLong = finding.text.size() > kMaxItemLength;
     if (finding.tooLong) walk.expect(Fact::kItemTooLong);
     if (finding.text.find(':') == std::string::npos) walk.expect(Fact::kItemWithoutColon);
     const Item* part = partOf(request, name);
-    if (name == kOverlayId && request.overlayId != "-1") {
+    if (name == kOverlayId && request.overlayId != kNoOverlay) {
         finding.tooLong = value.size() > kMaxOverlayValueLength;
         finding.overlayFits =
                 !finding.tooLong && includesId(value, atoi(request.overlayId.c_str()));
@@ -176,7 +100,8 @@ void examine(const MatchRequest& request, FactWalk& walk, ItemFinding& finding) 
     finding.examined = true;
 }
 
-// True for a package that passes.
+// True for a package that passes. A time is told for each part that the timestamp file lists; the
+// latest of them counts. An end that is no fact of the fallback means that a line is lost.
 bool readFallback(FactWalk& walk, FallbackFinding* fallback) {
     walk.takeProbing();
     FactLine line = walk.take();
@@ -197,6 +122,8 @@ bool readFallback(FactWalk& walk, FallbackFinding* fallback) {
     return line.fact == Fact::kNotListed || line.fact == Fact::kLater;
 }
 
+// No line says that all parts fit. A yes ends with the last item, so it is proved by what does not
+// follow.
 Outcome follow(FactWalk& walk, MatchRequest* request) {
     for (ItemFinding& finding : request->items) {
         examine(*request, walk, finding);
@@ -252,44 +179,11 @@ const ItemFinding* findingOf(const MatchRequest& request, const std::string& nam
     return last == request.items.rend() ? nullptr : &*last;
 }
 
-// The kind of part that a section of the timestamp file names, and the hardware did not tell.
-static std::string silentSection(const FallbackFinding& fallback) {
-    if (!fallback.end || fallback.end->fact != Fact::kTimestampFileWrong) return "";
-    for (const auto& [section, part] :
-         {std::pair("TP ", "tp"), {"LCD ", "lcd"}, {"INTERNAL_CAMERA ", "internal_camera"}}) {
-        const bool isIt = !fallback.end->arguments.empty() &&
-                          fallback.end->arguments[0].rfind(section, 0) == 0;
-        if (isIt) return part;
-    }
-    return "";
-}
-
-// A no takes a part that does not fit and a fallback that refuses; a yes may come of a fallback
-// that asks which camera there is, of which the log does not tell whether it answered.
-SilentProbes silentProbes(const MatchRequest& request) {
-    SilentProbes silent;
-    if (!request.itemsDone) return silent;
-    const FallbackFinding& fallback = request.fallback;
-    const std::vector<const Item*> unfit = misfits(request);
-    for (const Item* part : unfit) {
-        const ItemFinding* finding = findingOf(request, part->name);
-        const bool isSilent = finding != nullptr && finding->probe && !finding->probe->answered;
-        if (isSilent) silent.parts.push_back(part->name);
-    }
-    const bool passed = request.outcome == Outcome::kYes;
-    silent.decide = !passed && !unfit.empty() && silent.parts.size() == unfit.size();
-    const std::string asked = passed && fallback.end ? "internal_camera" : silentSection(fallback);
-    if (!asked.empty()) {
-        silent.parts.push_back(asked);
-        silent.decide = true;
-    }
-    return silent;
-}
-
+// In the order of the board, of which the daemon names the first.
 std::vector<const Item*> misfits(const MatchRequest& request) {
     std::vector<const Item*> parts;
     for (const Item& part : request.board) {
-        if (part.value == "null") continue;
+        if (part.value == kNoPart) continue;
         const ItemFinding* finding = findingOf(request, part.name);
         if (finding == nullptr || !fits(*finding)) parts.push_back(&part);
     }

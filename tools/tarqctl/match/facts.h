@@ -12,7 +12,14 @@
 
 namespace tarq::tools {
 
+// Words of the daemon's lists.
 constexpr char kOverlayId[] = "overlay_id";  // the item that names no part
+constexpr char kNoPart[] = "null";           // the value of a part that is not there
+constexpr char kNoOverlay[] = "-1";          // the overlay id of a board that has none
+// The parts of which a probe asks the hardware itself.
+constexpr char kTouchPanel[] = "tp";
+constexpr char kDisplay[] = "lcd";
+constexpr char kCamera[] = "internal_camera";
 
 // name:value, as the daemon reads it: split at the first colon, else all name.
 struct Item {
@@ -20,6 +27,7 @@ struct Item {
     std::string value;
 };
 
+// It does not fail: a text without a colon has no value.
 Item itemFrom(const std::string& text);
 
 // What the hardware itself told of a part.
@@ -30,7 +38,8 @@ struct ProbeFinding {
     std::optional<bool> listed = {};       // in the item's value, if that can be known
 };
 
-// How an item fared.
+// How an item fared. In the order of the list. An item that the daemon has not come to is not
+// examined, and the rest of it means nothing then.
 struct ItemFinding {
     std::string text;
     Item item;
@@ -41,7 +50,8 @@ struct ItemFinding {
     std::optional<ProbeFinding> probe = {};
 };
 
-// What became of a package that does not fit by its parts.
+// What became of a package that does not fit by its parts. Its times are in the unit of the board's
+// timestamp file.
 struct FallbackFinding {
     std::optional<FactLine> end = {};  // from kFallbackOff on; nothing when it was not asked
     // Both for kTooEarly and kLater: the package's must be greater.
@@ -50,6 +60,7 @@ struct FallbackFinding {
     std::string earliestKind = {};  // of part, to which that time belongs
 };
 
+// The first two are proved by the log; of the others nothing but what they say is known.
 enum class Outcome {
     kYes,
     kNo,
@@ -61,6 +72,8 @@ enum class Outcome {
     kMixed,         // one of the two, in a log that does not tell threads apart
 };
 
+// One request, from its first line on. Pointers into it that the functions below return are good as
+// long as it is not changed.
 struct MatchRequest {
     std::string time;  // of its first line; this and the next two may not be told
     int pid = 0;
@@ -71,8 +84,8 @@ struct MatchRequest {
     bool listIsKnown = false;         // from its sender: none of its items can be missing
     // The next three are empty unless both the list and the board were told whole.
     std::vector<ItemFinding> items = {};
-    std::vector<Item> board = {};  // the parts, "null" where it has none
-    std::string overlayId = {};    // "-1" for none
+    std::vector<Item> board = {};  // all parts, kNoPart where it has none
+    std::string overlayId = {};    // or kNoOverlay
     bool itemsDone = false;        // all were examined
     // Requests at the same time write the same states: the daemon found another state than this
     // request's items had left.
@@ -81,8 +94,17 @@ struct MatchRequest {
 };
 
 // Works out from the facts behind the board how the request went. isLast: the thread's log has
-// nothing more.
+// nothing more. The request has its items, its board and its overlay id by then; what is set is its
+// outcome, and how each item fared.
 void readFacts(const FactLines& facts, bool isLast, MatchRequest* request);
+
+// What the hardware itself told of the part that an item is about, from the lines of its probe and
+// its result. Throws Outcome::kBroken where they contradict each other, or the list and the board.
+ProbeFinding probeFinding(const Item& part, const ItemFinding& finding, const FactLines& probing,
+                          bool match);
+
+// Throws Outcome::kBroken unless it holds.
+void require(bool holds);
 
 // Whether the item supports the board's part, or includes its overlay id.
 bool fits(const ItemFinding& finding);
@@ -90,16 +112,9 @@ bool fits(const ItemFinding& finding);
 // The board's part of that name; null if it has no such row.
 const Item* partOf(const MatchRequest& request, const std::string& name);
 
-// What the last item of that name came to; null when there is none.
+// What the last item of that name came to; null when there is none. Of items with one name the
+// daemon lets the last one count, but for overlay ids.
 const ItemFinding* findingOf(const MatchRequest& request, const std::string& name);
-
-// What was made of probes that told nothing. It is a guess unless the hardware was there to be
-// asked.
-struct SilentProbes {
-    std::vector<std::string> parts = {};
-    bool decide = false;  // without them the answer may be another one
-};
-SilentProbes silentProbes(const MatchRequest& request);
 
 // The parts that the board has, whatever the package names, which do not fit.
 std::vector<const Item*> misfits(const MatchRequest& request);

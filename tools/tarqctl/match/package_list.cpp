@@ -1,3 +1,5 @@
+// A list is handed to the service as it is, so anything that would reach it as something else is
+// refused here with its place: other encodings, marks that cannot be seen, zero bytes.
 #include "tools/tarqctl/match/package_list.h"
 
 #include "tools/tarqctl/match/explanation.h"
@@ -11,18 +13,18 @@ namespace {
 // the first name another one.
 std::string whyNoItem(const std::string& line) {
     if (line.rfind(kByteOrderMark, 0) == 0) return "it begins with a byte order mark";
-    if (line.rfind("\xff\xfe", 0) == 0 || line.rfind("\xfe\xff", 0) == 0) return "it is UTF-16";
+    if (const std::string wide = wideEncodingOf(line); !wide.empty()) return "it is " + wide;
     if (line.find('\0') != std::string::npos) return "it has a NUL in it";
     return checkUtf8(line);
 }
 
 // How to take away what is wrong with the encoding of a file.
-std::string howToMend(const std::string& file, const std::string& line) {
+std::string howToMend(const Session& session, const std::string& file, const std::string& line) {
     const bool is8 = line.rfind(kByteOrderMark, 0) == 0;
-    const bool is16 = !is8 && whyNoItem(line) == "it is UTF-16";
-    if (file == "-" || (!is8 && !is16)) return "tarqctl match --help";
+    const std::string wide = wideEncodingOf(line);
+    if (file == "-" || (!is8 && wide.empty())) return session.help();
     if (is8) return "sed -i 's/^\\xef\\xbb\\xbf//' " + shellQuoted(file);
-    return "iconv -f UTF-16 -t UTF-8 " + shellQuoted(file) + " | tarqctl match --file -";
+    return "iconv -f " + wide + " -t UTF-8 " + shellQuoted(file) + " | tarqctl match --file -";
 }
 
 }  // namespace
@@ -43,7 +45,7 @@ PackageList readList(const Session& session, const std::string& file) {
         if (isBlank || line[0] == '#') return;
         const std::string why = whyNoItem(line);
         if (!why.empty()) {
-            throw session.failure("bad_item", place + ": " + why, howToMend(file, line));
+            throw session.failure("bad_item", place + ": " + why, howToMend(session, file, line));
         }
         list.items.push_back(line);
         list.places.push_back(place);

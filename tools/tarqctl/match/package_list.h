@@ -1,4 +1,5 @@
-// The list of a package, as people write it into a file.
+// The list of a package, as people write it into a file. Blank lines and those that begin with #
+// are no items.
 #pragma once
 
 #include <string>
@@ -18,7 +19,8 @@ struct PackageList {
     }
 };
 
-// One item a line; "-" is standard input. Throws a Failure with the line that is no item.
+// One item a line; "-" is standard input. Throws a Failure with the line that is no item. A line
+// that ends in CR LF is taken without the CR, which is noticed on standard error.
 PackageList readList(const Session& session, const std::string& file);
 
 }  // namespace tarq::tools

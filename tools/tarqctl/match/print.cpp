@@ -12,6 +12,7 @@ namespace {
 
 using Cells = std::array<std::string, 4>;
 
+// These words are also those of the JSON, with underscores.
 std::string wordFor(Verdict verdict) {
     constexpr const char* words[] = {"fits", "does not fit", "ignored", "not examined", "unknown"};
     return words[static_cast<size_t>(verdict)];
@@ -35,6 +36,7 @@ std::string cell(const std::string& text, size_t wanted) {
     return "  " + text + std::string(wanted - width(text), ' ');
 }
 
+// The fallback is a row without a board and a package.
 std::string tableOf(const Explanation& explanation) {
     const std::string fallback = explanation.fallback.empty() ? "" : "fallback";
     std::vector<Cells> table = {{"part", "board", "package", "verdict"}};
@@ -59,6 +61,7 @@ bool isUnfinished(const Explanation& explanation) {
                        [](const auto& row) { return row.verdict == Verdict::kNotExamined; });
 }
 
+// What is to be written instead is quoted for a shell, since match takes items as words.
 std::string howToFit(const Explanation& explanation) {
     std::string text;
     for (const ExplainedRow& row : explanation.rows) {
@@ -76,9 +79,6 @@ std::string howToFit(const Explanation& explanation) {
 }
 
 Json asJson(const ExplainedRow& row) {
-    const auto orNull = [](const std::optional<std::string>& text) {
-        return text ? Json(*text) : Json(nullptr);
-    };
     std::string verdict = wordFor(row.verdict);
     std::replace(verdict.begin(), verdict.end(), ' ', '_');
     return {{"name", row.name},   {"board", orNull(row.board)}, {"package", orNull(row.package)},
@@ -100,6 +100,7 @@ std::string asText(const Session& session, const Explanation& explanation) {
     return word + asText(explanation).substr(verdict.size());
 }
 
+// service is there only where a service was asked.
 Json asJson(const Explanation& explanation) {
     Json items = Json::array();
     for (const ExplainedRow& row : explanation.rows) items.push_back(asJson(row));
@@ -109,11 +110,10 @@ Json asJson(const Explanation& explanation) {
     if (explanation.service) json["service"] = *explanation.service;
     json.update({{"sentence", explanation.sentence},
                  {"items", items},
-                 {"fallback", nullptr},
+                 {"fallback", orNull(explanation.fallback)},
                  {"required_time", nullptr},
                  {"not_compared", explanation.notCompared},
                  {"doubts", doubts}});
-    if (!explanation.fallback.empty()) json["fallback"] = explanation.fallback;
     if (explanation.requiredTime) json["required_time"] = *explanation.requiredTime;
     return json;
 }

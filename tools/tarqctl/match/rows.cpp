@@ -18,6 +18,7 @@ std::string listOf(const Texts& texts) {
     return list;
 }
 
+// Empty where the log does not tell what the hardware said.
 std::string probeReason(const ProbeFinding& probe, const std::string& package) {
     const std::string how = probe.how.empty() ? "" : " (" + probe.how + ")";
     if (!probe.answered) {
@@ -32,6 +33,7 @@ std::string probeReason(const ProbeFinding& probe, const std::string& package) {
     return "probe says " + *probe.part + how + ", " + listed + (nearly ? " exactly so" : "");
 }
 
+// Of words that are missing those are told, else the ones that were found.
 std::string wordsReason(const Item& part, const ItemFinding& finding) {
     if (!finding.missingWords.empty()) {
         return "no " + listOf(finding.missingWords) + " in \"" + finding.item.value + "\"";
@@ -52,12 +54,12 @@ std::string itemWith(const std::string& name, const std::string& value, const Te
                      size_t maxSize) {
     std::string addition;
     for (const std::string& text : added) addition += (addition.empty() ? "" : ",") + text;
-    const bool replaced = value.empty() || value == "null";
+    const bool replaced = value.empty() || value == kNoPart;
     const std::string item = name + ":" + (replaced ? "" : value + ",") + addition;
     return item.size() <= maxSize ? item : name + ":" + addition;
 }
 
-// Empty for a value of the board that no item can hold.
+// Empty for a value of the board that no item can hold. Each of them alone would make the part fit.
 Texts betterItems(const Item& part, const ItemFinding* finding) {
     const bool starts = finding == nullptr || finding->tooLong;
     const Texts words = starts ? tokensOf(part.value) : finding->missingWords;
@@ -79,10 +81,11 @@ Verdict notSeen(const MatchRequest& request) {
     return request.outcome == Outcome::kNo ? Verdict::kNotExamined : Verdict::kUnknown;
 }
 
+// The daemon looks at each overlay id of the list, so each has a row.
 ExplainedRow overlayRow(const MatchRequest& request, const ItemFinding& finding) {
     const std::string& ids = finding.item.value;
     ExplainedRow row = {kOverlayId, request.overlayId, ids, notSeen(request), ""};
-    if (request.overlayId == "-1") row.board.reset();
+    if (request.overlayId == kNoOverlay) row.board.reset();
     if (!finding.examined) return row;
     if (!finding.overlayFits) {
         row.verdict = Verdict::kIgnored;
@@ -101,7 +104,8 @@ ExplainedRow overlayRow(const MatchRequest& request, const ItemFinding& finding)
     return row;
 }
 
-// A part that the board has.
+// A part that the board has. A part that no item names does not fit, but only once all items were
+// seen.
 ExplainedRow partRow(const MatchRequest& request, const Item& part, const ItemFinding* finding) {
     ExplainedRow row = {part.name, part.value, {}, notSeen(request), ""};
     if (finding != nullptr) row.package = finding->item.value;
@@ -126,6 +130,7 @@ ExplainedRow partRow(const MatchRequest& request, const Item& part, const ItemFi
     return row;
 }
 
+// The daemon passes over it, whatever its value is.
 ExplainedRow ignoredRow(const MatchRequest& request, const ItemFinding& finding,
                         const std::string& reason) {
     ExplainedRow row = {finding.item.name, {}, finding.item.value, Verdict::kIgnored, reason};
@@ -142,10 +147,10 @@ std::vector<ExplainedRow> explainedRows(const MatchRequest& request) {
     }
     for (const Item& part : request.board) {
         const ItemFinding* finding = findingOf(request, part.name);
-        if (part.value != "null") {
+        if (part.value != kNoPart) {
             rows.push_back(partRow(request, part, finding));
         } else if (finding != nullptr) {
-            const bool isNeither = finding->item.value == "null";
+            const bool isNeither = finding->item.value == kNoPart;
             rows.push_back(
                     ignoredRow(request, *finding,
                                isNeither ? "neither has one" : "the board lists no " + part.name));

@@ -14,7 +14,9 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <thread>
 
+#include "tools/tarqctl/ask/why_silent.h"
 #include "tools/tarqctl/session.h"
 
 namespace tarq::tools {
@@ -26,6 +28,7 @@ using std::chrono::steady_clock;
 static constexpr int kNotExecutable = 126;
 static constexpr int kNotFound = 127;
 
+// Between fork and exec only this thread exists, which is why `up` has no other one.
 Child::Child(Program program, const Signals& signals, const Guard& guard)
     : mProgram(std::move(program)) {
     const pid_t parent = getpid();
@@ -36,6 +39,7 @@ Child::Child(Program program, const Signals& signals, const Guard& guard)
     }
 }
 
+// The guard is told first, so that there is no moment at which a part could outlive a killed `up`.
 void Child::become(const Signals& signals, const Guard& guard, pid_t parent) const {
     if (mProgram.isPart) {
         setsid();
@@ -71,6 +75,7 @@ bool Child::hasEnded() {
     return mEnded;
 }
 
+// A program that a signal has ended has no exit code of its own.
 int Child::status() const {
     return mSignal != 0 ? 128 + mSignal : mExitCode;
 }
@@ -80,13 +85,8 @@ std::string Child::howItEnded() const {
     return "ended: signal " + std::to_string(mSignal) + " (" + strsignal(mSignal) + ")";
 }
 
-// The state is the word behind the name, which is in parentheses and may hold any.
 bool Child::isStopped() const {
-    std::ifstream in("/proc/" + std::to_string(mPid) + "/stat");
-    std::string line;
-    std::getline(in, line);
-    const size_t name = line.rfind(')');
-    const char state = name != std::string::npos && name + 2 < line.size() ? line[name + 2] : ' ';
+    const char state = stateOf(mPid);
     return !mEnded && (state == 'T' || state == 't');
 }
 
@@ -109,9 +109,6 @@ bool Child::isGone() {
 // at it, and is killed then. The user is never kept: who asks once more has it at once.
 
 using Children = std::vector<std::unique_ptr<Child>>;
-
-// Whoever ends a process may tell it and its group, so that two signals come as one wish.
-static constexpr milliseconds kOneWish{300};
 
 static void killNow(Child& child) {
     child.signal(SIGKILL);
@@ -140,10 +137,9 @@ static std::string whyKilled(Child& child) {
     return child.name() + (child.isStopped() ? " is stopped and" : "") + " did not end " + time;
 }
 
-void endAll(const Children& children, const Signals& signals,
+bool endAll(const Children& children, const Signals& signals, bool isUrgent,
             const std::function<void(const std::string&)>& say) {
     const auto ending = steady_clock::now();
-    bool isUrgent = false;
     for (auto child = children.rbegin(); child != children.rend(); ++child) {
         (*child)->signal(SIGTERM);
         const auto tell = [&] {
@@ -158,6 +154,23 @@ void endAll(const Children& children, const Signals& signals,
         }
         bool isKilled = false;  // nothing to be waited for but the kernel
         waitFor(**child, signals, ending, &isKilled, nullptr);
+    }
+    return isUrgent;
+}
+
+// Each one that ends may leave others, which come next.
+void killOrphans(pid_t except) {
+    const auto end = steady_clock::now() + kPatience;
+    for (bool isAny = true; isAny && steady_clock::now() < end;) {
+        isAny = false;
+        std::ifstream children("/proc/thread-self/children");
+        for (pid_t child = 0; children >> child;) {
+            if (child == except) continue;
+            isAny = true;
+            kill(child, SIGKILL);
+            waitpid(child, nullptr, WNOHANG);
+        }
+        if (isAny) std::this_thread::sleep_for(milliseconds(1));
     }
 }
 

@@ -10,11 +10,12 @@
 #include <utility>
 #include <vector>
 
-#include "tools/tarqctl/up/guard.h"
 #include "tools/tarqctl/up/signals.h"
 
 namespace tarq::tools {
 
+// The first word is looked up on PATH like that of a shell; the environment is added to that of
+// this process.
 struct Program {
     std::string name;  // for people: "the daemon"
     std::vector<std::string> words;
@@ -26,7 +27,8 @@ struct Program {
     std::vector<std::pair<std::string, std::string>> environment = {};
 };
 
-// To be told to end before it is destroyed, see endAll().
+// To be told to end before it is destroyed, see endAll(). Its status is kept by the kernel until
+// isGone() has taken it, so its number belongs to nobody else meanwhile.
 class Child {
   public:
     // Throws a Failure when this system has no process left.
@@ -39,7 +41,8 @@ class Child {
 
     // Of the program itself. Never waits.
     bool hasEnded();
-    // As a shell has it: its exit code, or 128 and the signal that ended it.
+    // As a shell has it: its exit code, or 128 and the signal that ended it. Only once it has
+    // ended.
     int status() const;
     // "ended: signal 9 (Killed)", "ended with status 1".
     std::string howItEnded() const;
@@ -65,10 +68,17 @@ class Child {
 
 // How long each may take to end.
 constexpr std::chrono::seconds kPatience{5};
+// Whoever ends a process may tell it and its group, so that two signals come as one wish.
+constexpr std::chrono::milliseconds kOneWish{300};
 
 // Ends them one after the other, the last one first: tells each to, and kills it when the time is
-// over, which say() is told in a sentence. A SIGINT or SIGTERM meanwhile kills all of them at once.
-void endAll(const std::vector<std::unique_ptr<Child>>& children, const Signals& signals,
-            const std::function<void(const std::string&)>& say);
+// over, which say() is told in a sentence. isUrgent, or a SIGINT or SIGTERM meanwhile: kills all of
+// them at once. True when they were.
+bool endAll(const std::vector<std::unique_ptr<Child>>& children, const Signals& signals,
+            bool isUrgent, const std::function<void(const std::string&)>& say);
+
+// Kills what else this process has for children, but for that one: what its commands have started
+// is handed to it when they end.
+void killOrphans(pid_t except);
 
 }  // namespace tarq::tools

@@ -4,7 +4,6 @@
 #include "tools/tarqctl/up/folder.h"
 
 #include <cutils/properties.h>
-#include <errno.h>
 #include <string.h>
 
 #include <filesystem>
@@ -18,6 +17,7 @@ namespace tarq::tools {
 
 namespace fs = std::filesystem;
 
+// Where they lie is known from the build, so on another machine the tool knows none.
 static std::string knownBoards() {
     std::set<std::string> names;
     std::error_code unreadable;  // the same as empty
@@ -43,6 +43,8 @@ std::string boardFolder(const std::string& nameOrFolder) {
                   "tarqctl up --board demo_panel"};
 }
 
+static constexpr char kNothingPlayed[] = "no effect is played at the start";
+
 static void tellBrokenFile(const std::string& path, const std::string& consequence,
                            const std::function<void(const std::string&)>& say) {
     const host::XmlError error = host::findXmlError(deviceFile(path));
@@ -55,10 +57,14 @@ void tellBrokenFiles(const std::function<void(const std::string&)>& say) {
     char effect[PROPERTY_VALUE_MAX] = {};
     const bool isChosen = property_get("vendor.boot.led_effect", effect, "") > 0;
     if (!isChosen) strcpy(effect, "/vendor/etc/leds/wave_fast.xml");
-    // A board without LEDs has no use for the usual one.
+    // A board without LEDs has no use for one.
     std::error_code unreadable;
-    if (!isChosen && !fs::exists(deviceFile(effect), unreadable)) return;
-    tellBrokenFile(effect, "no effect is played at the start", say);
+    const bool hasLeds = fs::exists(deviceFile("/sys/class/rgbled/set_color"), unreadable);
+    if (!isChosen && !fs::exists(deviceFile(effect), unreadable)) {
+        if (hasLeds) say("the board has no " + std::string(effect) + ", " + kNothingPlayed);
+        return;
+    }
+    tellBrokenFile(effect, kNothingPlayed, say);
 }
 
 }  // namespace tarq::tools

@@ -12,7 +12,7 @@
 #include <deque>
 #include <functional>
 
-#include "host/run/disk.h"
+#include "host/run/file_systems.h"
 #include "host/run/growing_file.h"
 #include "tools/tarqctl/ask/known_services.h"
 #include "tools/tarqctl/up/folder.h"
@@ -47,6 +47,8 @@ class Waiting {
 
 }  // namespace
 
+// Files that the daemon will read are looked at between the two starts: by then the board has laid
+// them out.
 void Parts::start() {
     const std::string folder = boardFolder(mOptions.board);
     makeDirectory(folder);
@@ -56,8 +58,11 @@ void Parts::start() {
     startDaemon();
 }
 
-void Parts::end() {
-    endAll(mChildren, signals, [this](const std::string& text) { say(text); });
+// The directory goes last, when nobody writes to it any more.
+void Parts::end(bool isUrgent) {
+    const auto tell = [this](const std::string& text) { say(text); };
+    // A command's own processes are left to it, but not by who asks for the end twice.
+    if (endAll(mChildren, signals, isUrgent, tell)) killOrphans(guard.pid());
     mDirectory.reset();
 }
 
@@ -67,7 +72,7 @@ void Parts::say(const std::string& text) const {
 
 void Parts::pause(int readable) const {
     const int signal = signals.wait(milliseconds(20), readable);
-    if (signal != 0) throw Interrupted{signal};
+    if (signal != 0) throw Ended{128 + signal};
 }
 
 Child& Parts::add(Program program) {
@@ -82,6 +87,7 @@ std::vector<std::string> Parts::tarqctl(const std::vector<std::string>& words) c
     return all;
 }
 
+// It is named for the board, so that it can be told from those of other boards.
 void Parts::makeDirectory(const std::string& folder) {
     Waiting waiting([this] { say("waiting for another start of yours, one begins at a time"); });
     mDirectory.emplace(fs::canonical(folder).filename(), mOptions.isShared, [&] {
@@ -100,6 +106,8 @@ Failure Parts::partEnded(const std::string& who, const Child& part) const {
     return {"part_ended", "up", who + " " + part.howItEnded(), again()};
 }
 
+// The board says "ready" in a line on a pipe that is its standard output. When it ends before that
+// the pipe ends as well, but the child tells how.
 void Parts::startBoard(const std::string& folder) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) {
@@ -116,7 +124,7 @@ void Parts::startBoard(const std::string& folder) {
         pause(ends[0]);
         while (byte != '\n' && read(ends[0], &byte, 1) == 1) continue;
         if (byte == '\n') break;
-        if (board->hasEnded()) throw partEnded("the board did not start: it", *board);
+        if (board->hasEnded()) boardRefused();
         if (waiting.elapsed() > kBoardPatience) {
             throw Failure{"timeout", "up", "the board is not ready after 60 s", again()};
         }
@@ -126,15 +134,20 @@ void Parts::startBoard(const std::string& folder) {
     mDirectory->letOthersStart();
 }
 
+// Who ends with that status has said why. JSON comes from nobody else.
+void Parts::boardRefused() const {
+    if (board->status() == kCouldNotAsk && !mSession.json) throw Ended{kCouldNotAsk};
+    throw partEnded("the board did not start: it", *board);
+}
+
 // What cannot be written is missed by everything that comes later.
 void Parts::requireRoom() const {
     const int error = host::writeError(directory());
     if (error == 0 || error == ENOENT) return;  // or the board has just ended
-    throw Failure{"disk_full", "up",
-                  directory().directory + " cannot be written: " + strerror(error),
-                  "TMPDIR=DIR tarqctl up, with room in DIR"};
+    throw Failure{"disk_full", "up", host::cannotBeWritten(directory(), error), "df -h"};
 }
 
+// They tell best why it did not come up, and the directory with the log is about to be removed.
 void Parts::sayLastLines() const {
     std::deque<std::string> lines;
     host::GrowingFile log(directory().log());
@@ -146,6 +159,8 @@ void Parts::sayLastLines() const {
     for (const std::string& line : lines) mSession.err << line + "\n";
 }
 
+// Whether the daemon serves is asked by another tarqctl, since a call that waits cannot be broken
+// off in this process.
 void Parts::startDaemon() {
     const host::Board& place = directory();
     daemon = &add({"the daemon",

@@ -1,4 +1,5 @@
-// What `up` starts and ends.
+// What `up` starts and ends. They are started one by one and ended in the opposite order, whatever
+// happens in between.
 #pragma once
 
 #include <filesystem>
@@ -9,19 +10,19 @@
 
 #include "tools/tarqctl/session.h"
 #include "tools/tarqctl/up/child.h"
-#include "tools/tarqctl/up/guard.h"
 #include "tools/tarqctl/up/signals.h"
 #include "tools/tarqctl/up/up.h"
 #include "tools/tarqctl/up/users_boards.h"
 
 namespace tarq::tools {
 
-// Thrown where it is waited, but while a command runs, which decides what a signal means to it.
-struct Interrupted {
-    int signal;
+// Thrown where there is nothing more to be said: after a signal, or what a part has said itself.
+struct Ended {
+    int status;             // that `up` ends with
+    bool isUrgent = false;  // it was asked for twice
 };
 
-// For one thread. Throws a Failure or Interrupted wherever it does not get on.
+// For one thread. Throws a Failure or Ended wherever it does not get on.
 class Parts {
   public:
     Parts(const Session& session, const UpOptions& options)
@@ -31,8 +32,8 @@ class Parts {
     void start();
     // One more process, ended before those that were started earlier.
     Child& add(Program program);
-    // All of them, the last one first, and the directory.
-    void end();
+    // All of them, the last one first, and the directory. isUrgent: at once.
+    void end(bool isUrgent);
 
     // The words that start this program for this board.
     std::vector<std::string> tarqctl(const std::vector<std::string>& words) const;
@@ -40,8 +41,10 @@ class Parts {
     // How a part ended, and how to start anew.
     Failure partEnded(const std::string& who, const Child& part) const;
 
-    // Waits a moment, for signals too.
+    // Waits a moment, for signals too. Throws Interrupted for a signal that is to end everything.
+    // readable: a descriptor of which anything to read ends the wait, too.
     void pause(int readable = -1) const;
+    // It goes to standard error at once, with the name of the command in front.
     void say(const std::string& text) const;
 
     const std::filesystem::path programs =
@@ -54,6 +57,7 @@ class Parts {
   private:
     void makeDirectory(const std::string& folder);
     void startBoard(const std::string& folder);
+    [[noreturn]] void boardRefused() const;
     void startDaemon();
     void requireRoom() const;
     void sayLastLines() const;

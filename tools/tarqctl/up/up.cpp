@@ -7,8 +7,9 @@
 #include <unistd.h>
 
 #include <optional>
+#include <utility>
 
-#include "host/run/disk.h"
+#include "host/run/file_systems.h"
 #include "tools/tarqctl/up/parts.h"
 
 namespace tarq::tools {
@@ -30,16 +31,24 @@ class Up {
     int showLog();
     int runCommand(const std::vector<std::string>& words);
     void watch();
-    void passOn(int signal, Child& command);
+    void sayMeanwhile(const std::string& text, const std::string& hint);
+    void passOn(int signal, bool isHeard, Child& command);
 
     const Session& mSession;
     Parts mParts;
-    bool mSaidBoard = false;  // that it ended
+    std::vector<std::string> mMeanwhile;  // what was said while the command ran
+    bool mSaidBoard = false;              // that it ended
     bool mSaidDaemon = false;
     bool mSaidFull = false;
+    bool mSaidGoesOn = false;                       // of the command, after a signal
     steady_clock::time_point mLastLook = {};        // at the disk
     std::optional<steady_clock::time_point> mTold;  // the command, to end
 };
+
+void Up::sayMeanwhile(const std::string& text, const std::string& hint) {
+    mParts.say(text + "; see " + hint);
+    mMeanwhile.push_back(text);
+}
 
 // What ended or is full is said once, while the command goes on.
 void Up::watch() {
@@ -48,17 +57,17 @@ void Up::watch() {
          {std::pair(mParts.board, &mSaidBoard), {mParts.daemon, &mSaidDaemon}}) {
         if (*isSaid || !part->hasEnded()) continue;
         *isSaid = true;
-        mParts.say(part->name() + " " + part->howItEnded() + "; see tarqctl --board " +
-                   shellQuoted(directory) + " log");
+        sayMeanwhile(part->name() + " " + part->howItEnded(),
+                     "tarqctl --board " + shellQuoted(directory) + " log");
     }
     if (mSaidFull || mSaidBoard || steady_clock::now() - mLastLook < seconds(1)) return;
     mLastLook = steady_clock::now();
     const int error = host::writeError(mParts.directory());
     if (error == 0 || error == ENOENT) return;  // or the board is just ending
     mSaidFull = true;
-    mParts.say(directory + " cannot be written: " + strerror(error) +
-               "; from now on lines of the log and records are lost; see df -h " +
-               shellQuoted(directory));
+    sayMeanwhile(host::cannotBeWritten(mParts.directory(), error) +
+                         "; until then lines of the log and records are lost",
+                 "df -h " + shellQuoted(directory));
 }
 
 int Up::showLog() {
@@ -79,17 +88,27 @@ int Up::showLog() {
     return log.status();
 }
 
-// One that is stopped does not hear of it, and would keep everybody else.
-void Up::passOn(int signal, Child& command) {
+// What a signal means is the command's to decide, as a debugger takes Ctrl-C for its own; but two
+// within a short time are for all. One that is stopped does not hear of it, and would keep
+// everybody else.
+void Up::passOn(int signal, bool isHeard, Child& command) {
+    const auto now = steady_clock::now();
     if (signal != 0) {
-        command.signal(signal);
-        mTold = steady_clock::now();
+        const bool isAgain = mTold && now - *mTold > kOneWish;
+        if (isAgain && !command.hasEnded()) throw Ended{128 + signal, true};
+        if (!isHeard) command.signal(signal);
+        if (!mTold) mTold = now;
     }
-    if (!mTold || steady_clock::now() - *mTold < kPatience || !command.isStopped()) return;
+    if (!mTold) return;
+    if (now - *mTold > seconds(2) && !std::exchange(mSaidGoesOn, true)) {
+        mParts.say(command.name() + " goes on; Ctrl-C twice ends all at once");
+    }
+    if (now - *mTold < kPatience) return;
+    mTold.reset();
+    if (!command.isStopped()) return;
     mParts.say(command.name() + " is stopped and did not end within " +
                std::to_string(kPatience.count()) + " s, and is killed");
     command.signal(SIGKILL);
-    mTold.reset();
 }
 
 int Up::runCommand(const std::vector<std::string>& words) {
@@ -106,8 +125,12 @@ int Up::runCommand(const std::vector<std::string>& words) {
     while (!command.hasEnded()) {
         const int signal = mParts.signals.wait(milliseconds(20));
         // Ctrl-C reaches the command by itself.
-        passOn(signal == SIGINT && isOnTerminal ? 0 : signal, command);
+        passOn(signal, signal == SIGINT && isOnTerminal, command);
         watch();
+    }
+    // A command that had the whole screen has taken away with it what was said there.
+    if (isatty(STDERR_FILENO) == 1) {
+        for (const std::string& text : mMeanwhile) mParts.say("meanwhile " + text);
     }
     return command.status();
 }
@@ -115,11 +138,13 @@ int Up::runCommand(const std::vector<std::string>& words) {
 // What went wrong is printed before the end, which may take its time.
 int Up::run(const std::vector<std::string>& command) {
     int status = kCouldNotAsk;
+    bool isUrgent = false;
     try {
         mParts.start();
         status = command.empty() ? showLog() : runCommand(command);
-    } catch (const Interrupted& by) {
-        status = 128 + by.signal;
+    } catch (const Ended& end) {
+        status = end.status;
+        isUrgent = end.isUrgent;
     } catch (Failure& failure) {
         // Who has come by scripts/run has no tarqctl on PATH.
         const size_t up = failure.hint.find("tarqctl up");
@@ -129,7 +154,7 @@ int Up::run(const std::vector<std::string>& command) {
         printFailure(failure, mSession.json, mSession.out, mSession.err);
         status = failure.exitCode;
     }
-    mParts.end();
+    mParts.end(isUrgent);
     return status;
 }
 

@@ -13,8 +13,8 @@
 
 #include <filesystem>
 
-#include "host/run/lock.h"
-#include "host/run/stale_mount.h"
+#include "host/run/board.h"
+#include "host/run/file_systems.h"
 
 namespace tarq::tools {
 
@@ -31,6 +31,8 @@ static void removeBoard(const host::Board& board) {
     fs::remove_all(board.directory, ignored);
 }
 
+// A directory of which the lock can be had belongs to nobody: neither to a board that runs nor to
+// an `up` that is about to start one or to end it.
 static void removeWhatWasLeft(const std::string& directory) {
     std::error_code unreadable;  // the same as empty
     for (const fs::directory_entry& entry : fs::directory_iterator(directory, unreadable)) {
@@ -85,6 +87,7 @@ bool BoardDirectory::makeOwn(const std::string& name) {
     return true;
 }
 
+// A directory that was made and cannot be used is removed again, unless another start is in it.
 BoardDirectory::BoardDirectory(const std::string& name, bool shared,
                                const std::function<void()>& pause) {
     const std::string directory = fs::absolute(host::usersBoards());

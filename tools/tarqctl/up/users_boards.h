@@ -9,7 +9,8 @@
 
 namespace tarq::tools {
 
-// Made for one board, and removed with it.
+// Made for one board, and removed with it. Until letOthersStart() all other starts of this user
+// wait.
 class BoardDirectory {
   public:
     // Takes away what was left by a kill, and makes a directory of that name. Calls pause() while

@@ -214,6 +214,7 @@ void EffectPicture::write(const std::string& text, Point middle, uint8_t colour)
 
 // ---- all together ----
 
+// The ring needs room for its light and the numbers in it, the caption for its longest line.
 EffectPicture::EffectPicture(const std::vector<EffectFrame>& frames,
                              const std::vector<std::string>& caption) {
     const Ring ring(frames.front().colours.size());
@@ -231,6 +232,8 @@ EffectPicture::EffectPicture(const std::vector<EffectFrame>& frames,
     placeCaption(caption, longest);
 }
 
+// An LED's shades stand behind each other in the palette, so a pixel is the place of the first and
+// how much light falls on it.
 std::vector<uint8_t> EffectPicture::draw(const Colours& colours) const {
     std::vector<uint8_t> places;  // of the first shade of each LED's colour
     for (const uint32_t colour : colours) places.push_back(mPlaces.at(colour & mMask));

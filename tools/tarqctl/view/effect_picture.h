@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "host/board/leds/led_effect.h"
+#include "tools/tarqctl/session.h"
 
 namespace tarq::tools {
 
@@ -20,18 +21,20 @@ struct EffectFrame {
 };
 
 // The effect once through, or the first minute of it. Time is cut into 20 ms, the shortest that
-// programs show a frame of a GIF.
+// programs show a frame of a GIF. leds: how many the picture is to have. One that the effect does
+// not name stays dark.
 std::vector<EffectFrame> framesOf(const board::LedEffect& effect, size_t leds);
 
 // What the picture does not show of the effect as it is, a sentence each.
 std::vector<std::string> lacksOf(const board::LedEffect& effect,
                                  const std::vector<EffectFrame>& frames);
 
-// The lines below the ring.
+// The lines below the ring. Printable ASCII alone, as the font has no other characters.
 std::vector<std::string> captionOf(const board::LedEffect& effect, const std::string& title,
                                    const std::vector<std::string>& lacks);
 
-// The frames of one effect in one size and with one palette.
+// The frames of one effect in one size and with one palette. All that does not change from frame to
+// frame is worked out once, when it is made.
 class EffectPicture {
   public:
     EffectPicture(const std::vector<EffectFrame>& frames, const std::vector<std::string>& caption);
@@ -68,5 +71,12 @@ class EffectPicture {
     std::vector<Light> mLights;           // by pixel
     std::vector<uint8_t> mStanding;       // the pixels without any light
 };
+
+// ---- the whole of it, for a command ----
+
+// Draws the effect of the file, or without one the effect that the board plays, into a moving GIF.
+// Without a board the LEDs that the file names are drawn. What is left out and what the picture
+// lacks is noticed. Throws a Failure when the driver does not take all of it.
+void drawEffect(Session& session, const std::string& effectFile, const std::string& gifFile);
 
 }  // namespace tarq::tools

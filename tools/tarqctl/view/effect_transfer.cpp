@@ -23,8 +23,8 @@ std::string whyUnreadable(const std::string& file) {
     return error.cause.empty() ? "" : error.describe(file);
 }
 
-static std::vector<EffectItem> readItems(const Session& session, const std::string& path,
-                                         const std::string& hint) {
+// Why a file cannot be read is found first, by a reader that tells causes; the daemon's has none.
+static std::vector<EffectItem> readItems(const Session& session, const std::string& path) {
     std::string why = whyUnreadable(path);
     std::vector<EffectItem> items;
     if (why.empty()) {
@@ -33,10 +33,11 @@ static std::vector<EffectItem> readItems(const Session& session, const std::stri
         if (file != nullptr && readEffect(file.get(), &items)) return items;
         why = path + ": it has changed meanwhile";
     }
-    throw session.failure("not_loaded", why + "; the daemon would send nothing", hint,
+    throw session.failure("not_loaded", why + "; the daemon would send nothing", session.help(),
                           kServiceSaidNo);
 }
 
+// The attributes are the daemon's constants, so no name of one stands here again.
 static EffectRecord recordOf(const EffectItem& item) {
     switch (item.kind) {
         case EffectItem::kParameter:
@@ -51,10 +52,11 @@ static EffectRecord recordOf(const EffectItem& item) {
     return {};
 }
 
-EffectTransfer transferEffect(const Session& session, const std::string& file, size_t leds,
-                              const std::string& hint) {
+// All records are written to one driver, since whether a later one is taken depends on those before
+// it.
+EffectTransfer transferEffect(const Session& session, const std::string& file, size_t leds) {
     EffectTransfer transfer = {file, {{kTransferState, "1"}}, std::nullopt};
-    for (const EffectItem& item : readItems(session, file, hint)) {
+    for (const EffectItem& item : readItems(session, file)) {
         transfer.records.push_back(recordOf(item));
     }
     transfer.records.push_back({kTransferState, "0"});
@@ -77,6 +79,7 @@ std::string EffectTransfer::trouble(const EffectRecord& record) const {
     return host::escaped(place + "the driver refuses " + what + ": " + record.whyRefused);
 }
 
+// The first line of the trace tells it, so a board without one, as on plain files, does not tell.
 std::optional<size_t> findLeds(Session& session, const std::string& file) {
     try {
         openBoard(session);
@@ -91,11 +94,10 @@ std::optional<size_t> findLeds(Session& session, const std::string& file) {
     return line.leds;
 }
 
-void throwIfAny(const Session& session, const std::vector<std::string>& refusals,
-                const std::string& hint) {
+void throwIfAny(const Session& session, const std::vector<std::string>& refusals) {
     if (refusals.empty()) return;
     for (size_t i = 0; i + 1 < refusals.size(); ++i) session.notice(refusals[i]);
-    throw session.failure("refused", refusals.back(), hint, kServiceSaidNo);
+    throw session.failure("refused", refusals.back(), session.help(), kServiceSaidNo);
 }
 
 }  // namespace tarq::tools

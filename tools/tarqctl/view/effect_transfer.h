@@ -18,6 +18,7 @@ struct EffectRecord {
     std::string whyRefused = {};  // by the driver; "" when it takes the record
 };
 
+// The first and the last record are the driver's commands that begin and end the transfer.
 struct EffectTransfer {
     std::string file;
     std::vector<EffectRecord> records;
@@ -29,21 +30,20 @@ struct EffectTransfer {
 };
 
 // Reads it, a path of the device or any other, with the daemon's reader, and writes it to a driver
-// of so many LEDs. Throws a Failure with the hint when the daemon would send nothing, as it cannot
-// be read: no such file, not readable and no XML are told apart.
-EffectTransfer transferEffect(const Session& session, const std::string& file, size_t leds,
-                              const std::string& hint);
+// of so many LEDs. Throws a Failure when the daemon would send nothing, as it cannot be read: no
+// such file, not readable and no XML are told apart. What the driver refuses does not end it: the
+// daemon, which does not ask, goes on as well.
+EffectTransfer transferEffect(const Session& session, const std::string& file, size_t leds);
 
 // Opens the board, and tells how many LEDs it has; nothing where that is not known. A file that is
 // none of the device needs no board.
 std::optional<size_t> findLeds(Session& session, const std::string& file);
-constexpr size_t kMostLeds = 255;  // that a board has
 
 // "x.xml:3: CAUSE: TEXT", when the daemon could not read it; "" when it can be read here.
 std::string whyUnreadable(const std::string& file);
 
-// Each one on err; the last one is the Failure that is thrown, if there is any.
-void throwIfAny(const Session& session, const std::vector<std::string>& refusals,
-                const std::string& hint);
+// Each one on err; the last one is the Failure that is thrown, if there is any. The service has
+// said no then (exit code 1).
+void throwIfAny(const Session& session, const std::vector<std::string>& refusals);
 
 }  // namespace tarq::tools

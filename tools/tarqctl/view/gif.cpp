@@ -12,11 +12,13 @@ static void check(int result) {
     if (result != GIF_OK) throw std::bad_alloc();
 }
 
+// The encoder has no file: what it writes is gathered in the string that it was given.
 static int append(GifFileType* encoder, const GifByteType* bytes, int size) {
     static_cast<std::string*>(encoder->UserData)->append(bytes, bytes + size);
     return size;
 }
 
+// The colour table of a GIF has a power of two of entries: those that are not used are black.
 Gif::Gif(size_t width, size_t height, const std::vector<uint32_t>& palette, bool loops)
     : mWidth(static_cast<int>(width)),
       mHeight(static_cast<int>(height)),
@@ -39,6 +41,8 @@ Gif::Gif(size_t width, size_t height, const std::vector<uint32_t>& palette, bool
     check(EGifPutExtensionTrailer(mEncoder.get()));
 }
 
+// The first frame is drawn whole. Of a later one the rows between the first and the last change
+// are, and what is the same in them is transparent, which packs well.
 void Gif::add(const std::vector<uint8_t>& pixels, int64_t time) {
     const GraphicsControlBlock control = {DISPOSE_DO_NOT, false, static_cast<int>(time / 10),
                                           kTransparent};

@@ -19,7 +19,8 @@ class Gif {
     // palette: RRGGBB, 256 at most. loops: it is shown again and again, else once.
     Gif(size_t width, size_t height, const std::vector<uint32_t>& palette, bool loops);
 
-    // Row by row, places in the palette. time: for how long, in ms.
+    // Row by row, places in the palette. time: for how long, in ms. A GIF counts in hundredths of a
+    // second, and browsers show a frame of less than 20 ms for longer.
     void add(const std::vector<uint8_t>& pixels, int64_t time);
     // The file; called once, after the last frame.
     std::string finish();

@@ -9,6 +9,7 @@
 
 namespace tarq::tools {
 
+// A digit of either case, or -1.
 static int valueOf(char c) {
     if (c >= '0' && c <= '9') return c - '0';
     if (c >= 'a' && c <= 'f') return c - 'a' + 10;
@@ -39,15 +40,18 @@ void HexText::begin(char c, const Place& here) {
     mIsComment = c == '#';
     if (c == '\\') {
         mExpected = Expected::kX;
-    } else if (!mIsComment && (c == '\0' || strchr(" \t\r\n,:-", c) == nullptr)) {
+    } else if (!mIsComment && strchr(" \t\r\n,:-", c) == nullptr) {
         fail(here,
              "only hexadecimal digits, 0x, \\x, blanks, commas, colons, dashes and # with a "
              "comment are expected");
     }
 }
 
+// A 0 in front of an x was no digit of a byte, but only where no byte stands right before it: in
+// "1a0x1b" the x is a mistake.
 bool HexText::take(char c, uint8_t* byte) {
     const Place here = mNext;
+    if (c == '\0') fail(here, "a byte of value 0, as UTF-16 has them: give ASCII");
     mNext = c == '\n' ? Place{here.line + 1, 1} : Place{here.line, here.column + 1};
     if (mIsComment) {
         mIsComment = c != '\n';
@@ -80,6 +84,7 @@ bool HexText::take(char c, uint8_t* byte) {
     return true;
 }
 
+// A text must not end within a byte, or behind a prefix without digits.
 void HexText::finish() const {
     if (mExpected == Expected::kSecondDigit) fail(mBegin, "a byte is two digits");
     if (mExpected != Expected::kAnything) fail(mBegin, "no digits follow");

@@ -10,7 +10,8 @@ namespace tarq::tools {
 
 // "1a c0", "0x1A, 0xC0", "\x1a\xc0", "1a:c0", "1a-c0" and "1ac0" are the same; line breaks mean
 // nothing, and a # begins a comment up to the end of the line. Two digits are a byte, also where
-// several follow each other. Takes a text of any length, a character at a time.
+// several follow each other. Takes a text of any length, a character at a time. For one thread.
+// After it has thrown it is of no use any more.
 class HexText {
   public:
     // True when this character completes a byte. Throws std::invalid_argument, "LINE:COLUMN: what
@@ -40,7 +41,7 @@ class HexText {
     bool mIsComment = false;
 };
 
-// The bytes of a whole text.
+// The bytes of a whole text. Throws as HexText does.
 std::vector<uint8_t> bytesFromText(const std::string& text);
 
 }  // namespace tarq::tools

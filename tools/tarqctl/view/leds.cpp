@@ -20,6 +20,8 @@ void LedReplay::update() {
     mTrace.read([this](const std::string& line) { take(line); });
 }
 
+// The first line of a board that was switched on again says how many LEDs there are, and begins
+// anew.
 void LedReplay::take(const std::string& text) {
     host::LedLine line;
     if (!host::parseLedLine(text, &line)) return;
@@ -47,6 +49,8 @@ std::string listed(const Colours& colours) {
     return line;
 }
 
+// The number on it is black or white, whichever can be read: the limit is for the brightness that
+// eyes see, by the weights of ITU-R BT.601.
 static std::string asBackground(uint32_t colour) {
     const uint32_t red = colour >> 16, green = colour >> 8 & 0xff, blue = colour & 0xff;
     const bool isBright = 299 * red + 587 * green + 114 * blue > 110'000;
@@ -71,6 +75,7 @@ static std::string lineOf(const Colours& colours, size_t first, size_t perRow, b
     return text + "\n";
 }
 
+// It is drawn over what is there, so nothing flickers.
 std::string blocks(const std::vector<std::string>& title, const Colours& colours,
                    const winsize& screen) {
     const size_t perRow = std::max<size_t>(1, (screen.ws_col + 1) / (kWidth + 1));

@@ -14,7 +14,8 @@
 namespace tarq::tools {
 
 // Feeds a driver with the records of the trace, so that it is in the state of the board's own. A
-// board that is switched on again begins anew.
+// board that is switched on again begins anew. What it shows is what the board shows, as both have
+// the same driver. For one thread.
 class LedReplay {
   public:
     // Throws a Failure when the board has no trace.
@@ -22,6 +23,7 @@ class LedReplay {
 
     // Takes what was added.
     void update();
+    // Times for it are those of host::nowMs(), as in the records.
     const board::LedDriver& driver() const { return mDriver; }
     size_t leds() const { return mLeds; }
 
@@ -36,7 +38,7 @@ class LedReplay {
 // RRGGBB by LED.
 using Colours = std::vector<uint32_t>;
 
-// "0:80c0ff 1:0060ff"
+// "0:80c0ff 1:0060ff" In the order of the LEDs, without a newline.
 std::string listed(const Colours& colours);
 
 // What plays, in a line: "an effect of 960 ms plays again and again".

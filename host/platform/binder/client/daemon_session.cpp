@@ -15,7 +15,7 @@
 #include <unistd.h>
 
 #include "host/platform/binder/client/thread_connections.h"
-#include "host/run/socket.h"
+#include "host/run/descriptors.h"
 
 namespace android::host {
 

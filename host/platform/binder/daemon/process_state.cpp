@@ -20,8 +20,7 @@
 #include "host/platform/binder/daemon/registry.h"
 #include "host/platform/binder/daemon/shares.h"
 #include "host/platform/binder/notices.h"
-#include "host/run/socket.h"
-#include "host/run/standard_descriptors.h"
+#include "host/run/descriptors.h"
 
 namespace android {
 

@@ -20,7 +20,7 @@
 #include "host/platform/binder/daemon/one_way.h"
 #include "host/platform/binder/daemon/shares.h"
 #include "host/platform/utils/start_thread.h"
-#include "host/run/standard_descriptors.h"
+#include "host/run/descriptors.h"
 
 namespace android::host {
 
