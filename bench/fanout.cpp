@@ -120,7 +120,7 @@ static void keyToCallback(benchmark::State& state) {
     close(output);
 }
 
-BENCHMARK(keyToCallback)->Name("a key, from virtual_board to the callback")->Iterations(20);
+BENCHMARK(keyToCallback)->Name("a key, from tarqctl to the callback")->Iterations(20);
 BENCHMARK_CAPTURE(fanout, tarqd10, "tarqd", 10)->Name("fanout10/tarqd")->Iterations(1);
 BENCHMARK_CAPTURE(fanout, floor10, "floor", 10)->Name("fanout10/floor")->Iterations(1);
 BENCHMARK_CAPTURE(fanout, tarqd100, "tarqd", 100)->Name("fanout100/tarqd")->Iterations(1);
