@@ -247,4 +247,21 @@ TEST(GrowingFile, lines_are_handed_over_once_complete_and_a_new_file_is_read_ane
     EXPECT_THAT(read(), ElementsAre("behind"));
 }
 
+TEST(RecordFile, lines_that_are_lost_leave_a_sign_and_no_gap) {
+    signal(SIGXFSZ, SIG_IGN);
+    const TemporaryDirectory directory;
+    const std::string path = directory / "records";
+    tarq::host::RecordFile file("test: the record");
+    file.open(path);
+    file.add("first");
+    EXPECT_FALSE(tarq::host::recordsAreLost(path));
+    const rlimit small = {15, RLIM_INFINITY}, large = {RLIM_INFINITY, RLIM_INFINITY};
+    setrlimit(RLIMIT_FSIZE, &small);
+    file.add("second, which is longer");
+    setrlimit(RLIMIT_FSIZE, &large);
+    file.add("third");
+    EXPECT_TRUE(tarq::host::recordsAreLost(path));
+    EXPECT_EQ(readFile(path), "{\"lost\":true}\n");
+}
+
 }  // namespace

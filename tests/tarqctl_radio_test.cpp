@@ -182,6 +182,9 @@ TEST_F(TarqctlRadio, silence_is_explained_by_the_link_that_is_silent) {
 
 TEST_F(TarqctlRadio, watch_ends_with_its_output_or_with_the_daemon) {
     const Client watch = registered(), full = registered("2>&1 >/dev/full");
+    const Client closed = watching("2>&1 >&-");
+    EXPECT_THAT(closed->readAll(), EndsWith("standard output: cannot be written: it is closed\n"));
+    EXPECT_EQ(closed->wait(), 2);
     mDaemon->kill(SIGSTOP);
     EXPECT_EQ(key("1 2 3 --rssi -60"), "");
     mBoard->command({"set", "receiver_rssi", "-100"});  // leaves the key's strength as it was
@@ -204,6 +207,7 @@ TEST_F(TarqctlRadio, watch_ends_with_its_time_whoever_is_stopped_meanwhile) {
     EXPECT_EQ(enough->wait(), 0);
     EXPECT_EQ(said(*few), "1 2 3 -100 dBm");
     mDaemon->kill(SIGSTOP);
+    EXPECT_THAT(said(*few), HasSubstr("nothing for 3 s: the daemon is stopped (process "));
     EXPECT_EQ(said(*few), "watch -n 2 --for 5: 1 event in 5 s, 2 were to come");
     EXPECT_EQ(few->wait(), 1);
     mDaemon->kill(SIGCONT);

@@ -102,6 +102,16 @@ TEST_F(VirtualBoard, second_one_is_refused_and_a_signal_switches_the_first_off_i
     }
 }
 
+TEST_F(VirtualBoard, directory_of_something_else_is_left_alone) {
+    writeFile(mDirectory / "thesis.tex", "x");
+    fs::permissions(mDirectory.path(), fs::perms(0751));
+    EXPECT_EQ(refusal(), mDirectory.path() +
+                                 " is no board's directory, it holds thesis.tex; give one that is "
+                                 "empty, or not there yet");
+    EXPECT_EQ(fs::status(mDirectory.path()).permissions(), fs::perms(0751));
+    EXPECT_FALSE(fs::exists(mDirectory / "run"));
+}
+
 TEST_F(VirtualBoard, ends_with_the_process_that_started_it) {
     const auto parent = serve("ready", "& wait", "");
     parent->kill(SIGKILL);

@@ -12,6 +12,7 @@
 
 #include "host/run/board.h"
 #include "host/run/file_systems.h"
+#include "host/run/text.h"
 
 namespace tarq::board {
 
@@ -24,8 +25,24 @@ static void makeDirectory(const fs::path& path, fs::perms mode) {
     fs::permissions(path, mode);
 }
 
+// What lies there is opened, closed and removed as a board's, so a directory of something else must
+// not be taken for one. A board that was killed at its beginning may have made run/ only.
+static void refuseForeign(const fs::path& directory) {
+    std::error_code missing;  // is made
+    std::string foreign;
+    for (const fs::directory_entry& entry : fs::directory_iterator(directory, missing)) {
+        const std::string name = entry.path().filename();
+        if (name == "hw") return;
+        if (name != "run" && name != "root") foreign = name;
+    }
+    if (foreign.empty()) return;
+    throw std::runtime_error(directory.string() + " is no board's directory, it holds " +
+                             host::escaped(foreign) + "; give one that is empty, or not there yet");
+}
+
 BoardDirectory::BoardDirectory(const fs::path& directory, bool shared)
     : mBoard{fs::absolute(directory)}, mMode(static_cast<fs::perms>(shared ? 0755 : 0700)) {
+    refuseForeign(mBoard.directory);
     umask(shared ? 0022 : 0077);
     mLock = host::lockBoard(mBoard);
     if (mLock == -EWOULDBLOCK) {

@@ -13,7 +13,8 @@ namespace tarq::board {
 class BoardDirectory {
   public:
     // Takes the directory for this process, and makes it if need be; `shared` opens it to other
-    // users, for reading. Throws std::exception, also when another process has it. Also sets the
+    // users, for reading. Throws std::exception, also when another process has it, or when it holds
+    // what is no board's. Also sets the
     // umask of this process, so that whatever the board makes later is as open as its directory.
     BoardDirectory(const std::filesystem::path& directory, bool shared);
     // Switches the board off: removes run/. root/data stays for the next start.

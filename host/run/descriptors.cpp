@@ -57,7 +57,8 @@ std::string socketError(int error) {
 void openStandardDescriptors() {
     for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
         if (fcntl(fd, F_GETFD) >= 0) continue;
-        open("/dev/null", fd == STDOUT_FILENO ? O_RDONLY : O_RDWR);  // gets the lowest number, fd
+        const int flags = fd == STDIN_FILENO ? O_WRONLY : fd == STDOUT_FILENO ? O_RDONLY : O_RDWR;
+        open("/dev/null", flags);  // gets the lowest number, which is fd
     }
 }
 

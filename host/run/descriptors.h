@@ -22,9 +22,9 @@ int listenAt(const std::string& path, mode_t mode);
 std::string socketError(int error);
 
 // Opens /dev/null in the place of each that is closed, so that no file or socket gets its number
-// and receives what is printed. Writing to such a standard output still fails, because what could
-// not be printed was not done. To be called first of all. It is for a program that was started with
-// some of them closed.
+// and receives what is printed. Reading such a standard input and writing to such a standard output
+// still fails: nothing is no list of nothing, and what could not be printed was not done. To be
+// called first of all. It is for a program that was started with some of them closed.
 void openStandardDescriptors();
 
 // For a program that has not called it: the same descriptor with a number above them. The one

@@ -12,7 +12,6 @@
 #include <unistd.h>
 
 #include <system_error>
-#include <utility>
 
 namespace tarq::host {
 
@@ -80,6 +79,8 @@ void GrowingFile::finish(const TakeLine& take) {
 
 // ---- the other end ----
 
+static constexpr char kLost[] = "{\"lost\":true}\n";
+
 RecordFile::~RecordFile() {
     if (mFd >= 0) close(mFd);
 }
@@ -91,12 +92,23 @@ void RecordFile::open(const std::string& file) {
 
 // An interrupted or short write leaves part of a line, which its reader passes over as none.
 void RecordFile::add(const std::string& line) const {
-    const std::string bytes = line + "\n";
+    if (mFd < 0 || mLacksLines) return;
+    const auto write = [this](const std::string& bytes) {
+        return ::write(mFd, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
+    };
     errno = ENOSPC;  // what a part that was written means
-    if (mFd < 0 || ::write(mFd, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size())) {
-        return;
-    }
-    if (!std::exchange(mLacksLines, true)) perror((mWhat + " lacks lines from here on").c_str());
+    if (write(line + "\n")) return;
+    mLacksLines = true;
+    perror((mWhat + " lacks lines from here on").c_str());
+    if (ftruncate(mFd, 0) == 0) write(kLost);  // there is room again for so little
+}
+
+bool recordsAreLost(const std::string& file) {
+    const int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
+    char begin[sizeof(kLost)] = {};
+    const bool isSign = read(fd, begin, sizeof(kLost) - 1) > 0 && strcmp(begin, kLost) == 0;
+    if (fd >= 0) close(fd);
+    return isSign;
 }
 
 }  // namespace tarq::host

@@ -58,7 +58,8 @@ class RecordFile {
     void open(const std::string& file);
     // One write, which anybody who follows the file gets whole. Before open() nothing is written.
     // A line that finds no room is lost, and the caller goes on: that lines are missing is said
-    // once, on standard error.
+    // once, on standard error. A record with a gap would be taken for whole, so the file is emptied
+    // then, and holds from there on no more than the sign of that.
     void add(const std::string& line) const;
 
   private:
@@ -66,5 +67,8 @@ class RecordFile {
     int mFd = -1;
     mutable bool mLacksLines = false;
 };
+
+// Whether a file of records holds that sign. False for one that cannot be read.
+bool recordsAreLost(const std::string& file);
 
 }  // namespace tarq::host

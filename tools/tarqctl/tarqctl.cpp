@@ -8,6 +8,7 @@
 #include <ostream>
 
 #include "host/run/nearest.h"
+#include "host/run/text.h"
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/session.h"
 #include "tools/tarqctl/user_input.h"
@@ -146,6 +147,12 @@ int runTarqctl(const std::vector<std::string>& arguments, bool coloured, std::is
     } catch (const Failure& failure) {
         printFailure(failure, session.json, out, err);
         return failure.exitCode;
+    } catch (const std::exception& error) {
+        // The system's refusals have no hint of their own, such as a working directory that is
+        // gone.
+        printFailure(session.failure("system", host::escaped(error.what()), session.help()),
+                     session.json, out, err);
+        return kCouldNotAsk;
     }
 }
 

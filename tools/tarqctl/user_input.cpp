@@ -115,8 +115,12 @@ static void readFrom(const Session& session, const std::string& file,
     std::istream& in = file == "-" ? session.in : opened;
     const bool isRead = file == "-" || opened.is_open();
     if (isRead) read(in);
-    if (isRead && !in.bad()) return;
-    throw session.failure("cannot_read", ofFile(session, file, strerror(errno != 0 ? errno : EIO)),
+    // Of standard input C's own stream knows more than the one that is read.
+    const bool isBroken = in.bad() || (file == "-" && ferror(stdin) != 0);
+    if (isRead && !isBroken) return;
+    const int error = errno != 0 ? errno : EIO;
+    throw session.failure("cannot_read",
+                          ofFile(session, file, error == EBADF ? "it is closed" : strerror(error)),
                           session.help());
 }
 
@@ -128,9 +132,9 @@ void readLines(const Session& session, const std::string& file,
 }
 
 void readCharacters(const Session& session, const std::string& file,
-                    const std::function<void(char)>& take) {
+                    const std::function<bool(char)>& take) {
     readFrom(session, file, [&take](std::istream& in) {
-        for (char c; in.get(c);) take(c);
+        for (char c; in.get(c) && take(c);) continue;
     });
 }
 

@@ -71,9 +71,9 @@ std::string ofFile(const Session& session, const std::string& file, const std::s
 // middle of it.
 void readLines(const Session& session, const std::string& file,
                const std::function<void(const std::string&)>& take);
-// The same for its characters, as they come. For input that is watched live, of which a line may
-// take its time.
+// The same for its characters, as they come, until take returns false. For input that is watched
+// live, of which a line may take its time.
 void readCharacters(const Session& session, const std::string& file,
-                    const std::function<void(char)>& take);
+                    const std::function<bool(char)>& take);
 
 }  // namespace tarq::tools

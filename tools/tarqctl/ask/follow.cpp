@@ -4,6 +4,8 @@
 #include "tools/tarqctl/ask/follow.h"
 
 #include <errno.h>
+#include <fcntl.h>
+#include <poll.h>
 #include <string.h>
 #include <unistd.h>
 
@@ -37,13 +39,31 @@ int printFile(const Session& session, const std::string& path, bool follows,
         goesOn = goesOn && host::isRunning(session.board);  // the last look comes behind its end
         if (const int error = file.read(print)) return error;
         if (goesOn) std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    } while (goesOn && session.out.good());
+    } while (goesOn && hasReader(session));
     file.finish(print);
     return 0;
 }
 
+// One that is closed was opened for reading, by openStandardDescriptors().
+bool hasReader(const Session& session) {
+    pollfd output = {STDOUT_FILENO, 0, 0};
+    const int flags = fcntl(STDOUT_FILENO, F_GETFL);
+    const bool isClosed = flags < 0 || (flags & O_ACCMODE) == O_RDONLY;
+    if (isClosed || poll(&output, 1, 0) < 0 || (output.revents & POLLERR) != 0) {
+        session.out.setstate(std::ios::badbit);
+    }
+    return session.out.good();
+}
+
 // A record that cannot be read is asked of the board, which alone knows whether it keeps one.
 void requireRecord(const Session& session, const std::string& path, const std::string& question) {
+    if (host::recordsAreLost(path)) {
+        throw session.failure(
+                "no_record",
+                path + ": lines are lost, the disk was full; make room, and start the "
+                       "board again",
+                session.next("board"));
+    }
     if (access(path.c_str(), R_OK) == 0) return;
     const int error = errno;
     const std::string reason = askBoard(session, {question});

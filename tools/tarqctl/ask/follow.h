@@ -21,6 +21,10 @@ void addFollow(CLI::App& app, bool* follows);
 int printFile(const Session& session, const std::string& path, bool follows,
               const host::GrowingFile::TakeLine& print);
 
+// False once nobody can take what is printed: the reader of a pipe has gone, or standard output is
+// closed, which the stream tells then, too. To be asked by what prints seldom and would not end.
+bool hasReader(const Session& session);
+
 // The same for a record that the board keeps of a part, after it was found out to be there: "trace"
 // and "serial" ask for it. Throws a Failure with the board's reason when there is none. A board
 // that answers has a reason of its own, such as that no LEDs are fitted; else it is the system's.

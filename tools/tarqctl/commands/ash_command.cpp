@@ -144,7 +144,10 @@ int print(const Session& session, const Options& options) {
     refuseBytesAsFile(session, options);
     Capture capture(session);
     try {
-        readCharacters(session, options.file, [&capture](char c) { capture.take(c); });
+        readCharacters(session, options.file, [&](char c) {
+            capture.take(c);
+            return session.out.good();
+        });
         capture.finish();
     } catch (const std::invalid_argument& wrong) {
         const std::string wide = capture.encoding();

@@ -52,6 +52,12 @@ std::optional<LedCall> askLeds(Session& session, const std::string& operation,
             return std::count(ours.begin(), ours.end(), record.attribute + " " + record.text) != 0;
         });
     }
+    if (host::recordsAreLost(session.board.ledRecords())) {
+        throw session.failure("not_known",
+                              "nobody tells whether the driver refused it: the disk was full, and "
+                              "the board's records are lost; make room, and start the board again",
+                              session.next("board"));
+    }
     const bool opened = !logged || logged->notOpened.empty();
     if (answer.done && opened) {
         throwIfRefused(session, refused);

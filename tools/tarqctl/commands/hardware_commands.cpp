@@ -45,7 +45,7 @@ Run declareSet(CLI::App& app) {
               "hexadecimal; 0 or 1 for a GPIO line; a camera's sensor; a decimal\n"
               "number for receiver_status and receiver_rssi; for a co-processor\n"
               "coprocessor_manufacturer, one to four hexadecimal digits, and\n"
-              "coprocessor_version, such as 6.10.3. Put -- before NODE for one that\n"
+              "coprocessor_version, such as 6.10.3. Put -- before NODE when it or VALUE\n"
               "begins with a dash"}});
 }
 

@@ -12,6 +12,7 @@
 #include "host/run/records.h"
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"
+#include "tools/tarqctl/ask/follow.h"
 #include "tools/tarqctl/ask/limits.h"
 #include "tools/tarqctl/commands.h"
 #include "tools/tarqctl/view/effect_picture.h"
@@ -78,7 +79,7 @@ void watch(const Session& session) {
     if (session.coloured && !session.json) screen.emplace(session.out);
     const std::string board = "LEDs of " + host::escaped(session.board.directory);
     Colours before;
-    while (!isOver && session.out.good()) {
+    while (!isOver && hasReader(session)) {
         if (!host::isRunning(session.board)) {
             screen.reset();
             throw boardEnded(session);

@@ -8,6 +8,7 @@
 
 #include <CLI/App.hpp>
 
+#include "host/run/file_systems.h"
 #include "host/run/text.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/user_input.h"
@@ -85,6 +86,11 @@ int printStored(Session& session) {
                        asText(stored));
 }
 
+static std::string whyNotStored(const Session& session) {
+    const int error = host::writeError(session.board);
+    return error == 0 ? "" : ": " + host::cannotBeWritten(session.board, error);
+}
+
 // No number is refused: which frequencies there are only the receiver knows.
 Run declareFrequency(CLI::App& app) {
     const auto number = std::make_shared<int32_t>();
@@ -96,6 +102,14 @@ Run declareFrequency(CLI::App& app) {
     return [number, given](Session& session) -> int {
         if (given->count() == 0) return printStored(session);
         ask(session, [&](IRadioKeyService& radio) { return radio.setRadiokeyFrequency(*number); });
+        // The service does not look at whether it could be stored.
+        if (storedFrequency().text != std::to_string(*number)) {
+            throw session.failure("not_stored",
+                                  "the receiver is tuned, but the number is not kept for later "
+                                  "starts" +
+                                          whyNotStored(session),
+                                  session.next("log"));
+        }
         printResult(session, {{"frequency", *number}},
                     std::to_string(*number) + ", also after restarts");
         if (*number <= 0) {

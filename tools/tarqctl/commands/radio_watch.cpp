@@ -14,7 +14,9 @@
 
 #include "host/run/board.h"
 #include "tools/tarqctl/ask/board.h"
+#include "tools/tarqctl/ask/follow.h"
 #include "tools/tarqctl/ask/limits.h"
+#include "tools/tarqctl/ask/why_silent.h"
 #include "tools/tarqctl/commands/radio_commands.h"
 #include "tools/tarqctl/user_input.h"
 
@@ -167,10 +169,14 @@ std::optional<int32_t> askStatus(const Session& session, IRadioKeyService& radio
 void explainSilence(const Session& session, IRadioKeyService& radio, Watch& watch,
                     std::string* told) {
     if (!watch.isSilent()) return;
-    const std::optional<int32_t> status = askStatus(session, radio);
-    if (!status) return;
-    const std::string link = silentLink(*status);
-    const bool isWell = *status != kChipNotReady && *status != kChipAbsent;
+    std::string link = whyNobodyAnswers(session, false, {}).why;
+    bool isWell = false;
+    if (link.empty()) {
+        const std::optional<int32_t> status = askStatus(session, radio);
+        if (!status) return;
+        link = silentLink(*status);
+        isWell = *status != kChipNotReady && *status != kChipAbsent;
+    }
     const bool isNews = *told != link && !(isWell && told->empty() && watch.hasEvents());
     if (isNews) session.notice("nothing for " + seconds(kSilence) + ": " + link);
     *told = link;
@@ -194,7 +200,9 @@ Watch::End waitForEnd(const Session& session, IRadioKeyService& radio, Watch& wa
     std::string told;
     for (;;) {
         if (const Watch::End end = watch.waitForEnd(); end != Watch::End::kNone) return end;
-        if (!host::isRunning(session.board)) {
+        if (!hasReader(session)) {
+            watch.end(Watch::End::kEnough);
+        } else if (!host::isRunning(session.board)) {
             watch.end(Watch::End::kBoardEnded);
         } else {
             explainSilence(session, radio, watch, &told);

@@ -79,7 +79,7 @@ std::string sentenceFor(const MatchRequest& request) {
         return "nothing was compared: " + request.skippedBecause;
     }
     if (request.outcome == Outcome::kCutOff) {
-        return "the request was cut off at the end of the log";
+        return "the request was cut off at the end of the log, or lines of it are missing";
     }
     if (request.outcome == Outcome::kBegunBefore) {
         return "the request began before the log does, or its first line is missing";

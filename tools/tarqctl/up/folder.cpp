@@ -35,10 +35,12 @@ std::string boardFolder(const std::string& nameOrFolder) {
         if (fs::is_regular_file(folder / "build.prop", error)) return fs::absolute(folder);
     }
     const bool isFolder = fs::is_directory(nameOrFolder, error);
+    const bool isMissing = error == std::errc::no_such_file_or_directory;
     throw Failure{"no_board", "up",
                   nameOrFolder +
-                          (isFolder ? " is no board, it has no build.prop"
-                                    : " is neither a known board nor a folder") +
+                          (isFolder              ? " is no board, it has no build.prop"
+                           : error && !isMissing ? ": " + error.message()
+                                                 : " is neither a known board nor a folder") +
                           "; there are: " + knownBoards(),
                   "tarqctl up --board demo_panel"};
 }
