@@ -98,6 +98,7 @@ std::string whyNothing(const Logs& logs, const std::string& kind) {
     if (any([](const Log& log) { return log.isUnderstood; })) {
         return "it is a log, but no match request is in it";
     }
+    if (kind == "empty" && ferror(stdin) != 0) return "it is closed";
     return kind == "empty" ? "it is empty" : "no line of any logcat format; it is " + kind;
 }
 

@@ -75,7 +75,8 @@ static Failure notLoaded(const Session& session, const std::string& word, const 
     return session.failure("not_loaded", why, session.help(), kServiceSaidNo);
 }
 
-// With the places in the file, as far as it can be read here.
+// With the places in the file, as far as it can be read here. The driver knows one transfer, and a
+// second one at the same time gets in between: a record that is not of this file tells of it.
 static std::vector<std::string> placed(const Session& session, const std::string& file,
                                        const std::vector<host::LedRecord>& refused) {
     EffectTransfer sent = {file, {}, std::nullopt};
@@ -90,6 +91,12 @@ static std::vector<std::string> placed(const Session& session, const std::string
         if (at != sent.records.end()) {
             shown.line = at->line;
             from = at + 1;
+        } else if (!sent.records.empty()) {
+            throw session.failure("mixed",
+                                  "another effect is transferred at the same time, and the driver "
+                                  "has refused records of one of the two; wait until it is done, "
+                                  "and play this one again",
+                                  session.next("trace -f"));
         }
         lines.push_back(sent.trouble(shown));
     }
