@@ -141,7 +141,8 @@ TEST(explain_log, what_is_not_proved_is_unknown) {
     for (const auto& [texts, explained] : std::vector<std::pair<std::string, Matcher<std::string>>>{
                  {kAccepted,
                   HasSubstr("\nyes: all 3 board parts fit; the overlay was not compared\n")},
-                 {without(kAccepted, result), EndsWith(R"(cut off at the end of the log, or lines of it are missing
+                 {without(kAccepted, result),
+                  EndsWith(R"(cut off at the end of the log, or lines of it are missing
 
   part             board    package  verdict
   tp               gt9xx    GT-5     fits: probe says GT-5, listed
