@@ -156,7 +156,7 @@ ln -s /tmp "$work/tarqd-$UID"
 refused "is no directory of yours" "$work" true
 refused "No such file or directory" "$work/none" true
 refused "there are: demo_panel" "$TMPDIR" --board no_such_board true
-refused "usage: scripts/run" "$TMPDIR" --no-such-option
+refused "there is no option --no-such-option" "$TMPDIR" --no-such-option
 nothing_left "refusals"
 
 # ---- files that are wrong are named before anything is asked ----

@@ -42,6 +42,7 @@ TEST_F(Tarqctl, wrong_usage_names_the_fault_and_hints_at_the_help) {
             {{"help", "frobnicate"}, "there is no such command, only services"},
             {{"frobnicate", "--help"}, "there is no such command, only services"},
             {{"servces"}, "did you mean services?\nhint: tarqctl services --help\n"},
+            {{"up", "--bord", "x", "true"}, "there is no option --bord; did you mean --board?"},
             {{"radio", "wtach"}, "did you mean watch?\nhint: tarqctl radio watch --help\n"},
             {{"services", "a", "b", "c d"}, ": too many words: b 'c d'\n"},
             {{"services", "--frob"}, ": there is no option --frob\n"},

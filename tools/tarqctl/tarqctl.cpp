@@ -80,6 +80,8 @@ std::string whyWrong(const CLI::App& app, const Named& named, const std::vector<
         return "no command is given; there are " + joined(names);
     }
     const bool areTooMany = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
+    const std::string left = host::noSuchOption(*named.app, app.remaining(true));
+    if (areTooMany && !left.empty()) return left;
     return areTooMany ? "too many words: " + quoted(app.remaining(true)) : error.what();
 }
 
@@ -103,6 +105,7 @@ CommandLine understood(const CLI::App& app, const std::vector<std::string>& argu
     CommandLine line = splitCommandLine(app, arguments);
     if (line.words.empty() || line.words[0] != "help") return line;
     std::vector<std::string> asked(line.words.begin() + 1, line.words.end());
+    if (!asked.empty() && asked[0] == "help") asked.clear();
     if (!asked.empty() && takesCommandLine(asked[0])) asked.resize(1);
     asked.emplace_back("--help");
     if (line.json) asked.emplace_back("--json");

@@ -30,6 +30,8 @@ std::string wideEncodingOf(const std::string& start);
 // A package's time. Empty when it is a decimal number, else what is wrong; the value is set only
 // then. Its unit is that of the board's timestamp file, which this tool does not know.
 std::string parseOtaTime(const std::string& text, int64_t* value);
+// What is to be said of a 0.
+constexpr char kNoTime[] = "0 is no time to the daemon: no package passes by its time any more";
 
 // From 1 on, in the same way. A number of times, or of keys: up to 2147483647.
 std::string parseCount(const std::string& text, int32_t* value);

@@ -89,6 +89,7 @@ Answer ask(Session& session, const Items& items, const std::string& otaTime) {
     int64_t time = 0;
     if (!otaTime.empty() && parseOtaTime(otaTime, &time).empty()) {
         daemon.expectOk(service->setOtaTimestamp(time));
+        if (time == 0) session.notice(kNoTime);
     }
     host::GrowingFile log(session.board.log());
     log.skip();

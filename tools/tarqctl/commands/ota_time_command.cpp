@@ -20,7 +20,7 @@ static int send(Session& session, int64_t timestamp) {
         daemon.expectOk(daemon.service<IHardwareInfoService>()->setOtaTimestamp(timestamp));
     }
     if (timestamp == 0) {
-        session.notice("0 is no time to the daemon: no package passes by its time any more");
+        session.notice(kNoTime);
     }
     return printDone(session);
 }

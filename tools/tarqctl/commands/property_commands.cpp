@@ -10,6 +10,7 @@
 #include <map>
 #include <ostream>
 
+#include "host/run/file_systems.h"
 #include "tools/tarqctl/ask/board.h"
 #include "tools/tarqctl/commands.h"
 
@@ -114,6 +115,11 @@ Run declareSetprop(CLI::App& app) {
     return [name, value](Session& session) -> int {
         openBoard(session);
         const Setting outcome = set(*name, *value);
+        const int error = outcome.done ? 0 : host::writeError(session.board);
+        if (error == ENOSPC || error == EDQUOT) {
+            throw session.failure("not_stored", host::cannotBeWritten(session.board, error),
+                                  "df -h " + shellQuoted(session.board.directory));
+        }
         if (!outcome.done) {
             throw session.failure("refused", outcome.said, hintAfterRefusal(session, *name),
                                   kServiceSaidNo);
