@@ -69,10 +69,15 @@ class Daemon {
     void run() {
         std::vector<pollfd> watched = {{mEnd[0], POLLIN, 0}, {gListener, POLLIN, 0}};
         while (poll(watched.data(), watched.size(), -1) > 0 && watched[0].revents == 0) {
-            for (size_t i = watched.size() - 1; i > 1; --i) {
-                if (watched[i].revents == 0 || answer(watched[i].fd)) continue;
-                close(watched[i].fd);
-                watched.erase(watched.begin() + static_cast<ptrdiff_t>(i));
+            bool isGone = false;
+            for (size_t i = 2; i < watched.size(); ++i) {
+                isGone |= watched[i].revents != 0 && !answer(watched[i].fd);
+            }
+            // With one connection all of them end, as when a process dies: a client that still has
+            // another would wait a while to see which of both it is.
+            while (isGone && watched.size() > 2) {
+                close(watched.back().fd);
+                watched.pop_back();
             }
             if (watched[1].revents != 0)
                 watched.push_back({accept(gListener, nullptr, nullptr), POLLIN, 0});

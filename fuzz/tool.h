@@ -15,6 +15,9 @@ inline int runTool(const std::vector<std::string>& words, const uint8_t* data, s
     std::ostringstream err;
     const int code = tarq::tools::runTarqctl(words, false, in, out, err);
     if (code < 0 || code > 2) abort();
-    if (code == 2 && err.str().rfind("tarqctl: ", 0) != 0) abort();
+    const std::string said = out.str() + err.str();
+    if (code == 2 && said.find("tarqctl: ") == said.npos && said.find("\"error\"") == said.npos) {
+        abort();
+    }
     return code;
 }
