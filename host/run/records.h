@@ -12,6 +12,9 @@
 // order in which the driver got them. Bytes that are no UTF-8 are replaced; only a refused one has
 // any.
 //
+// A file of which lines were lost on a full disk has none of these any more, but the sign of that,
+// see growing_file.h.
+//
 // What goes over the serial line, one line for each chunk as it was read or written:
 //
 //     {"ms":81234,"from":"host","bytes":"1ac038bc7e"}

@@ -38,9 +38,9 @@ class IBinder : public virtual RefBase {
     // else has to keep it: one that is gone by then is passed over.
     class DeathRecipient : public virtual RefBase {
       public:
-        // who is the proxy that was linked. Usually on a thread of its own, which no call waits
-        // for; where the process can have no more threads, on the one that saw the death, or that
-        // linked itself to an object that was dead already.
+        // who is the proxy that was linked. All notices of a process come on one thread, which runs
+        // nothing else: who takes long here delays the others. On the device it is any thread of
+        // the pool.
         virtual void binderDied(const wp<IBinder>& who) = 0;
     };
 
